@@ -1,0 +1,36 @@
+// OMSException, the one exception type of the library.
+
+#ifndef BACKEND_TABLES_OM_EXCEPTION_H
+#define BACKEND_TABLES_OM_EXCEPTION_H
+
+#include <exception>
+#include <string>
+
+#include "backend/tables/om/Export.h"
+
+// Reports a broken precondition of a public operation: a fixed message that names the operation and
+// the condition that has to hold, and up to two numbers that show the offending values.
+//
+// The library throws it and never catches it. Building one fails only where there is no memory for
+// the texts.
+class OM_API OMSException : public std::exception {
+ public:
+  // Copies `message`; both values are 0.
+  explicit OMSException(const char* message);
+  OMSException(const char* message, double value1, double value2);
+  OMSException(const OMSException& other);
+  OMSException& operator=(const OMSException& other) = delete;
+  ~OMSException() override;
+
+  // Returns "<message>, value 1 == <V1>, value 2 == <V2>", the values as a default output string
+  // stream writes them (six significant digits). The text lives as long as the exception.
+  const char* what() const noexcept override;
+
+ private:
+  std::string message;
+  double value1;
+  double value2;
+  std::string text;  // what what() returns; composed while throwing can still report a failure
+};
+
+#endif

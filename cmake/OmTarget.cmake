@@ -1,0 +1,29 @@
+# What every target of this repository has in common.
+
+# om_target(<target>) sets the language level, the warnings and the sanitizers of a target.
+function(om_target target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow)
+  if(OM_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(OM_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${OM_SANITIZE} -fno-sanitize-recover=all
+                                             -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${OM_SANITIZE})
+  endif()
+endfunction()
+
+# om_library(<target> <name>) makes a target a versioned library that exports only what it says.
+function(om_library target name)
+  om_target(${target})
+  set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME ${name}
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+endfunction()
