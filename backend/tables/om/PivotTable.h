@@ -1,0 +1,250 @@
+// OmPivotTable, the output item that carries one statistical table: titles, dimensions, cells
+// addressed by one subscript per dimension, footnotes, area formats and presentation properties.
+//
+// A procedure fills it in this order: construct, add dimensions and their categories, append the
+// index of each dimension to the rows, columns or layers, set cells, add footnotes, call
+// EndTable(). The display headings then read it and never change it.
+//
+// Every text, category, cell and footnote is copied into a memory region that the table owns, so
+// the table's memory is charged to the table and gone with it. Setting and finding a cell costs one
+// pointer step per dimension.
+
+#ifndef BACKEND_TABLES_OM_PIVOTTABLE_H
+#define BACKEND_TABLES_OM_PIVOTTABLE_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/Export.h"
+#include "backend/tables/om/FormatArea.h"
+#include "backend/tables/om/OutputPart.h"
+
+class BackendSettings;
+class OmCellProperties;
+class OmCellText;
+class OmDimension;
+class OmFootnote;
+class OmPointerVector;
+template <typename T>
+class OmVector;
+class icuTracker;
+
+// One thread at a time uses a table and the headings made from it.
+//
+// A text that is handed in is copied; callers keep what they pass. A text of the table itself must
+// not be handed back to the setter that replaces it: the old text is deleted before the new one is
+// copied. Where that copy fails, the text is null afterwards. Integer properties are -1 until they
+// are set.
+class OM_API OmPivotTable : public OmOutputPart {
+ public:
+  struct Data;
+  class ICUHelper;
+  class Iterator;
+  class ConstIterator;
+  // A vector of one level of the cell store (CellStore.h).
+  using PointerVector = OmPointerVector;
+
+  // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
+  OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
+  ~OmPivotTable() override;
+
+  void Accept(Visitor& visitor) override;
+
+  // Ends construction: the three axes together have to list as many entries as there are
+  // dimensions. Where they do not, entries of -1 are removed; throws OMSException where that does
+  // not help. Where the numbers agree from the start, entries of -1 stay, on purpose.
+  void EndTable();
+
+  // --- Titles -----------------------------------------------------------------------------------
+
+  // Never null.
+  [[nodiscard]] OmCellText* TemplateName() noexcept;
+  [[nodiscard]] const OmCellText* TemplateName() const noexcept;
+  // Null until set, and after it was set to null.
+  [[nodiscard]] OmCellText* CornerText() noexcept;
+  [[nodiscard]] const OmCellText* CornerText() const noexcept;
+  void CornerText(const OmCellText* text);
+  [[nodiscard]] OmCellText* Caption() noexcept;
+  [[nodiscard]] const OmCellText* Caption() const noexcept;
+  void Caption(const OmCellText* text);
+  // Null until set.
+  [[nodiscard]] const OmCellText* GetTableTitle() const noexcept;
+  [[nodiscard]] OmCellText* TableTitle() noexcept;
+  void SetTableTitle(const OmCellText& text);
+
+  // --- Dimensions and axes ----------------------------------------------------------------------
+
+  // Adds an empty dimension, and returns it; the table owns it. Its index is NDimensions() - 1,
+  // which is also the subscript of its root. Cells that are stored already move to subscript 0 of
+  // the new dimension. Where it fails, the table is as it was.
+  OmDimension* AddDimension(const OmCellText& name);
+  // Adds a copy of `dimension`.
+  OmDimension* AddDimension(const OmDimension& dimension);
+  // Gives a table without dimensions copies of all of `other`'s. Axes and cells are not copied, the
+  // subscripts of the roots are kept, and no tracker is attached, on purpose. Throws OMSException
+  // where this table has dimensions.
+  void CopyDimensions(const OmPivotTable& other);
+  // Returns the index of the first dimension of that name, or -1.
+  [[nodiscard]] int FindDimension(const OmCellText& name) const;
+  // Throws OMSException where there is no dimension `which`.
+  [[nodiscard]] OmDimension* Dimension(int which);
+  [[nodiscard]] const OmDimension* Dimension(int which) const;
+  [[nodiscard]] unsigned long NDimensions() const noexcept;
+  // Returns the number of categories of dimension `which`. Throws OMSException where there is none.
+  [[nodiscard]] int Size(int which) const;
+  // Returns the number of categories of every dimension.
+  [[nodiscard]] std::vector<int> SizeVector() const;
+
+  // Dimension indices in the order of appending: the first one varies fastest in display. -1 is a
+  // placeholder.
+  [[nodiscard]] PuppetVector<short>& Rows() noexcept;
+  [[nodiscard]] const PuppetVector<short>& Rows() const noexcept;
+  [[nodiscard]] PuppetVector<short>& Columns() noexcept;
+  [[nodiscard]] const PuppetVector<short>& Columns() const noexcept;
+  [[nodiscard]] PuppetVector<short>& Layers() noexcept;
+  [[nodiscard]] const PuppetVector<short>& Layers() const noexcept;
+
+  // --- Cells ------------------------------------------------------------------------------------
+
+  // Stores a copy of `cell`, or null, at one subscript per dimension; the metadata of a cell that
+  // is replaced goes over to the new one. Returns false where the table has reached the number of
+  // cells that its settings allow: the cell is not stored and the table is scratched. Throws
+  // OMSException on a wrong number of subscripts or a negative one.
+  bool Cell(const std::vector<int>& subscripts, const OmCellText* cell);
+  bool Cell(const std::vector<int>& subscripts, const OmCellText& cell);
+  // Returns the cell, which the table owns, or null. Throws like the setter.
+  [[nodiscard]] OmCellText* Cell(const std::vector<int>& subscripts);
+  [[nodiscard]] const OmCellText* Cell(const std::vector<int>& subscripts) const;
+  // Deletes a cell, and the vectors of the store that it leaves empty. Only for subscripts at which
+  // a cell was set before.
+  void deleteCell(const std::vector<int>& subscripts);
+  // Returns the number of calls of the setter, whatever became of them; not the number of cells.
+  [[nodiscard]] int getNumCells() const noexcept;
+
+  // Returns an iterator at the first cell (CellIterator.h).
+  [[nodiscard]] Iterator FirstCell();
+  [[nodiscard]] ConstIterator FirstCell() const;
+
+  // --- Footnotes --------------------------------------------------------------------------------
+
+  // Adds a footnote, or counts another use of the one with the same text unless `alwaysNew`; its
+  // marker becomes the one of `note`, also where that is none. Returns the footnote's index. A new
+  // footnote has one use; a negative use count is taken over as it is, on purpose.
+  int Footnote(const OmFootnote& note, bool alwaysNew);
+  [[nodiscard]] OmVector<OmFootnote>& Footnotes() noexcept;
+  [[nodiscard]] const OmVector<OmFootnote>& Footnotes() const noexcept;
+  // Tells that the caller dropped footnotes; the table itself never does.
+  void RemovedFootnotes(bool removed) noexcept;
+  [[nodiscard]] bool HasRemovedFootnotes() const noexcept;
+
+  // --- Settings and text-encoding trackers ------------------------------------------------------
+
+  // Keeps a copy. The first settings with fast tables make the table's trackers and tie to them the
+  // texts that the table holds, its cells, corner text and caption excepted; later ones keep the
+  // trackers.
+  void setBackendSettings(const BackendSettings& settings);
+  [[nodiscard]] const BackendSettings& getBackendSettings() const noexcept;
+  // Null until made; both may be the same object.
+  [[nodiscard]] icuTracker* getICUTracker() const noexcept;
+  [[nodiscard]] icuTracker* getU8Tracker() const noexcept;
+  // Ties a text to the table's tracker, where there is one.
+  void setHelper(OmCellText& cell);
+
+  // --- Area formats -----------------------------------------------------------------------------
+
+  // Takes ownership of `format` and deletes the one of the same area. Null is ignored. The same
+  // object must not be handed in twice.
+  void setAreaFormat(FormatArea* format);
+  // Returns the format of an area, or null; always null for an area above 8.
+  [[nodiscard]] FormatArea* getAreaFormat(FormatArea::Area area) const;
+
+  // --- Properties -------------------------------------------------------------------------------
+
+  [[nodiscard]] bool Show() const noexcept;
+  void Show(bool show) noexcept;
+  [[nodiscard]] bool RotateRowLabels() const noexcept;
+  void RotateRowLabels(bool rotate) noexcept;
+  [[nodiscard]] bool RotateColumnLabels() const noexcept;
+  void RotateColumnLabels(bool rotate) noexcept;
+  [[nodiscard]] bool showCaption() const noexcept;
+  void showCaption(bool show) noexcept;
+  [[nodiscard]] int OptionNumber() const noexcept;
+  void OptionNumber(int number) noexcept;
+  [[nodiscard]] long long TableId() const noexcept;
+  void TableId(long long id) noexcept;
+  [[nodiscard]] const std::string& TableLocale() const noexcept;
+  void TableLocale(const std::string& locale);
+  [[nodiscard]] bool HasSplits() const noexcept;
+  [[nodiscard]] bool IsWarnings() const noexcept;
+  [[nodiscard]] bool IsNotes() const noexcept;
+  // There is no way to clear the markers flag.
+  void setHasMarkers() noexcept;
+  [[nodiscard]] bool hasMarkers() const noexcept;
+  [[nodiscard]] bool backendOwns() const noexcept;
+  void setBackendOwns(bool owns) noexcept;
+  [[nodiscard]] bool fastTable() const noexcept;
+  void setFastTable(bool fast) noexcept;
+  [[nodiscard]] bool getLabelsOnly() const noexcept;
+  void setLabelsOnly(bool only) noexcept;
+  [[nodiscard]] bool getImputed() const noexcept;
+  void setImputed(bool imputed) noexcept;
+  // A scratched table was abandoned; it is kept and destroyed like any other.
+  [[nodiscard]] bool IsScratched() const noexcept;
+  void Scratch(bool scratched) noexcept;
+  // Widths in the units of the table's producer.
+  [[nodiscard]] int MinColumnWidth() const noexcept;
+  void MinColumnWidth(int width) noexcept;
+  [[nodiscard]] int MaxColumnWidth() const noexcept;
+  void MaxColumnWidth(int width) noexcept;
+  [[nodiscard]] int MinRowWidth() const noexcept;
+  void MinRowWidth(int width) noexcept;
+  [[nodiscard]] int MaxRowWidth() const noexcept;
+  void MaxRowWidth(int width) noexcept;
+  // The number of the layer to show first.
+  [[nodiscard]] int getLayerLoc() const noexcept;
+  void setLayerLoc(int layer) noexcept;
+  [[nodiscard]] int getLang() const noexcept;
+  void setLang(int language) noexcept;
+  [[nodiscard]] int getVariableMode() const noexcept;
+  void setVariableMode(int mode) noexcept;
+  [[nodiscard]] int getValueMode() const noexcept;
+  void setValueMode(int mode) noexcept;
+  [[nodiscard]] int getStartColor() const noexcept;
+  void setStartColor(int color) noexcept;
+  [[nodiscard]] int getEndColor() const noexcept;
+  void setEndColor(int color) noexcept;
+  [[nodiscard]] const std::string& getBorderInfo() const noexcept;
+  void setBorderInfo(const std::string& info);
+  [[nodiscard]] const std::string& getTableLookInfo() const noexcept;
+  void setTableLookInfo(const std::string& info);
+  [[nodiscard]] const std::string& getTablePropertiesInfo() const noexcept;
+  void setTablePropertiesInfo(const std::string& info);
+  [[nodiscard]] const std::vector<unsigned int>& getTableCustomWidths() const noexcept;
+  void setTableCustomWidths(const std::vector<unsigned int>& widths);
+  [[nodiscard]] const std::vector<unsigned int>& getTableCustomHeights() const noexcept;
+  void setTableCustomHeights(const std::vector<unsigned int>& heights);
+  [[nodiscard]] const std::map<unsigned long long, unsigned short>& getEmptyCellStyles()
+      const noexcept;
+  [[nodiscard]] std::map<unsigned long long, unsigned short>& emptyCellStyles() noexcept;
+  [[nodiscard]] const std::vector<OmCellProperties>& getCellStyles() const noexcept;
+  [[nodiscard]] std::vector<OmCellProperties>& cellStyles() noexcept;
+  // Appends to a list that is separated by commas; a comma goes in front unless the list is empty.
+  void addMiscProperty(std::string property);
+  [[nodiscard]] const std::string& getMiscProperties() const noexcept;
+
+  // --- Diagnostic dump --------------------------------------------------------------------------
+
+  // Writes titles, dimensions, cells and footnotes to the standard output. The table title must be
+  // set.
+  void Print() const;
+  // Writes the store below `v`, which stands at `depth` (0 is the root) and at `index` in its
+  // parent.
+  void PrintCells(PointerVector* v, unsigned long depth, unsigned long index) const;
+
+ private:
+  Data* _my;
+};
+
+#endif

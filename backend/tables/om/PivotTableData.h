@@ -1,0 +1,123 @@
+// The private record of a pivot table. Callers do not include it.
+
+#ifndef BACKEND_TABLES_OM_PIVOTTABLEDATA_H
+#define BACKEND_TABLES_OM_PIVOTTABLEDATA_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/Footnote.h"
+#include "backend/tables/om/FormatArea.h"
+#include "backend/tables/om/PivotTable.h"
+#include "backend/tables/om/VectorTree.h"
+#include "platform/cells/CellProperties.h"
+#include "platform/cells/CellText.h"
+#include "platform/dataio/BackendSettings.h"
+#include "platform/memory/MemoryRegion.h"
+
+class OmDimension;
+class OmDimensionNode;
+class icuTracker;
+
+// Ties the texts that it visits to one tracker. Numbers carry no text and are passed over.
+class OmPivotTable::ICUHelper : public OmCellText::Visitor {
+ public:
+  void Visit(OmNumber& cell) override;
+  void Visit(OmStringCell& cell) override;
+  void Visit(OmStringCellUTF8& cell) override;
+  void Visit(OmVariable& cell) override;
+  void Visit(OmNumDataValue& cell) override;
+  void Visit(OmStringDataValue& cell) override;
+  void Visit(OmComposite& cell) override;
+
+  [[nodiscard]] icuTracker* Tracker() const noexcept { return tracker; }
+  void setTracker(icuTracker* t) noexcept { tracker = t; }
+
+ private:
+  icuTracker* tracker = nullptr;  // not owned
+};
+
+// Ties every cell below `n` to the tracker of n's cell.
+void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n);
+// Ties every label below `n` to `t`.
+void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t);
+
+// Everything that a table holds. The four titles and all that the store holds are null or live in
+// the region. -1 means not set.
+struct OmPivotTable::Data {
+  Data(const OmCellText& templateName_, bool hasSplits_);
+  Data(const Data&) = delete;
+  Data& operator=(const Data&) = delete;
+  ~Data();
+
+  // Has to come before the new dimension is in the list, or right after: the cells' move to
+  // subscript 0 of one more dimension.
+  void AddCellDimension();
+  [[nodiscard]] std::vector<int> SizeVector() const;
+  // Holds the axes against the number of dimensions.
+  void ReindexAxis();
+  // Appends a dimension, which the table then owns.
+  OmDimension* Adopt(OmDimension* dimension);
+
+  OmMemoryRegion region{false};
+  OmCellText* templateName = nullptr;
+  OmCellText* cornerText = nullptr;
+  OmCellText* caption = nullptr;
+  OmCellText* tableTitle = nullptr;
+  OmVector<OmFootnote> footnotes{&region};
+  bool removedFootnotes = false;
+  bool hasSplits;
+  PointerVector* root = nullptr;  // of the cell store; null until a cell is set
+  OmVector<OmDimension*> _dimensions{
+      &region};  // heap objects, owned; their trees are in the region
+  PuppetVector<short> rows{-1};
+  PuppetVector<short> columns{-1};
+  PuppetVector<short> layers{-1};
+  int optionNumber = -1;
+  int minColumnWidth = -1;
+  int maxColumnWidth = -1;
+  int minRowWidth = -1;
+  int maxRowWidth = -1;
+  int layerLoc = -1;
+  long long tableId = -1;
+  std::string tableLocale;
+  bool show = true;
+  bool rotateRowLabels = false;
+  bool rotateColumnLabels = false;
+  bool scratched = false;
+  bool isWarnings;
+  bool isNotes;
+  bool hasMarkers = false;
+  bool backendOwns = true;
+  bool fastTable = true;
+  bool showCaption = true;
+  bool labelsOnly = false;
+  bool imputed = false;
+  BackendSettings backendSettings;
+  icuTracker* icu = nullptr;   // owned
+  icuTracker* utf8 = nullptr;  // owned; may be the same object as `icu`
+  ICUHelper helper;
+  int lang = 0;
+  int variableMode = 0;
+  int valueMode = 0;
+  int numCells = 0;  // calls of the cell setter
+  int startColor = -1;
+  int endColor = -1;
+  std::map<FormatArea::Area, FormatArea*> areaFormats;  // owned, some null
+  std::string borderInfo;
+  std::string tableLookInfo;
+  std::string tablePropertiesInfo;
+  std::vector<unsigned int> customWidths;
+  std::vector<unsigned int> customHeights;
+  std::map<unsigned long long, unsigned short> emptyCellStyles;
+  std::vector<OmCellProperties> cellStyles;
+  std::string miscProperties;  // separated by commas
+  // Formats of areas above 8 that a later one took the place of: no lookup finds such a format, so
+  // none deletes it before the table goes.
+  std::vector<FormatArea*> displacedFormats;
+};
+
+#endif

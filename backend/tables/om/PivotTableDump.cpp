@@ -1,0 +1,56 @@
+// The diagnostic dump of a pivot table on the standard output.
+
+#include <iostream>
+
+#include "backend/tables/om/CellIterator.h"
+#include "backend/tables/om/Dimension.h"
+#include "backend/tables/om/PivotTable.h"
+#include "backend/tables/om/PivotTableData.h"
+
+void OmPivotTable::Print() const {
+  OM_HARDEN(_my->tableTitle != nullptr, "OmPivotTable::Print");
+  std::cout << "Starting table " << _my->tableTitle->Text() << std::endl;
+  for (OmDimension* const dimension : _my->_dimensions) {
+    dimension->Root().Print();
+  }
+  std::cout << "Cells" << std::endl;
+  for (ConstIterator cell = FirstCell(); cell.Cell() != nullptr; ++cell) {
+    std::cout << cell.Cell()->Text() << std::endl;
+  }
+  if (_my->cornerText != nullptr) {
+    std::cout << "  Corner Text: " << _my->cornerText->Text() << std::endl;
+  }
+  if (_my->caption != nullptr) {
+    std::cout << "  Caption: " << _my->caption->Text() << std::endl;
+  }
+  if (_my->footnotes.size() != 0) {
+    std::cout << "  Footnotes" << std::endl;
+    for (const OmFootnote& footnote : _my->footnotes) {
+      std::cout << "      " << (footnote.Text() != nullptr ? footnote.Text()->Text() : "")
+                << std::endl;
+    }
+  }
+  std::cout << "Done with table " << _my->tableTitle->Text() << std::endl;
+}
+
+void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned long index) const {
+  // The same index stands at every step of the indentation, on purpose.
+  for (unsigned long step = 0; step < depth; ++step) {
+    std::cout << "    [" << index << "] ";
+  }
+  if (depth >= _my->_dimensions.size()) {
+    // Below the last level of vectors stand the cells.
+    void* const element = v;
+    auto* const cell = static_cast<OmCellText*>(element);
+    std::cout << element;
+    if (cell != nullptr) {
+      std::cout << " - " << cell->Text();
+    }
+    std::cout << std::endl;
+    return;
+  }
+  std::cout << static_cast<void*>(v) << std::endl;
+  for (unsigned long i = 0; i < v->size(); ++i) {
+    PrintCells(static_cast<PointerVector*>((*v)[i]), depth + 1, i);
+  }
+}
