@@ -1,0 +1,18 @@
+// The two comparison operators of cell texts: the ordering and the equality that dimensions and
+// footnotes go by. Each costs one virtual comparison.
+
+#ifndef BACKEND_TABLES_OM_CELLTEXTORDER_H
+#define BACKEND_TABLES_OM_CELLTEXTORDER_H
+
+#include "platform/cells/CellText.h"
+
+[[nodiscard]] inline bool operator<(const OmCellText& a, const OmCellText& b) {
+  return a.Compare(b) < 0;
+}
+
+// Two texts of different kinds are never equal, whatever their comparison says.
+[[nodiscard]] inline bool operator==(const OmCellText& a, const OmCellText& b) {
+  return a.Kind() == b.Kind() && a.Compare(b) == 0;
+}
+
+#endif

@@ -1,0 +1,26 @@
+#include "backend/tables/om/TextBlock.h"
+
+#include "platform/cells/StringCell.h"
+
+// Goes through the virtual call, so that a visitor of text blocks receives page titles too.
+void OmOutputPart::Visitor::Visit(OmPageTitle& part) {
+  Visit(static_cast<OmTextBlock&>(part));
+}
+
+OmTextBlock::OmTextBlock(const OmCellText& title_, const std::string& text_)
+    : OmOutputPart(title_), isLog(title_.Text() == "Log"), text(text_) {}
+
+OmTextBlock::~OmTextBlock() = default;
+
+void OmTextBlock::Accept(Visitor& v) {
+  v.Visit(*this);
+}
+
+OmPageTitle::OmPageTitle(const std::string& text_)
+    : OmTextBlock(OmStringCell("", nullptr, false), text_) {}
+
+OmPageTitle::~OmPageTitle() = default;
+
+void OmPageTitle::Accept(Visitor& v) {
+  v.Visit(*this);
+}
