@@ -1,0 +1,180 @@
+// ListTree, an ordered tree that is kept as one doubly linked list.
+//
+// The entries stand in document order, each with its level; the subtree of an entry is the run of
+// deeper entries right behind it. Every operation is a scan forward over that run and costs time in
+// proportion to it, nothing is indexed. The values are opaque: the tree neither copies what they
+// point to nor deletes it. Nothing checks its arguments in a release build.
+
+#ifndef BACKEND_TABLES_OM_LISTTREE_H
+#define BACKEND_TABLES_OM_LISTTREE_H
+
+#include <iterator>
+#include <list>
+
+#include "backend/tables/om/Assert.h"
+
+// One entry: a value and its depth, 0 for the root.
+template <typename T>
+class ListTreeData {
+ public:
+  ListTreeData(int level_, const T& data_) : data(data_), level(level_) {}
+
+  [[nodiscard]] T& Data() noexcept { return data; }
+  [[nodiscard]] int& Level() noexcept { return level; }
+
+ private:
+  T data;
+  int level;
+};
+
+// Invariants: the first entry is the root, at level 0; an entry is at most one level deeper than
+// the entry before it.
+//
+// An iterator, and a node that carries it, stays valid until its own entry is removed.
+template <typename T>
+class ListTree {
+ public:
+  using iterator = typename std::list<ListTreeData<T>>::iterator;
+  class Node;
+
+  explicit ListTree(const T& root) { list.emplace_back(0, root); }
+
+  [[nodiscard]] std::list<ListTreeData<T>>& List() noexcept { return list; }
+
+  // Returns the first place behind `it` whose entry is not deeper than `level`: with the entry's
+  // own level, the place just past its subtree. The end is returned as it is.
+  [[nodiscard]] iterator SearchForward(iterator it, int level);
+
+  // Makes the children of `n` its following siblings: every descendant moves up one level and stays
+  // where it is in the list.
+  void Flatten(Node& n);
+  // Removes the entry of `n` alone; its children take its place.
+  void Erase(Node& n);
+  // Removes the entry of `n` and its subtree.
+  void Prune(const Node& n);
+
+ protected:
+  [[nodiscard]] static iterator Place(const Node& n) { return n.iter; }
+
+ private:
+  std::list<ListTreeData<T>> list;
+};
+
+// A cursor on an entry, or on the end of the list.
+//
+// It keeps the level that its entry had when the cursor was made and navigates by that level alone,
+// so it goes stale where the entry's level changes. This is on purpose. Assignment copies all of
+// it; comparison looks at the place only.
+template <typename T>
+class ListTree<T>::Node {
+ public:
+  // The level is 0 at the end.
+  Node(ListTree<T>& tree_, iterator it)
+      : tree(&tree_), level(it == tree_.List().end() ? 0 : it->Level()), iter(it) {}
+
+  [[nodiscard]] int Level() const noexcept { return level; }
+  [[nodiscard]] ListTree<T>& Tree() const noexcept { return *tree; }
+  [[nodiscard]] T& operator*() const;
+  [[nodiscard]] bool IsLeaf() const;
+  [[nodiscard]] bool HasChild() const { return !IsLeaf(); }
+  [[nodiscard]] bool operator==(const Node& other) const { return iter == other.iter; }
+  [[nodiscard]] bool operator!=(const Node& other) const { return iter != other.iter; }
+
+  // From Begin() to End() by ++ visits exactly the children. Begin() of a leaf is its End(). End()
+  // reads as one level deeper than this node, whatever entry it stands on.
+  [[nodiscard]] Node Begin() const;
+  [[nodiscard]] Node End() const;
+  // Moves to the next sibling, past the subtree. The level stays what it was.
+  Node& operator++();
+
+  // Appends `value` as the last child and returns its node.
+  Node Child(const T& value);
+
+ private:
+  friend class ListTree<T>;
+
+  // Ends the process where the node stands at the end, in a hardened build only.
+  void CheckEntry([[maybe_unused]] const char* operation) const {
+    OM_HARDEN(iter != tree->list.end(), operation);
+  }
+
+  ListTree<T>* tree;
+  int level;
+  iterator iter;
+};
+
+template <typename T>
+typename ListTree<T>::iterator ListTree<T>::SearchForward(iterator it, int level) {
+  if (it != list.end()) {
+    do {
+      ++it;
+    } while (it != list.end() && it->Level() > level);
+  }
+  return it;
+}
+
+template <typename T>
+void ListTree<T>::Flatten(Node& n) {
+  if (n.iter == list.end()) {
+    return;
+  }
+  // The entry's level counts here, not the one that the cursor keeps.
+  const int level = n.iter->Level();
+  for (iterator it = std::next(n.iter); it != list.end() && it->Level() > level; ++it) {
+    --it->Level();
+  }
+}
+
+template <typename T>
+void ListTree<T>::Erase(Node& n) {
+  Flatten(n);
+  if (n.iter != list.end()) {
+    list.erase(n.iter);
+  }
+}
+
+template <typename T>
+void ListTree<T>::Prune(const Node& n) {
+  list.erase(n.iter, SearchForward(n.iter, n.level));
+}
+
+template <typename T>
+T& ListTree<T>::Node::operator*() const {
+  CheckEntry("ListTree::Node::operator*");
+  return iter->Data();
+}
+
+template <typename T>
+bool ListTree<T>::Node::IsLeaf() const {
+  CheckEntry("ListTree::Node::IsLeaf");
+  const iterator next = std::next(iter);
+  return next == tree->list.end() || next->Level() <= level;
+}
+
+template <typename T>
+typename ListTree<T>::Node ListTree<T>::Node::Begin() const {
+  CheckEntry("ListTree::Node::Begin");
+  return Node(*tree, std::next(iter));
+}
+
+template <typename T>
+typename ListTree<T>::Node ListTree<T>::Node::End() const {
+  Node end(*tree, tree->SearchForward(iter, level));
+  end.level = level + 1;
+  return end;
+}
+
+template <typename T>
+typename ListTree<T>::Node& ListTree<T>::Node::operator++() {
+  iter = tree->SearchForward(iter, level);
+  return *this;
+}
+
+template <typename T>
+typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
+  CheckEntry("ListTree::Node::Child");
+  const iterator place = tree->SearchForward(iter, level);
+  return Node(*tree, tree->list.emplace(place, level + 1, value));
+}
+
+#endif

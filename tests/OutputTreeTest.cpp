@@ -1,0 +1,346 @@
+// The list tree against a plain tree, and the ownership of an output document.
+
+#include "backend/tables/om/OutputTree.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "backend/tables/om/Heading.h"
+#include "backend/tables/om/TextBlock.h"
+#include "platform/cells/StringCell.h"
+#include "platform/memory/MemoryRegion.h"
+#include "tests/support/Allocations.h"
+
+namespace {
+
+using Values = std::vector<std::pair<int, int>>;  // value and level, in document order
+using PartNode = ListTree<OmOutputPart*>::Node;
+
+// A tree of linked nodes, the twin of a ListTree.
+struct Twin {
+  int value;
+  Twin* parent;
+  std::vector<std::unique_ptr<Twin>> children;
+
+  void List(Values& values, int level = 0) const {
+    values.emplace_back(value, level);
+    for (const auto& child : children) {
+      child->List(values, level + 1);
+    }
+  }
+  void Collect(std::vector<Twin*>& nodes) {
+    nodes.push_back(this);
+    for (const auto& child : children) {
+      child->Collect(nodes);
+    }
+  }
+  std::size_t Index() const {
+    std::size_t i = 0;
+    while (parent->children[i].get() != this) {
+      ++i;
+    }
+    return i;
+  }
+  // Moves the children behind this node, and drops the node itself where `erase`.
+  void Promote(bool erase) {
+    auto& siblings = parent->children;
+    auto place = siblings.begin() + static_cast<std::ptrdiff_t>(Index()) + 1;
+    for (auto& child : children) {
+      child->parent = parent;
+      place = siblings.insert(place, std::move(child)) + 1;
+    }
+    children.clear();
+    if (erase) {
+      siblings.erase(siblings.begin() + static_cast<std::ptrdiff_t>(Index()));
+    }
+  }
+};
+
+Values Entries(ListTree<int>& tree) {
+  Values values;
+  for (auto& entry : tree.List()) {
+    values.emplace_back(entry.Data(), entry.Level());
+  }
+  return values;
+}
+
+template <typename T>
+typename ListTree<T>::Node NodeAt(ListTree<T>& tree, std::size_t index) {
+  return {tree, std::next(tree.List().begin(), static_cast<std::ptrdiff_t>(index))};
+}
+
+TEST(ListTree, FollowsAPlainTree) {
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    ListTree<int> tree(0);
+    Twin twin{0, nullptr, {}};
+    for (int step = 1; step <= 150; ++step) {
+      std::vector<Twin*> nodes;
+      twin.Collect(nodes);
+      const std::size_t index = random() % nodes.size();
+      Twin* const target = nodes[index];
+      auto node = NodeAt(tree, index);
+      const auto operation = index == 0 ? 9 : random() % 10;
+      if (operation == 0) {
+        tree.Prune(node);
+        target->parent->children.erase(target->parent->children.begin() +
+                                       static_cast<std::ptrdiff_t>(target->Index()));
+      } else if (operation <= 2) {
+        operation == 1 ? tree.Erase(node) : tree.Flatten(node);
+        target->Promote(operation == 1);
+      } else {
+        const auto child = node.Child(step);
+        ASSERT_EQ(step, *child);
+        ASSERT_EQ(node.Level() + 1, child.Level());
+        target->children.push_back(std::make_unique<Twin>(Twin{step, target, {}}));
+      }
+      Values expected;
+      twin.List(expected);
+      ASSERT_EQ(expected, Entries(tree));
+      // Every node's children, as the cursors see them.
+      nodes.clear();
+      twin.Collect(nodes);
+      for (std::size_t i = 0; i < nodes.size(); ++i) {
+        const auto parent = NodeAt(tree, i);
+        ASSERT_EQ(nodes[i]->children.empty(), parent.IsLeaf());
+        ASSERT_EQ(parent.Level() + 1, parent.End().Level());
+        auto child = parent.Begin();
+        for (const auto& other : nodes[i]->children) {
+          ASSERT_EQ(other->value, *child);
+          ++child;
+        }
+        ASSERT_TRUE(child == parent.End());
+      }
+    }
+  }
+}
+
+TEST(ListTree, CursorsKeepTheirLevel) {
+  ListTree<int> tree(0);
+  auto root = NodeAt(tree, 0);
+  auto heading = root.Child(1);
+  auto item = heading.Child(2);
+  heading.Child(3);
+  root.Child(4);
+  tree.Flatten(heading);
+  EXPECT_EQ((Values{{0, 0}, {1, 1}, {2, 1}, {3, 1}, {4, 1}}), Entries(tree));
+  EXPECT_EQ(2, item.Level());
+  // The stale level 2 makes a leaf of it, and its child one of level 3 right behind it.
+  EXPECT_TRUE(item.IsLeaf());
+  EXPECT_EQ(3, item.Child(5).Level());
+  EXPECT_EQ((Values{{0, 0}, {1, 1}, {2, 1}, {5, 3}, {3, 1}, {4, 1}}), Entries(tree));
+
+  ListTree<int>::Node end(tree, tree.List().end());
+  EXPECT_EQ(0, end.Level());
+  tree.Flatten(end);
+  tree.Erase(end);
+  tree.Prune(end);
+  EXPECT_TRUE(++end == root.End());
+  EXPECT_EQ(6U, tree.List().size());
+}
+
+// An item that tells when it is deleted.
+class Logged : public OmOutputPart {
+ public:
+  Logged(int id_, std::vector<int>& log_)
+      : OmOutputPart(OmStringCell(std::to_string(id_))), id(id_), log(log_) {}
+  ~Logged() noexcept(false) override {
+    log.push_back(id);
+    if (id < 0) {
+      throw std::runtime_error("item");
+    }
+  }
+  void Accept(Visitor&) override {}
+
+ private:
+  int id;
+  std::vector<int>& log;
+};
+
+std::vector<std::string> Outline(ListTree<OmOutputPart*>& tree) {
+  std::vector<std::string> lines;
+  for (auto& entry : tree.List()) {
+    lines.push_back(std::to_string(entry.Level()) + " " +
+                    (entry.Data() != nullptr ? entry.Data()->Title()->Text() : "null"));
+  }
+  return lines;
+}
+
+// The recursion whose result OmOutputTree::Prune has to give, over the ids of the items.
+void PruneByRecursion(ListTree<int>& tree, const ListTree<int>::Node& n, std::vector<int>& log) {
+  const auto end = n.End();
+  for (auto child = n.Begin(); child != end;) {
+    auto next = child;
+    ++next;
+    PruneByRecursion(tree, child, log);
+    child = next;
+  }
+  log.push_back(*n);
+  tree.Prune(n);
+}
+
+TEST(OutputTree, PrunesAsTheRecursionDoes) {
+  for (unsigned seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::vector<int> expected;
+    std::vector<int> log;
+    ListTree<int> model(0);
+    auto tree = std::make_unique<OmOutputTree>();
+    // Levels may jump, so that siblings of unequal levels and stale cursors occur.
+    for (int id = 1, level = 1; id <= 30; ++id, level += 2 - static_cast<int>(random() % 4)) {
+      level = level < 1 ? 1 : level;
+      model.List().emplace_back(level, id);
+      tree->List().emplace_back(level, new Logged(id, log));
+    }
+    const std::size_t index = 1 + random() % 30;
+    const auto modelNode = NodeAt(model, index);
+    PartNode node = NodeAt<OmOutputPart*>(*tree, index);
+    const int level = node.Level() + 1 - static_cast<int>(random() % 3);
+    std::next(model.List().begin(), static_cast<std::ptrdiff_t>(index))->Level() = level;
+    std::next(tree->List().begin(), static_cast<std::ptrdiff_t>(index))->Level() = level;
+    PruneByRecursion(model, modelNode, expected);
+    tree->Prune(node);
+    ASSERT_EQ(expected, log);
+    std::vector<std::string> lines;
+    for (const auto& [id, entryLevel] : Entries(model)) {
+      lines.push_back(std::to_string(entryLevel) + " " + (id != 0 ? std::to_string(id) : "Output"));
+      if (id != 0) {
+        expected.push_back(id);
+      }
+    }
+    ASSERT_EQ(lines, Outline(*tree));
+    tree.reset();
+    ASSERT_EQ(expected, log) << "the rest in document order";
+  }
+}
+
+TEST(OutputTree, ThrowingDestructorsLeaveTheRestOwned) {
+  std::vector<int> log;
+  {
+    OmOutputTree tree;
+    PartNode root = NodeAt<OmOutputPart*>(tree, 0);
+    PartNode first = root.Child(new Logged(1, log));
+    first.Child(new Logged(2, log));
+    PartNode bad = first.Child(new Logged(-3, log));
+    first.Child(new Logged(4, log));
+    root.Child(nullptr);
+    root.Child(new Logged(-5, log));
+    root.Child(new Logged(6, log));
+    EXPECT_THROW(tree.Prune(first), std::runtime_error);
+    EXPECT_EQ((std::vector<int>{2, -3}), log);
+    EXPECT_EQ(
+        (std::vector<std::string>{"0 Output", "1 1", "2 null", "2 4", "1 null", "1 -5", "1 6"}),
+        Outline(tree));
+    tree.Erase(bad);
+    tree.Erase(first);
+    EXPECT_EQ((std::vector<std::string>{"0 Output", "1 4", "1 null", "1 -5", "1 6"}),
+              Outline(tree));
+  }
+  EXPECT_EQ((std::vector<int>{2, -3, 1, 4, -5, 6}), log);
+}
+
+// A document with an item of two children, a leaf below the second, and a heading behind it.
+std::unique_ptr<OmOutputTree> SmallDocument(std::vector<int>& log) {
+  auto tree = std::make_unique<OmOutputTree>();
+  PartNode heading = NodeAt<OmOutputPart*>(*tree, 0).Child(nullptr);
+  *heading = new Logged(1, log);
+  PartNode item = heading.Child(nullptr);
+  *item = new Logged(2, log);
+  *item.Child(nullptr) = new Logged(3, log);
+  PartNode second = item.Child(nullptr);
+  *second = new Logged(4, log);
+  *second.Child(nullptr) = new Logged(5, log);
+  *heading.Child(nullptr) = new Logged(6, log);
+  return tree;
+}
+
+TEST(Amputate, PutsAMessageInPlace) {
+  struct Row {
+    std::size_t index;
+    std::vector<int> deleted;
+    std::vector<std::string> outline;
+    std::size_t result;
+  };
+  const Row rows[] = {
+      {0, {3, 5, 4, 2, 6, 1}, {"0 Output", "1 T"}, 1},
+      {1, {3, 5, 4, 2, 6}, {"0 Output", "1 1", "2 T"}, 2},
+      {2, {2}, {"0 Output", "1 1", "2 3", "2 4", "3 5", "2 2", "2 6"}, 2},
+      {4, {4}, {"0 Output", "1 1", "2 2", "3 3", "3 5", "3 4", "2 6"}, 4},
+      {5, {5}, {"0 Output", "1 1", "2 2", "3 3", "3 4", "4 5", "2 6"}, 5},
+  };
+  const OmStringCell title("T");
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.index);
+    std::vector<int> log;
+    const auto tree = SmallDocument(log);
+    const PartNode result = Amputate(NodeAt<OmOutputPart*>(*tree, row.index), &title, "it failed");
+    EXPECT_EQ(row.deleted, log);
+    EXPECT_EQ(row.outline, Outline(*tree));
+    EXPECT_TRUE(result == NodeAt<OmOutputPart*>(*tree, row.result));
+    int blocks = 0;
+    for (auto& entry : tree->List()) {
+      if (const auto* const block = dynamic_cast<OmTextBlock*>(entry.Data()); block != nullptr) {
+        ++blocks;
+        EXPECT_EQ("it failed", block->Text());
+      }
+    }
+    EXPECT_EQ(1, blocks);
+  }
+}
+
+TEST(Amputate, LosesNothingWithoutMemory) {
+  const OmStringCell title("a title");
+  const std::string message(100, 'm');
+  OmOutputTree();
+  {
+    std::vector<int> log;
+    Amputate(NodeAt<OmOutputPart*>(*SmallDocument(log), 5), &title, message);
+  }
+  const long live = allocations::Live();
+  const unsigned long texts = OmMemoryRegion::DefaultHeap()->LiveBlocks();
+  EXPECT_TRUE(allocations::FailsAt(0, [] { OmOutputTree tree; }));
+  for (const std::size_t index : {1U, 2U, 5U}) {
+    for (long n = 0, failed = 1; failed != 0; ++n) {
+      std::vector<int> log;
+      log.reserve(10);
+      auto tree = SmallDocument(log);
+      failed = allocations::FailsAt(
+          n, [&] { Amputate(NodeAt<OmOutputPart*>(*tree, index), &title, message); });
+      EXPECT_EQ(failed == 0, n >= 3) << "a block, its text, an entry";
+      EXPECT_EQ(failed != 0 && index != 1 ? tree->List().size() : 0,
+                index != 1 && failed ? 7U : 0U);
+      tree.reset();
+      EXPECT_EQ(6U, log.size());
+    }
+  }
+  EXPECT_EQ(live, allocations::Live());
+  EXPECT_EQ(texts, OmMemoryRegion::DefaultHeap()->LiveBlocks());
+}
+
+TEST(OutputTree, HoldsDeepDocuments) {
+  constexpr int kDepth = 10000;
+  OmOutputTree tree;
+  const auto build = [&] {
+    PartNode node = NodeAt<OmOutputPart*>(tree, 0);
+    for (int level = 0; level < kDepth; ++level) {
+      node = node.Child(new OmHeading(OmStringCell("deep")));
+    }
+    return node;
+  };
+  EXPECT_EQ(kDepth, build().Level());
+  PartNode top = NodeAt<OmOutputPart*>(tree, 1);
+  tree.Prune(top);
+  EXPECT_EQ(1U, tree.List().size());
+  Amputate(build(), nullptr, "at the bottom");
+  EXPECT_EQ(kDepth, tree.List().back().Level());
+}
+
+}  // namespace
