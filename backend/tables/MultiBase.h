@@ -1,0 +1,45 @@
+// MultiBase, the mixed radix in which a display heading numbers the combinations of several
+// dimensions, and Product, the number of those combinations.
+
+#ifndef BACKEND_TABLES_MULTIBASE_H
+#define BACKEND_TABLES_MULTIBASE_H
+
+#include <vector>
+
+#include "backend/tables/om/Export.h"
+
+// Converts between a place and its digits. With the bases (3, 4) the places 0 … 11 have the digits
+// (0,0), (0,1), (0,2), (0,3), (1,0), … (2,3): the last digit varies fastest.
+class OM_API MultiBase {
+ public:
+  // Has no bases: its only place is 0, which has no digits.
+  MultiBase() = default;
+  // `bases` holds the radix of each digit, the most significant first.
+  explicit MultiBase(const std::vector<unsigned int>& bases);
+
+  [[nodiscard]] unsigned int Size() const noexcept;
+  [[nodiscard]] std::vector<unsigned int> Bases() const;
+
+  // Returns the digits of a place. The first digit is never reduced, on purpose: a place at or
+  // beyond the product of the bases shows as a first digit at or beyond its base. A base of 0 that
+  // the division meets ends the process.
+  [[nodiscard]] std::vector<unsigned int> Digits(unsigned long long value) const;
+  // Writes the same digits to `digits`, which has room for Size() of them.
+  void Digits(unsigned long long value, unsigned int* digits) const;
+  // Returns the place of some digits, which are not held against their bases. Ends the process
+  // unless there is one digit a base, and at least one.
+  [[nodiscard]] unsigned long long Value(const std::vector<unsigned int>& digits) const;
+
+ private:
+  std::vector<unsigned int> bases;
+};
+
+// Returns the product of the elements, 1 where there are none. An element is widened with its sign,
+// and an overflow wraps.
+template <typename Container>
+unsigned long long Product(const Container& elements);
+
+extern template OM_API unsigned long long Product(const std::vector<unsigned int>& elements);
+extern template OM_API unsigned long long Product(const std::vector<int>& elements);
+
+#endif

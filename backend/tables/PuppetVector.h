@@ -1,0 +1,49 @@
+// PuppetVector, the list of values behind an axis: a vector with a value for the places that it
+// lacks.
+
+#ifndef BACKEND_TABLES_PUPPETVECTOR_H
+#define BACKEND_TABLES_PUPPETVECTOR_H
+
+#include <vector>
+
+// Reading beyond the end gives the default; writing beyond the end fills up with it. Copies and
+// moves carry the values and the default.
+template <typename T>
+class PuppetVector {
+ public:
+  using value_type = T;
+  using iterator = typename std::vector<T>::iterator;
+  using const_iterator = typename std::vector<T>::const_iterator;
+
+  // Holds no values; `fill` is the default.
+  explicit PuppetVector(T fill) : value(fill) {}
+
+  [[nodiscard]] unsigned long size() const noexcept { return values.size(); }
+  [[nodiscard]] bool empty() const noexcept { return values.empty(); }
+  [[nodiscard]] iterator begin() noexcept { return values.begin(); }
+  [[nodiscard]] iterator end() noexcept { return values.end(); }
+  [[nodiscard]] const_iterator begin() const noexcept { return values.begin(); }
+  [[nodiscard]] const_iterator end() const noexcept { return values.end(); }
+
+  // Returns the value at `i`, or the default where there is none.
+  const T& operator[](unsigned long i) const { return i < values.size() ? values[i] : value; }
+  // Returns the value at `i`, after appending the default until there is one.
+  T& operator[](unsigned long i) {
+    if (i >= values.size()) {
+      values.resize(i + 1, value);
+    }
+    return values[i];
+  }
+
+  void push_back(T v) { values.push_back(v); }
+  iterator insert(const_iterator position, T v) { return values.insert(position, v); }
+  // Removes one value. Returns the position of the one after it.
+  iterator erase(const_iterator position) { return values.erase(position); }
+  void clear() noexcept { values.clear(); }
+
+ private:
+  std::vector<T> values;
+  T value;
+};
+
+#endif
