@@ -1,0 +1,256 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <random>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "backend/tables/om/Vector.h"
+#include "platform/memory/MemoryRegion.h"
+
+namespace {
+
+// A block with the pattern that it was filled with.
+struct Held {
+  unsigned char* block;
+  unsigned long bytes;
+  unsigned char pattern;
+};
+
+Held Take(OmMemoryRegion& region, unsigned long bytes, unsigned char pattern) {
+  auto* const block = static_cast<unsigned char*>(region.Allocate(bytes));
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0U) << bytes;
+  std::memset(block, pattern, bytes);
+  return {block, bytes, pattern};
+}
+
+// Checks that nobody else wrote into the block, and releases it.
+void GiveBack(const Held& held) {
+  const auto foreign = [&](unsigned char byte) { return byte != held.pattern; };
+  EXPECT_EQ(std::find_if(held.block, held.block + held.bytes, foreign), held.block + held.bytes);
+  OmMemoryRegion::Release(held.block);
+}
+
+// Mostly small, now and then around the border to the large blocks or far beyond it.
+unsigned long RandomSize(std::mt19937& random) {
+  switch (random() % 16) {
+    case 0:
+      return 16300 + random() % 200;
+    case 1:
+      return random() % 70000;
+    case 2:
+    case 3:
+      return random() % 3000;
+    default:
+      return random() % 300;
+  }
+}
+
+// Random operations on `region`; the blocks that live must keep their contents.
+void Churn(OmMemoryRegion& region, unsigned int seed, int steps) {
+  std::mt19937 random(seed);
+  std::vector<Held> held;
+  for (int step = 0; step < steps; ++step) {
+    if (held.empty() || random() % 100 < 52) {
+      held.push_back(Take(region, RandomSize(random), static_cast<unsigned char>(random())));
+    } else {
+      std::swap(held[random() % held.size()], held.back());
+      GiveBack(held.back());
+      held.pop_back();
+    }
+  }
+  std::for_each(held.begin(), held.end(), GiveBack);
+}
+
+TEST(Region, KeepsBlocksApartAndCountsThem) {
+  const unsigned int seed = std::random_device{}();
+  SCOPED_TRACE(seed);
+  OmMemoryRegion region(false);
+  Churn(region, seed, 20000);
+  EXPECT_EQ(region.LiveBlocks(), 0U);
+  EXPECT_EQ(region.BytesInUse(), 0U);
+  // All that was used is used again: the same work needs no more from the system.
+  const unsigned long held = region.BytesHeld();
+  Churn(region, seed, 20000);
+  EXPECT_EQ(region.BytesHeld(), held);
+}
+
+TEST(Region, CountsEveryBlockWithItsSizeClass) {
+  OmMemoryRegion region(false);
+  EXPECT_EQ(region.BytesHeld(), 0U);
+  std::vector<void*> blocks;
+  unsigned long sum = 0;
+  for (unsigned long bytes = 0; bytes < 20000; bytes += bytes / 40 + 1) {
+    const unsigned long before = region.BytesInUse();
+    blocks.push_back(region.Allocate(bytes));
+    const unsigned long given = region.BytesInUse() - before;
+    EXPECT_GE(given, bytes);
+    EXPECT_LE(given, bytes + bytes / 4 + 48) << bytes;
+    sum += given;
+  }
+  EXPECT_EQ(region.BytesInUse(), sum);
+  EXPECT_EQ(region.LiveBlocks(), blocks.size());
+  EXPECT_GT(region.BytesHeld(), sum);
+  for (void* block : blocks) {
+    OmMemoryRegion::Release(block);
+  }
+  OmMemoryRegion::Release(nullptr);
+  EXPECT_EQ(region.BytesInUse(), 0U);
+  EXPECT_EQ(region.LiveBlocks(), 0U);
+}
+
+TEST(Region, IsLeanWhileItIsSmall) {
+  OmMemoryRegion region(false);
+  (void)region.Allocate(40);
+  EXPECT_LE(region.BytesHeld(), 1024U);
+  for (int i = 1; i < 150; ++i) {
+    (void)region.Allocate(40);
+  }
+  EXPECT_LE(region.BytesHeld(), 16384U);  // the redzones of a sanitizer build included
+  EXPECT_LE(sizeof(OmMemoryRegion), 512U);
+}
+
+TEST(Region, UsesReleasedBlocksAgainUntilItIsOnItsWayOut) {
+  OmMemoryRegion region(false);
+  for (const unsigned long bytes : {8UL, 40UL, 700UL, 16000UL}) {
+    void* const block = region.Allocate(bytes);
+    OmMemoryRegion::Release(block);
+    EXPECT_EQ(region.Allocate(bytes), block);
+    region.WorkingRelease(false);
+    OmMemoryRegion::Release(block);
+    void* const other = region.Allocate(bytes);
+    EXPECT_NE(other, block);
+    region.WorkingRelease(true);
+    OmMemoryRegion::Release(other);
+    EXPECT_EQ(region.Allocate(bytes), other);
+    OmMemoryRegion::Release(other);
+  }
+  void* const large = region.Allocate(100000);
+  void* const kept = region.Allocate(100000);
+  const unsigned long held = region.BytesHeld();
+  OmMemoryRegion::Release(large);
+  EXPECT_LE(region.BytesHeld() + 100000, held);
+  region.WorkingRelease(false);
+  OmMemoryRegion::Release(kept);
+  EXPECT_EQ(region.BytesInUse(), 0U);
+  EXPECT_EQ(region.LiveBlocks(), 0U);
+}
+
+TEST(Region, RefusesWhatItCannotHold) {
+  OmMemoryRegion region(false);
+  void* const block = region.Allocate(40);
+  const unsigned long inUse = region.BytesInUse();
+  const unsigned long held = region.BytesHeld();
+  for (const unsigned long bytes : {~0UL, ~0UL - 7, ~0UL - 31, ~0UL / 2, (1UL << 39) + 1}) {
+    EXPECT_THROW((void)region.Allocate(bytes), std::bad_alloc) << bytes;
+  }
+  // The limit counts what is given, not what is asked for.
+  region.Limit(inUse + 100);
+  EXPECT_THROW((void)region.Allocate(20000), std::bad_alloc);
+  EXPECT_THROW((void)region.Allocate(101), std::bad_alloc);
+  void* const last = region.Allocate(40);
+  EXPECT_THROW((void)region.Allocate(60), std::bad_alloc);
+  EXPECT_EQ(region.LiveBlocks(), 2U);
+  EXPECT_EQ(region.BytesHeld(), held);
+  region.Limit(0);  // below what is in use
+  EXPECT_THROW((void)region.Allocate(0), std::bad_alloc);
+  region.Limit(~0UL);
+  OmMemoryRegion::Release(last);
+  EXPECT_EQ(region.Allocate(40), last);
+  OmMemoryRegion::Release(block);
+}
+
+TEST(Region, ReleasesToTheOwnerOfTheBlock) {
+  OmMemoryRegion first(false);
+  OmMemoryRegion second(true);
+  OmMemoryRegion* const heap = OmMemoryRegion::DefaultHeap();
+  const unsigned long before = heap->LiveBlocks();
+  std::vector<std::array<void*, 3>> rows;
+  for (const unsigned long bytes : {0UL, 40UL, 5000UL, 50000UL}) {
+    rows.push_back({first.Allocate(bytes), second.Allocate(bytes),
+                    OmMemoryRegion::SelectHeap(nullptr)->Allocate(bytes)});
+  }
+  EXPECT_EQ(heap->LiveBlocks(), before + rows.size());
+  for (const auto& row : rows) {
+    OmMemoryRegion::Release(row[1]);
+    OmMemoryRegion::Release(row[2]);
+  }
+  EXPECT_EQ(first.LiveBlocks(), rows.size());  // freed with the region
+  EXPECT_EQ(second.LiveBlocks(), 0U);
+  EXPECT_EQ(heap->LiveBlocks(), before);
+}
+
+TEST(Region, SharesTheDefaultHeapAmongThreads) {
+  OmMemoryRegion* const heap = OmMemoryRegion::DefaultHeap();
+  const unsigned long live = heap->LiveBlocks();
+  const unsigned long inUse = heap->BytesInUse();
+  std::vector<std::thread> threads;
+  std::array<Held, 4> handed{};
+  for (unsigned int i = 0; i < 4; ++i) {
+    threads.emplace_back([&handed, heap, i] {
+      Churn(*heap, i, 10000);
+      handed[i] = Take(*heap, 100 * i, static_cast<unsigned char>(i));
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(heap->LiveBlocks(), live + 4);
+  std::for_each(handed.begin(), handed.end(), GiveBack);  // by another thread than took them
+  EXPECT_EQ(heap->LiveBlocks(), live);
+  EXPECT_EQ(heap->BytesInUse(), inUse);
+}
+
+// What only a region's blocks point to is no leak, however the blocks are chained. A sanitizer
+// build looks for leaks when the process ends.
+TEST(Region, ShowsALeakCheckerWhatItsBlocksHold) {
+  struct Link {
+    Link* next;
+    int* owned;
+  };
+  static auto* const region = new OmMemoryRegion(false);
+  static Link* head = nullptr;
+  for (const unsigned long bytes : {16UL, 16UL, 50000UL, 3000UL, 100000UL}) {
+    head = new (region->Allocate(bytes)) Link{head, new int(7)};
+  }
+  EXPECT_EQ(*head->next->next->owned, 7);
+}
+
+#if defined(OM_HARDENING) && OM_HARDENING
+TEST(RegionDeathTest, EndsWhereABlockIsReleasedTwice) {
+  OmMemoryRegion region(false);
+  void* const block = region.Allocate(40);
+  OmMemoryRegion::Release(block);
+  EXPECT_DEATH(OmMemoryRegion::Release(block), "OmMemoryRegion::Release: Assertion");
+}
+#endif
+
+#if defined(__SANITIZE_ADDRESS__)
+#define OM_SEES_ADDRESSES 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OM_SEES_ADDRESSES 1
+#endif
+#endif
+
+#ifdef OM_SEES_ADDRESSES
+TEST(RegionDeathTest, ShowsASanitizerEveryBlockByItself) {
+  OmMemoryRegion region(false);
+  for (const unsigned long bytes : {24UL, 41UL, 5000UL, 16376UL, 30000UL}) {
+    auto* const block = static_cast<volatile char*>(region.Allocate(bytes));
+    (void)region.Allocate(bytes);
+    EXPECT_DEATH(block[bytes] = 1, "AddressSanitizer") << bytes;
+    EXPECT_DEATH(block[-1] = 1, "AddressSanitizer") << bytes;
+    OmMemoryRegion::Release(const_cast<char*>(block));
+    EXPECT_DEATH(block[0] = 1, "AddressSanitizer") << bytes;
+  }
+}
+#endif
+
+}  // namespace
