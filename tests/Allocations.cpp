@@ -37,6 +37,14 @@ void* operator new(std::size_t bytes) {
   return block;
 }
 
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(bytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void operator delete(void* block) noexcept {
   live -= block != nullptr ? 1 : 0;
   std::free(block);

@@ -6,8 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "backend/tables/om/Chart.h"
+#include "backend/tables/om/Dendrix.h"
 #include "backend/tables/om/Footnote.h"
 #include "backend/tables/om/Heading.h"
+#include "backend/tables/om/Interactive.h"
+#include "backend/tables/om/Model.h"
 #include "backend/tables/om/TextBlock.h"
 #include "backend/tables/om/Vector.h"
 #include "platform/cells/StringCell.h"
@@ -50,19 +54,23 @@ class Unclonable : public OmCellText {
 
 TEST(OutputItems, AreVisitedByKind) {
   const OmStringCell title("title");
+  Seven seven;
+  Nine nine;
   std::vector<std::unique_ptr<OmOutputPart>> parts;
   parts.emplace_back(new OmHeading(title));
   parts.emplace_back(new OmProcedure(title, "", "", ""));
   parts.emplace_back(new OmTextBlock(title, ""));
   parts.emplace_back(new OmPageTitle(""));
-  Seven seven;
-  Nine nine;
+  parts.emplace_back(new OmChart(title, "", 1));
+  parts.emplace_back(new OmModel(title));
+  parts.emplace_back(new OmInteractive(title, "", 1));
+  parts.emplace_back(new OmDendrix(title, seven.seen));
   for (const auto& part : parts) {
     part->Accept(seven);
     part->Accept(nine);
   }
-  EXPECT_EQ("heading heading text text ", seven.seen);
-  EXPECT_EQ("heading procedure text page title ", nine.seen);
+  EXPECT_EQ("heading heading text text chart model interactive dendrix ", seven.seen);
+  EXPECT_EQ("heading procedure text page title chart model interactive dendrix ", nine.seen);
 }
 
 TEST(OutputItems, OwnTheirTexts) {
