@@ -1,13 +1,20 @@
 // OmCellText, a cell value of any kind, and the visitor that tells the kinds apart.
 //
 // A text lives in a memory region or on the default heap and is deleted with `delete` wherever it
-// lives. It may carry metadata, which it owns, and be tied to an encoding tracker, which it does not
-// own.
+// lives; it may also be a local object. It may carry metadata, which it owns, and be tied to an
+// encoding tracker, which it does not own.
+//
+// Texts are ordered by value first: numbers (OmNumber, OmNumDataValue) come before all others, a
+// missing number before every other number, and numbers go by value; the other kinds go by the
+// bytes of their text. Where that is equal, the kinds come in the order in which the visitor lists
+// them, and texts of one kind go by the rest of what they hold. A display format, a flag, metadata
+// and the tracker take no part.
 
 #ifndef PLATFORM_CELLS_CELLTEXT_H
 #define PLATFORM_CELLS_CELLTEXT_H
 
 #include <string>
+#include <string_view>
 
 #include "platform/Export.h"
 
@@ -22,6 +29,9 @@ class OmStringDataValue;
 class OmVariable;
 class icuTracker;
 
+// A text is used by one thread at a time. Every constructor of a kind copies what it is given and
+// takes the memory for it from its region argument, null for the default heap; the region has to
+// outlive the text. Where an allocation fails, nothing is left behind.
 class OM_PLATFORM_API OmCellText {
  public:
   class Visitor;
@@ -36,12 +46,12 @@ class OM_PLATFORM_API OmCellText {
   static void operator delete(void* block) noexcept;
   static void operator delete(void* block, OmMemoryRegion* region) noexcept;
 
-  // Returns a copy in `region` (null is the default heap) that takes all that it holds, its characters
-  // included, from that region. The copy carries the metadata and is tied to no tracker.
+  // Returns a copy in `region` (null is the default heap) that takes all that it holds, its
+  // characters included, from that region. The copy carries the metadata and is tied to no tracker.
   [[nodiscard]] virtual OmCellText* Clone(OmMemoryRegion* region = nullptr) const = 0;
 
-  // Orders two texts: negative, zero or positive. A total order over all kinds.
-  [[nodiscard]] virtual short Compare(const OmCellText& other) const = 0;
+  // Orders two texts: negative, zero or positive. A total order over all kinds, stated above.
+  [[nodiscard]] virtual short Compare(const OmCellText& other) const;
   // Identifies the kind of a text; only equality of two kinds has a meaning.
   [[nodiscard]] virtual unsigned long Kind() const noexcept = 0;
   // Returns the text in UTF-8, a number by its display format.
@@ -57,11 +67,38 @@ class OM_PLATFORM_API OmCellText {
   [[nodiscard]] bool hasMeta() const noexcept;
   // Returns the metadata; only where hasMeta().
   [[nodiscard]] const OmCellMetaData& getMeta() const;
-  // Stores a copy of `meta` in the region of the text.
+  // Stores a copy of `meta` in the region of the text, in place of what was there. Where that
+  // fails, the old metadata stays.
   void setMeta(const OmCellMetaData& meta);
 
  protected:
-  OmCellText() noexcept;
+  // What the order of texts goes by, most significant first.
+  struct Key {
+    bool number = false;
+    double value = 0;
+    std::string_view text;
+    unsigned long kind = 0;
+    std::string_view rest;
+  };
+
+  // Metadata will live in `region`, null for the default heap.
+  explicit OmCellText(OmMemoryRegion* region = nullptr) noexcept;
+  // Takes over a copy of the metadata, and no tracker.
+  OmCellText(const OmCellText& other, OmMemoryRegion* region);
+
+  // Makes an object with `trailing` bytes behind it, in the same block.
+  static void* operator new(unsigned long size, OmMemoryRegion* region, unsigned long trailing);
+  static void operator delete(void* block, OmMemoryRegion* region, unsigned long trailing) noexcept;
+
+  // Returns the text's own key. A text that has to be composed is put into `composed`, which has to
+  // live as long as the key.
+  [[nodiscard]] virtual Key OrderKey(std::string& composed) const;
+
+ private:
+  icuTracker* tracker = nullptr;  // not owned
+  // The metadata or, with the lowest bit set, the region that it would live in: a text without
+  // metadata has no other use for the word.
+  unsigned long home;
 };
 
 // Visits a cell value by its kind.

@@ -1,0 +1,155 @@
+#include "platform/cells/CellText.h"
+
+#include <cmath>
+#include <iostream>
+#include <limits>
+#include <new>
+
+#include "backend/tables/om/Assert.h"
+#include "backend/tables/om/Vector.h"
+#include "platform/cells/CellMetaData.h"
+#include "platform/memory/MemoryRegion.h"
+
+namespace {
+
+// Marks `home` as a region, which is aligned to more than one byte.
+constexpr unsigned long kNoMeta = 1;
+
+unsigned long HomeIn(OmMemoryRegion* region) {
+  return reinterpret_cast<unsigned long>(region) | kNoMeta;
+}
+
+OmCellMetaData* MetaIn(unsigned long home) {
+  return (home & kNoMeta) == 0 ? reinterpret_cast<OmCellMetaData*>(home) : nullptr;
+}
+
+OmCellMetaData* CopyMeta(const OmCellMetaData& meta, OmMemoryRegion* region) {
+  void* const block = OmMemoryRegion::SelectHeap(region)->Allocate(sizeof(OmCellMetaData));
+  try {
+    return new (block) OmCellMetaData(meta, region);
+  } catch (...) {
+    OmMemoryRegion::Release(block);
+    throw;
+  }
+}
+
+void DeleteMeta(OmCellMetaData* meta) {
+  if (meta != nullptr) {
+    meta->~OmCellMetaData();
+    OmMemoryRegion::Release(meta);
+  }
+}
+
+template <typename T>
+short ThreeWay(const T& a, const T& b) {
+  return static_cast<short>((b < a) - (a < b));
+}
+
+short CompareNumbers(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) {
+    return ThreeWay(!std::isnan(a), !std::isnan(b));
+  }
+  return ThreeWay(a, b);
+}
+
+}  // namespace
+
+OmCellText::OmCellText(OmMemoryRegion* region) noexcept : home(HomeIn(region)) {}
+
+OmCellText::OmCellText(const OmCellText& other, OmMemoryRegion* region) : home(HomeIn(region)) {
+  if (other.hasMeta()) {
+    home = reinterpret_cast<unsigned long>(CopyMeta(other.getMeta(), region));
+  }
+}
+
+OmCellText::~OmCellText() {
+  DeleteMeta(MetaIn(home));
+}
+
+void* OmCellText::operator new(unsigned long size) {
+  return OmMemoryRegion::DefaultHeap()->Allocate(size);
+}
+
+void* OmCellText::operator new(unsigned long size, OmMemoryRegion* region) {
+  return OmMemoryRegion::SelectHeap(region)->Allocate(size);
+}
+
+void* OmCellText::operator new(unsigned long size, OmMemoryRegion* region, unsigned long trailing) {
+  if (trailing > std::numeric_limits<unsigned long>::max() - size) {
+    throw std::bad_alloc();
+  }
+  return OmMemoryRegion::SelectHeap(region)->Allocate(size + trailing);
+}
+
+void OmCellText::operator delete(void* block) noexcept {
+  OmMemoryRegion::Release(block);
+}
+
+void OmCellText::operator delete(void* block, OmMemoryRegion*) noexcept {
+  OmMemoryRegion::Release(block);
+}
+
+void OmCellText::operator delete(void* block, OmMemoryRegion*, unsigned long) noexcept {
+  OmMemoryRegion::Release(block);
+}
+
+short OmCellText::Compare(const OmCellText& other) const {
+  std::string composed;
+  std::string otherComposed;
+  const Key a = OrderKey(composed);
+  const Key b = other.OrderKey(otherComposed);
+  if (a.number != b.number) {
+    return ThreeWay(b.number, a.number);
+  }
+  if (const short order = a.number ? CompareNumbers(a.value, b.value) : ThreeWay(a.text, b.text);
+      order != 0) {
+    return order;
+  }
+  if (a.kind != b.kind) {
+    return ThreeWay(a.kind, b.kind);
+  }
+  return ThreeWay(a.rest, b.rest);
+}
+
+OmCellText::Key OmCellText::OrderKey(std::string& composed) const {
+  composed = Text();
+  Key key;
+  key.text = composed;
+  key.kind = Kind();
+  return key;
+}
+
+void OmCellText::Print(unsigned int indent) const {
+  for (unsigned int i = 0; i < indent; ++i) {
+    std::cout << "  ";
+  }
+  std::cout << Text();
+}
+
+void OmCellText::setICUTracker(icuTracker* tracker_) {
+  tracker = tracker_;
+}
+
+icuTracker* OmCellText::getICUTracker() const noexcept {
+  return tracker;
+}
+
+bool OmCellText::hasMeta() const noexcept {
+  return (home & kNoMeta) == 0;
+}
+
+const OmCellMetaData& OmCellText::getMeta() const {
+  OM_HARDEN(hasMeta(), "OmCellText::getMeta");
+  return *MetaIn(home);
+}
+
+void OmCellText::setMeta(const OmCellMetaData& meta) {
+  OmCellMetaData* const old = MetaIn(home);
+  OmMemoryRegion* const region =
+      old != nullptr ? old->Region() : reinterpret_cast<OmMemoryRegion*>(home & ~kNoMeta);
+  // Copied before the old one goes: it may be `meta`.
+  home = reinterpret_cast<unsigned long>(CopyMeta(meta, region));
+  DeleteMeta(old);
+}
+
+OmCellText::Visitor::~Visitor() = default;
