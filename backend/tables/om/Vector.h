@@ -1,12 +1,12 @@
-// OmVector, the growable array of everything that lives inside a table, and OmRegionManaged, the base
-// of objects that are placed in a memory region.
+// OmVector, the growable array of everything that lives inside a table, and OmRegionManaged, the
+// base of objects that are placed in a memory region.
 //
-// Every block comes from one OmMemoryRegion, so that a table's memory is charged to the table and gone
-// with it. The vector is simpler than std::vector on purpose: elements are moved as bytes, never
-// through a copy or move constructor. An element may therefore hold no pointer into itself or into its
-// neighbours, unless its owner mends that pointer after each move. Appending costs amortised constant
-// time; inserting and erasing cost one memory move. Indexing is not checked in a release build, and
-// there is no assignment.
+// Every block comes from one OmMemoryRegion, so that a table's memory is charged to the table and
+// gone with it. The vector is simpler than std::vector on purpose: elements are moved as bytes,
+// never through a copy or move constructor. An element may therefore hold no pointer into itself or
+// into its neighbours, unless its owner mends that pointer after each move. Appending costs
+// amortised constant time; inserting and erasing cost one memory move. Indexing is not checked in a
+// release build, and there is no assignment.
 
 #ifndef BACKEND_TABLES_OM_VECTOR_H
 #define BACKEND_TABLES_OM_VECTOR_H
@@ -15,6 +15,7 @@
 #include <limits>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 #include "backend/tables/om/Assert.h"
 #include "platform/memory/MemoryRegion.h"
@@ -23,8 +24,8 @@ inline OmMemoryRegion* OmMemoryRegion::SelectHeap(OmMemoryRegion* region) noexce
   return region != nullptr ? region : DefaultHeap();
 }
 
-// The base of objects that are created inside a region with `new (region) T(...)`. A null region means
-// the default heap. `delete` returns the object to wherever it came from.
+// The base of objects that are created inside a region with `new (region) T(...)`. A null region
+// means the default heap. `delete` returns the object to wherever it came from.
 class OmRegionManaged {
  public:
   static void* operator new(unsigned long size, OmMemoryRegion* region) {
@@ -39,8 +40,8 @@ class OmRegionManaged {
 
 // Owns the storage of an OmVector.
 //
-// Invariants: first <= last <= limit; the three are null together or not at all; the block that they
-// delimit came from `region`, which is never null while the vector lives.
+// Invariants: first <= last <= limit; the three are null together or not at all; the block that
+// they delimit came from `region`, which is never null while the vector lives.
 template <typename T>
 class OmVectorBase {
  public:
@@ -59,18 +60,20 @@ class OmVectorBase {
   T* limit;
 };
 
+template <typename T>
+class OmVectorTreeData;
+
 // A vector of elements that may be moved as bytes.
 //
-// Where an allocation fails, the vector is unchanged. The region has to outlive the vector. Any call
-// that grows the vector invalidates pointers to its elements.
+// Where an allocation or a copy fails, the vector is unchanged. The region has to outlive the
+// vector. Any call that grows the vector invalidates pointers to its elements.
 template <typename T>
 class OmVector : public OmVectorBase<T> {
  public:
   explicit OmVector(OmMemoryRegion* region);
   OmVector(long n, const T& value, OmMemoryRegion* region);
   // Holds the `n` bytes at `s`, and no terminator.
-  OmVector(const char* s, unsigned long n, OmMemoryRegion* region)
-    requires std::is_same_v<T, char>;
+  OmVector(const char* s, unsigned long n, OmMemoryRegion* region) requires std::is_same_v<T, char>;
   // A copy takes exactly the room that its elements need, in the region of `other` or in `region`.
   OmVector(const OmVector& other);
   OmVector(const OmVector& other, OmMemoryRegion* region);
@@ -95,11 +98,11 @@ class OmVector : public OmVectorBase<T> {
   [[nodiscard]] static unsigned long NextSize(unsigned long n);
   // Appends a copy of `value`, which may be one of the vector's own elements. Returns its place.
   T* push_back(const T& value);
-  // Puts a copy of `value` in front of `position`. `value` must be no element of this vector: it is
-  // read after the elements have moved.
+  // Puts a copy of `value` in front of `position`, and returns its place. `value` must be no
+  // element of this vector: it is read after the elements have moved.
   T* insert(T* position, const T& value);
-  // Destroys the element at `position`. At or past the end there is none to destroy: the last element
-  // is dropped as it stands, which is on purpose.
+  // Destroys the element at `position`. At or past the end there is none to destroy: the last
+  // element is dropped as it stands, which is on purpose.
   void erase(T* position);
   void erase(T* from, T* to);
   // Appends copies of `value`, or drops elements from the end, until there are `n`.
@@ -110,7 +113,16 @@ class OmVector : public OmVectorBase<T> {
   void destroy_elements();
 
  private:
+  // The records of a tree are built, moved and dropped in place.
+  template <typename U>
+  friend class OmVectorTreeData;
+
   void CopyElements(const OmVector& other);
+  void MoveTo(T* block, unsigned long n) noexcept;
+  // Appends an element that is built from `args`, which may refer to the vector's own elements:
+  // they do not move before the new one stands.
+  template <typename... Args>
+  T* Emplace(Args&&... args);
 };
 
 template <typename T>
@@ -156,8 +168,8 @@ OmVector<T>::OmVector(long n, const T& value, OmMemoryRegion* region_)
 }
 
 template <typename T>
-OmVector<T>::OmVector(const char* s, unsigned long n, OmMemoryRegion* region_)
-  requires std::is_same_v<T, char>
+OmVector<T>::OmVector(const char* s, unsigned long n,
+                      OmMemoryRegion* region_) requires std::is_same_v<T, char>
     : OmVectorBase<T>(region_, n) {
   if (n != 0) {
     std::memcpy(this->first, s, n);
@@ -233,7 +245,12 @@ void OmVector<T>::reserve(unsigned long n) {
   if (capacity() >= n) {
     return;
   }
-  T* const block = this->AllocateBlock(this->region, n);
+  MoveTo(this->AllocateBlock(this->region, n), n);
+}
+
+// Makes `block`, which has room for `n` elements, the vector's own.
+template <typename T>
+void OmVector<T>::MoveTo(T* block, unsigned long n) noexcept {
   const unsigned long count = size();
   if (count != 0) {
     // The old elements are not destroyed: their bytes live on in the new block.
@@ -256,18 +273,27 @@ unsigned long OmVector<T>::NextSize(unsigned long n) {
 
 template <typename T>
 T* OmVector<T>::push_back(const T& value) {
-  const T* source = &value;
-  if (this->last == this->limit) {
-    const bool own = this->first <= source && source < this->last;
-    const auto index = own ? source - this->first : 0;
-    reserve(NextSize(size()));
-    if (own) {
-      source = this->first + index;
+  return Emplace(value);
+}
+
+template <typename T>
+template <typename... Args>
+T* OmVector<T>::Emplace(Args&&... args) {
+  if (this->last != this->limit) {
+    new (this->last) T(std::forward<Args>(args)...);
+  } else {
+    const unsigned long count = size();
+    const unsigned long room = NextSize(count);
+    T* const block = this->AllocateBlock(this->region, room);
+    try {
+      new (block + count) T(std::forward<Args>(args)...);
+    } catch (...) {
+      OmMemoryRegion::Release(block);
+      throw;
     }
+    MoveTo(block, room);
   }
-  T* const place = new (this->last) T(*source);
-  ++this->last;
-  return place;
+  return this->last++;
 }
 
 template <typename T>
