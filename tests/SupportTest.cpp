@@ -47,7 +47,8 @@ TEST(Converter, ConvertsOrFails) {
       {nullptr, "a", true, ""},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.codePage != nullptr ? row.codePage : "null") + ": " + row.text);
+    SCOPED_TRACE(testing::Message()
+                 << (row.codePage != nullptr ? row.codePage : "null") << ": " << row.text);
     QualtexMBConverter* const converter = QualtexMBConverterNew_A(row.codePage);
     std::string out = "before";
     // Twice: a failure leaves nothing behind in the converter.
@@ -56,8 +57,8 @@ TEST(Converter, ConvertsOrFails) {
       EXPECT_EQ(out, row.fails ? "before" : row.converted);
     }
     if (converter != nullptr) {
-      out = "x";
-      EXPECT_EQ(QualtexMBU8ToGeneric(converter, out, out), 0);
+      std::string same = "x";
+      EXPECT_EQ(QualtexMBU8ToGeneric(converter, same, same), 0);
     }
     QualtexMBConverterDelete_A(converter);
   }
