@@ -20,7 +20,8 @@ class OM_API OmHeading : public OmOutputPart {
 
   void Accept(Visitor& v) override;
 
-  // Empty at first. The library adds nothing to it: it is there for the heading's users.
+  // Empty at first. The library adds nothing to it: it is there for the heading's users, who
+  // include Footnote.h and Vector.h.
   [[nodiscard]] OmVector<OmFootnote>& Footnotes() noexcept { return *footnotes; }
   [[nodiscard]] const OmVector<OmFootnote>& Footnotes() const noexcept { return *footnotes; }
 
