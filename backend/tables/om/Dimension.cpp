@@ -1,0 +1,218 @@
+#include "backend/tables/om/Dimension.h"
+
+#include <algorithm>
+
+#include "backend/tables/om/Exception.h"
+
+namespace {
+
+// What a search in the index of a parent finds.
+struct Found {
+  unsigned long place;  // of the first entry that is not less than the probe
+  int position;         // of the child that is neither less nor greater, or -1
+};
+
+Found Search(const OmDimension::ConstNode& parent, const OmDimensionNode& probe) {
+  const OmDimension::Less less(parent, probe);
+  const OmVector<int>& index = parent->ChildIndex();
+  const int* const entry = std::lower_bound(index.begin(), index.end(), -1, less);
+  const bool same = entry != index.end() && !less(-1, *entry);
+  return {static_cast<unsigned long>(entry - index.begin()), same ? *entry : -1};
+}
+
+}  // namespace
+
+bool OmDimension::Less::operator()(int i, int j) const {
+  const auto payload = [this](int position) -> const OmDimensionNode* {
+    if (position == -1) {
+      return &probe;
+    }
+    const auto index = static_cast<unsigned int>(position);
+    return index < parent.Count() ? &*parent[index] : nullptr;
+  };
+  const OmDimensionNode* const a = payload(i);
+  const OmDimensionNode* const b = payload(j);
+  return a != nullptr && (b == nullptr || *a < *b);
+}
+
+OmDimension::OmDimension(const OmDimensionNode& root, OmMemoryRegion* region)
+    : OmVectorTree<OmDimensionNode>(OmDimensionNode(root, region), region) {}
+
+OmDimension::OmDimension(const OmDimension& other, OmMemoryRegion* region)
+    : OmVectorTree<OmDimensionNode>(OmDimensionNode(*other.Root(), region), region),
+      numCategories(other.numCategories) {
+  const ConstNode root = other.Root();
+  for (ConstNode child = root.Begin(); child != root.End(); ++child) {
+    CloneNode(*this, Root(), child);
+  }
+}
+
+int OmDimension::FindChild(ConstNode parent_, const OmCellText& text, bool group) const {
+  return Search(parent_, OmDimensionNode(text, 0, group, nullptr)).position;
+}
+
+unsigned int OmDimension::getDepth(ConstNode node) const {
+  unsigned int depth = node.Level();
+  for (ConstNode child = node.Begin(); child != node.End(); ++child) {
+    depth = std::max(depth, getDepth(child));
+  }
+  return depth;
+}
+
+unsigned int OmDimension::getMaximumDepth() const {
+  return getDepth(Root()) + 1;
+}
+
+void OmDimension::getGroupCountsByLevel(ConstNode node, std::vector<unsigned long>& counts) const {
+  bool leafCounted = false;
+  for (ConstNode child = node.Begin(); child != node.End(); ++child) {
+    OM_HARDEN(child.Level() < counts.size(), "OmDimension::getGroupCountsByLevel");
+    if (child->IsGroup() && !child->Hide()) {
+      ++counts[child.Level()];
+    } else if (!leafCounted && child.IsLeaf()) {
+      ++counts[child.Level()];
+      leafCounted = true;
+    }
+    getGroupCountsByLevel(child, counts);
+  }
+}
+
+unsigned long OmDimension::getMaxVisibleGroupCount() const {
+  std::vector<unsigned long> counts(getMaximumDepth(), 0);
+  getGroupCountsByLevel(Root(), counts);
+  return *std::max_element(counts.begin(), counts.end());
+}
+
+OmDimension::Node OmDimension::Counterpart(Node& node) {
+  return node.Counterpart(*this);
+}
+
+OmDimension::Node OmDimension::Child(const Node& parent_, const OmDimensionNode& node) {
+  if (!parent_->IsGroup()) {
+    throw OMSException("OmDimension::Child -- parent is not group");
+  }
+  OmDimensionNode copy(node, Region());
+  copy.Text()->setICUTracker(parent_->Text()->getICUTracker());
+  copy.ChildIndex().clear();
+  const Found found = Search(parent_, copy);
+  if (found.position != -1) {
+    return parent_[static_cast<unsigned long>(found.position)];
+  }
+  return Append(parent_, copy, found.place);
+}
+
+OmDimension::Node OmDimension::Child(const Node& parent_, const OmCellText& text,
+                                     unsigned long subscript, bool group) {
+  return Child(parent_, OmDimensionNode(text, subscript, group, nullptr));
+}
+
+OmDimension::Node OmDimension::AddNewChild(const Node& parent_, const OmCellText& text,
+                                           unsigned long subscript, bool group) {
+  OmDimensionNode node(text, subscript, group, Region());
+  node.Text()->setICUTracker(parent_->Text()->getICUTracker());
+  return Append(parent_, node, parent_->ChildIndex().size());
+}
+
+// Appends a child and enters it in the parent's index at `place`.
+OmDimension::Node OmDimension::Append(const Node& parent_, OmDimensionNode& node,
+                                      unsigned long place) {
+  OmVector<int>& index = parent_->ChildIndex();
+  const unsigned long position = index.size();
+  // The room comes first, so that nothing fails once the child is there.
+  if (index.capacity() == position) {
+    index.reserve(OmVector<int>::NextSize(position));
+  }
+  const Node child = OmVectorTree::Child(parent_, node);
+  index.insert(index.begin() + place, static_cast<int>(position));
+  if (!node.IsGroup()) {
+    ++numCategories;
+  }
+  return child;
+}
+
+void OmDimension::Delete(Node& node) {
+  const Node above = node.Parent();
+  const unsigned int pos = node - above.Begin();
+  OmVectorTree::Delete(node);
+
+  OmVector<int>& index = above->ChildIndex();
+  for (unsigned long i = 0; i < index.size();) {
+    const auto entry = static_cast<unsigned int>(index[i]);
+    if (entry == pos) {
+      // The entry at `pos`, not the one at `i`: on purpose, and the same in the order of insertion.
+      index.erase(index.begin() + std::min<unsigned long>(pos, index.size()));
+      continue;
+    }
+    if (entry > pos) {
+      --index[i];
+    }
+    ++i;
+  }
+  numCategories = MaxSubscript(Root()) + 1;
+}
+
+OmDimensionNode OmDimension::insertCategory(const OmCellText& text, Node sibling, Node parent_,
+                                            bool before) {
+  OmDimensionNode node(text, MaxSubscript(Root()) + 1, false, Region());
+  node.Text()->setICUTracker(sibling->Text()->getICUTracker());
+  OmVectorTree::InsertChild(node, sibling, parent_, before);
+  ++numCategories;
+  return node;
+}
+
+void OmDimension::insertChild(const OmCellText& text, std::vector<Node*> nodes) {
+  OmDimensionNode node(text, OmDimensionNode::kNoSubscript, true, Region());
+  if (!nodes.empty()) {
+    node.Text()->setICUTracker((*nodes.front())->Text()->getICUTracker());
+  }
+  OmVectorTree::InsertChild(node, nodes);
+}
+
+void OmDimension::removeChild(Node& node) {
+  node->Subscript(OmDimensionNode::kDissolving);
+  OmVectorTree::removeChild(node);
+}
+
+void OmDimension::moveChild(Node& node, Node* target, bool swap) {
+  if (target != nullptr && swap) {
+    OmVectorTree::swapChildren(node, *target);
+    return;
+  }
+  if (target != nullptr) {
+    OmVectorTree::moveChild(node, target, nullptr);
+    return;
+  }
+  Node reached = node.Parent();
+  while (reached->Hide() && !reached.IsRoot()) {
+    reached = reached.Parent();
+  }
+  OmVectorTree::moveChild(node, nullptr, &reached);
+}
+
+// The indexes stay right as they are copied, because the children are cloned in their order. The
+// copy of the payload is made outside this function: it recurses over the user's tree.
+void OmDimension::CloneNode(OmVectorTree<OmDimensionNode>& tree, Node parent_,
+                            const ConstNode& source) {
+  const Node copy = CloneRecord(tree, parent_, source);
+  for (ConstNode child = source.Begin(); child != source.End(); ++child) {
+    CloneNode(tree, copy, child);
+  }
+}
+
+[[gnu::noinline]] OmDimension::Node OmDimension::CloneRecord(OmVectorTree<OmDimensionNode>& tree,
+                                                             const Node& parent_,
+                                                             const ConstNode& source) {
+  const OmDimensionNode payload(*source, tree.Region());
+  return tree.Child(parent_, payload);
+}
+
+// The groups' own subscripts are ignored, and 0 stands for no category.
+unsigned int OmDimension::MaxSubscript(const ConstNode& node) {
+  unsigned int largest = 0;
+  for (ConstNode child = node.Begin(); child != node.End(); ++child) {
+    const unsigned int subscript =
+        child->IsGroup() ? MaxSubscript(child) : static_cast<unsigned int>(child->Subscript());
+    largest = std::max(largest, subscript);
+  }
+  return largest;
+}
