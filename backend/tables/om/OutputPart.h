@@ -30,7 +30,9 @@ class OM_API OmOutputPart {
 
   OmOutputPart(const OmOutputPart&) = delete;
   OmOutputPart& operator=(const OmOutputPart&) = delete;
-  // Destructors of items may throw: an output tree that is being destroyed ignores what they throw.
+  // Destructors of items may throw, though the library's own do not: an output tree that is being
+  // destroyed ignores what they throw. A class with an item as a member declares its own destructor
+  // noexcept where its base asks for that.
   virtual ~OmOutputPart() noexcept(false);
 
   // Calls the Visit overload of the item's own kind.
