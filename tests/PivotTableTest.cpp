@@ -161,7 +161,7 @@ TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {
     unsigned long rowsAfter;
   } cases[] = {
       {{0, -1}, {1}, {2}, true, 1},
-      {{-1, 0}, {-1}, {}, false, 1},
+      {{-1, 0}, {}, {}, false, 1},
       {{0, 0}, {1}, {}, true, 2},
       {{0, -1}, {1}, {}, true, 2},
       {{-1, 0, -1, 1, 2}, {}, {-1}, true, 3},

@@ -20,7 +20,7 @@ inline OmDimension* AddDimension(OmPivotTable& table, const std::string& name, i
   return dimension;
 }
 
-// A text whose copies fail once `left` of them have been made; -1 sets no limit.
+// A text that can be copied `left` times, its copies one time less each; -1 sets no limit.
 class BrittleText : public OmCellText {
  public:
   explicit BrittleText(int left_) : left(left_) {}
@@ -29,9 +29,8 @@ class BrittleText : public OmCellText {
     if (left == 0) {
       throw std::runtime_error("no more copies");
     }
-    auto* const copy = new (region) BrittleText(left);
     left -= left > 0 ? 1 : 0;
-    return copy;
+    return new (region) BrittleText(left);
   }
   [[nodiscard]] short Compare(const OmCellText& other) const override {
     return static_cast<short>(Text().compare(other.Text()));

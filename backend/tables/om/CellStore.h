@@ -19,7 +19,7 @@
 class OmCellText;
 
 // A vector of one level of the store. The object and its elements come from one region.
-class OmPointerVector : public OmRegionManaged, public OmVector<void*> {
+class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) : OmVector<void*>(region_) {}
 

@@ -12,7 +12,7 @@ std::string Compose(const std::string& message, double value1, double value2) {
 
 }  // namespace
 
-OMSException::OMSException(const char* message) : OMSException(message, 0, 0) {}
+OMSException::OMSException(const char* message_) : OMSException(message_, 0, 0) {}
 
 OMSException::OMSException(const char* message_, double value1_, double value2_)
     : message(message_),

@@ -82,10 +82,10 @@ OmPivotTable::Data::~Data() {
   Drop(icu);
 }
 
-OmPivotTable::OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits)
-    : OmOutputPart(title), _my(new Data(templateName, hasSplits)) {}
+OmPivotTable::OmPivotTable(const OmCellText& title_, const OmCellText& templateName, bool hasSplits)
+    : OmOutputPart(title_), _my(new Data(templateName, hasSplits)) {}
 
-OmPivotTable::~OmPivotTable() {
+OmPivotTable::~OmPivotTable() noexcept {
   delete _my;
 }
 

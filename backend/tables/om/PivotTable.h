@@ -25,6 +25,7 @@ class BackendSettings;
 class OmCellProperties;
 class OmCellText;
 class OmDimension;
+class OmDisplayLayerHeading;
 class OmFootnote;
 class OmPointerVector;
 template <typename T>
@@ -48,7 +49,7 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
   OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
-  ~OmPivotTable() override;
+  ~OmPivotTable() noexcept override;
 
   void Accept(Visitor& visitor) override;
 
@@ -244,6 +245,9 @@ class OM_API OmPivotTable : public OmOutputPart {
   void PrintCells(PointerVector* v, unsigned long depth, unsigned long index) const;
 
  private:
+  friend class OmDisplayLayerHeading;  // walks the store where asking for cell by cell would be
+                                       // slow
+
   Data* _my;
 };
 

@@ -9,17 +9,15 @@
 
 #include "backend/tables/PuppetVector.h"
 #include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Footnote.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/PivotTable.h"
-#include "backend/tables/om/VectorTree.h"
 #include "platform/cells/CellProperties.h"
 #include "platform/cells/CellText.h"
 #include "platform/dataio/BackendSettings.h"
 #include "platform/memory/MemoryRegion.h"
 
-class OmDimension;
-class OmDimensionNode;
 class icuTracker;
 
 // Ties the texts that it visits to one tracker. Numbers carry no text and are passed over.
