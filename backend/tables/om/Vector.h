@@ -195,7 +195,7 @@ OmVector<T>::~OmVector() {
 template <typename T>
 void OmVector<T>::CopyElements(const OmVector& other) {
   if constexpr (std::is_trivially_copyable_v<T>) {
-    if (other.first != nullptr) {
+    if (other.first != other.last) {
       std::memcpy(static_cast<void*>(this->first), other.first, other.size() * sizeof(T));
       this->last = this->first + other.size();
     }

@@ -1,0 +1,156 @@
+#include "backend/tables/om/Vector.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "tests/support/Counted.h"
+
+namespace {
+
+std::vector<int> Values(const OmVector<Counted>& vector) {
+  std::vector<int> values;
+  for (const Counted& element : vector) {
+    values.push_back(element.value);
+  }
+  return values;
+}
+
+TEST(Vector, RoomFollowsTheRule) {
+  OmMemoryRegion region(false);
+  {
+    OmVector<int> v(&region);
+    EXPECT_EQ(region.LiveBlocks(), 0u);
+    const unsigned long rooms[] = {4, 4, 4, 4, 8, 8, 8, 8, 16};
+    for (int i = 0; i != 9; ++i) {
+      v.push_back(i);
+      EXPECT_EQ(v.capacity(), rooms[i]);
+      EXPECT_EQ(OmVector<int>::NextSize(static_cast<unsigned long>(i)), rooms[i]);
+    }
+    v.resize(21, 7);
+    EXPECT_EQ(v.capacity(), 21u);
+    EXPECT_EQ(v[8] * 10 + v.back(), 87);
+    v.resize(5, 0);
+    v.reserve(21);
+    EXPECT_EQ(v.capacity(), 21u);
+
+    const OmVector<int> copy(v, nullptr);
+    EXPECT_EQ(copy.capacity(), 5u);
+    EXPECT_EQ(copy.Region(), OmMemoryRegion::DefaultHeap());
+    v.clear();
+    EXPECT_EQ(v.begin(), nullptr);
+    EXPECT_EQ(region.LiveBlocks(), 0u);
+    EXPECT_EQ(v.Region(), &region);
+
+    v.reserve(5);
+    for (int i = 0; i != 6; ++i) {
+      v.insert(v.begin(), i);
+    }
+    EXPECT_EQ(v.capacity(), 8u);
+    v.erase(v.end());  // drops the last one
+    EXPECT_EQ(std::vector<int>(v.begin(), v.end()), (std::vector<int>{5, 4, 3, 2, 1}));
+    v.erase(v.begin(), v.begin());
+    EXPECT_EQ(v.size(), 5u);
+
+    const OmVector<char> bytes("a\0b", 3, &region);
+    EXPECT_EQ(bytes.capacity(), 3u);
+    EXPECT_EQ(bytes[2], 'b');
+    EXPECT_THROW(OmVector<int>(-1, 0, &region), std::bad_alloc);
+    EXPECT_THROW(v.reserve(~0UL / 2), std::bad_alloc);
+    EXPECT_EQ(v[4], 1);
+  }
+  EXPECT_EQ(region.LiveBlocks(), 0u);
+}
+
+TEST(Vector, BehavesLikeAStandardVector) {
+  const unsigned seed = std::random_device{}();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  const auto below = [&random](unsigned long n) { return static_cast<long>(random() % n); };
+  OmMemoryRegion region(false);
+  const long alive = Counted::live;
+  {
+    OmVector<Counted> v(&region);
+    std::vector<int> twin;
+    for (int step = 0; step != 20000; ++step) {
+      const long at = below(twin.size() + 1);
+      const auto place = static_cast<unsigned long>(at);
+      switch (random() % 8) {
+        case 0:
+        case 1:
+          EXPECT_EQ(v.push_back(step)->value, step);
+          twin.push_back(step);
+          break;
+        case 2:
+          EXPECT_EQ(v.insert(v.begin() + at, Counted(step))->value, step);
+          twin.insert(twin.begin() + at, step);
+          break;
+        case 3:
+          if (place != twin.size()) {
+            v.push_back(v[place]);  // its own element
+            twin.push_back(twin[place]);
+          }
+          break;
+        case 4:
+          if (place != twin.size()) {
+            v.erase(v.begin() + at);
+            twin.erase(twin.begin() + at);
+          }
+          break;
+        case 5: {
+          const long to = at + below(twin.size() - place + 1) % 4;
+          v.erase(v.begin() + at, v.begin() + to);
+          twin.erase(twin.begin() + at, twin.begin() + to);
+          break;
+        }
+        case 6:
+          v.resize(place + 8, step);
+          twin.resize(place + 8, step);
+          break;
+        default:
+          if (random() % 50 == 0) {
+            v.clear();
+            twin.clear();
+          }
+          v.reserve(place);
+      }
+      ASSERT_EQ(Values(v), twin) << "step " << step;
+      ASSERT_EQ(Counted::live - alive, static_cast<long>(twin.size()));
+    }
+    EXPECT_EQ(Values(OmVector<Counted>(v)), twin);
+    Counted::ended.clear();
+    v.destroy_elements();
+    EXPECT_EQ(Counted::ended, twin);
+    for (Counted& element : v) {
+      new (&element) Counted(0);
+    }
+  }
+  EXPECT_EQ(Counted::live, alive);
+  EXPECT_EQ(region.LiveBlocks(), 0u);
+}
+
+TEST(Vector, AFailedCopyLeavesNoTrace) {
+  OmMemoryRegion region(false);
+  OmVector<Counted> v(4, Counted(5), &region);
+  const std::vector<int> before = Values(v);
+  const auto unchanged = [&] {
+    EXPECT_EQ(Values(v), before);
+    EXPECT_EQ(region.LiveBlocks(), 1u);
+  };
+  const Counted six(6);
+  EXPECT_EQ(Counted::Exhaust([&] { OmVector<Counted>(v, &region); }, unchanged), 4);
+  EXPECT_EQ(Counted::Exhaust([&] { OmVector<Counted>(3, six, &region); }, unchanged), 3);
+  unchanged();
+  Counted::copiesLeft = 0;
+  EXPECT_THROW(v.insert(v.begin() + 1, six), std::bad_alloc);
+  Counted::copiesLeft = -1;
+  unchanged();
+  v.clear();
+  v.reserve(0);
+  EXPECT_EQ(
+      Counted::Exhaust([&] { v.push_back(six); }, [&] { EXPECT_EQ(region.LiveBlocks(), 0u); }), 1);
+  EXPECT_EQ(Values(v), std::vector<int>{6});
+}
+
+}  // namespace
