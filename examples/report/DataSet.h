@@ -82,6 +82,8 @@ struct DataSet {
   std::vector<Variable> variables;
   std::size_t cases = 0;
 
+  // Returns the name of the file without its folder.
+  [[nodiscard]] std::string FileName() const { return path.substr(path.rfind('/') + 1); }
   // Returns the variable of that name. Throws InputError where there is none.
   [[nodiscard]] const Variable& Find(const std::string& name) const;
 };

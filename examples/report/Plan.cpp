@@ -67,7 +67,7 @@ Plan MakePlan(const DataSet& data, const Options& options) {
   plan.by = options.by.empty() ? nullptr : &data.Find(options.by);
   plan.title = options.title;
   if (plan.title.empty()) {
-    plan.title = "Report on " + data.path.substr(data.path.rfind('/') + 1);
+    plan.title = "Report on " + data.FileName();
   }
 
   std::set<const Variable*> used;

@@ -102,7 +102,7 @@ void Procedure::AddNotes(const std::string& title) {
   TableBuilder table(heading, "Notes", "Notes");
   OmDimension& notes = table.AddDimension(Axis::kRows, "Notes", false);
   int row = AddGroup(notes, "Input", {"File", "Cases in the file", "Weight"});
-  table.Text({row++}, data.path.substr(data.path.rfind('/') + 1));
+  table.Text({row++}, data.FileName());
   table.Text({row++}, std::to_string(data.cases));
   table.Text({row++}, plan.weight == nullptr ? "none" : plan.weight->Name());
   row = AddGroup(notes, "Request", {"Procedure", "Variables"});
@@ -436,8 +436,7 @@ void BuildDocument(const DataSet& data, const Plan& plan, OmOutputTree& document
   Place(root, std::make_unique<OmTextBlock>(OmStringCellUTF8("Log"),
                                             Cases(static_cast<double>(data.cases), 0) + " and " +
                                                 std::to_string(data.variables.size()) +
-                                                " variables read from " +
-                                                data.path.substr(data.path.rfind('/') + 1) + "."));
+                                                " variables read from " + data.FileName() + "."));
   if (!plan.AxisVariables().empty()) {
     Run<FrequenciesProcedure>(data, plan, root, "Frequencies", "frequencies");
     Run<CrosstabulationProcedure>(data, plan, root, "Crosstabulation", "crosstabulation");

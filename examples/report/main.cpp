@@ -3,13 +3,18 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <limits>
+#include <string>
 
 #include "backend/tables/om/OutputTree.h"
 #include "examples/report/CsvReader.h"
 #include "examples/report/DataSet.h"
 #include "examples/report/DisplayText.h"
+#include "examples/report/HtmlFile.h"
+#include "examples/report/HtmlReport.h"
 #include "examples/report/Options.h"
 #include "examples/report/Plan.h"
 #include "examples/report/Procedures.h"
@@ -28,11 +33,24 @@ int TerminalWidth() {
   return known ? std::max<int>(size.ws_col, kMinWidth) : kDefaultWidth;
 }
 
+// Writes a message as one line, whatever texts of the data it quotes.
+void Report(const char* message) {
+  std::string line = "report:";
+  for (const std::string& part : report::BreakLines(message, std::numeric_limits<int>::max())) {
+    line += " " + part;
+  }
+  std::cerr << line << '\n';
+}
+
 void Run(const report::Options& options) {
   const report::DataSet data = report::ReadDataSet(options.file);
   const report::Plan plan = report::MakePlan(data, options);
   OmOutputTree document;
   report::BuildDocument(data, plan, document);
+  if (!options.html.empty()) {
+    report::WriteHtmlFile(document, options.skipEmpty, options.html);
+    return;
+  }
 
   report::TextStyle style;
   style.width = options.width != 0 ? options.width : TerminalWidth();
@@ -55,10 +73,13 @@ int main(int argc, char** argv) {
     Run(options);
     return std::cout.flush() ? 0 : kFailureStatus;
   } catch (const report::InputError& error) {
+    Report(error.what());
+    return kInputStatus;
+  } catch (const report::OutputError& error) {
     std::cerr << "report: " << error.what() << '\n';
     return kInputStatus;
   } catch (const std::exception& error) {
-    std::cerr << "report: " << error.what() << '\n';
+    Report(error.what());
     return kFailureStatus;
   }
 }

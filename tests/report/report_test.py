@@ -325,11 +325,24 @@ class ReportTest(unittest.TestCase):
             text = text.replace(raised, '[%c]' % (97 + i))
         return re.sub(' +', ' ', re.sub('-+', '-', text))
 
+    def test_empty_rows_are_left_out_of_a_layer(self):
+        arguments = ('--rows', 'Class', '--columns', 'Survived', '--layers', 'Age', '--ascii')
+        for extra, expected in (((), 5), (('--skip-empty',), 4)):
+            layers = {above[1]: body(rows, 2) for above, rows in
+                      tables(report(TITANIC, *arguments, *extra)) if above[1:]}
+            self.assertEqual(len(layers['Age: Adult']), 15)
+            self.assertEqual(len(layers['Age: Child']), 3 * expected)  # no child was in the crew
+            self.assertEqual(layers['Age: Child']['1st', 'Count'][-1], 6)
+
     def test_a_terminal_is_safe_from_data(self):
-        path = self.file('a\x1b[31m,b\n"x\x07\u202ey",1\nz\x9b,2\n')
-        status, out, _ = run(self.file(b'a\x1b[31m,b\n"x\x07\xe2\x80\xaey",1\nz\xc2\x9b,2\n'))
-        self.assertEqual(status, 0)
-        self.assertFalse([c for c in out if c != '\n' and unicodedata.category(c) in ('Cc', 'Cf')])
+        path = self.file('a\x1b[31m,"b\nc"\n"x\x07\u202ey",1\nz\x9b,2\n')
+        for arguments, lines in (((), 9), (('--rows', 'nothing'), 1)):
+            _, out, error = run(path, *arguments)
+            text = out + error
+            self.assertGreaterEqual(text.count('\n'), lines)
+            self.assertFalse([c for c in text if c != '\n' and
+                              unicodedata.category(c) in ('Cc', 'Cf')])
+        self.assertEqual(error.count('\n'), 1)
 
     def test_many_cases(self):
         rows = 1000000
