@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <list>
 #include <random>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "backend/tables/om/Exception.h"
 #include "platform/cells/CellTexts.h"
 #include "platform/support/IcuTracker.h"
+#include "tests/support/TreeTwin.h"
 
 namespace {
 
@@ -18,58 +18,32 @@ using Node = OmDimension::Node;
 using ConstNode = OmDimension::ConstNode;
 constexpr unsigned long kNone = OmDimensionNode::kNoSubscript;
 
-// The plain twin of a record.
-struct Twin {
+// What the twin of a record holds.
+struct Category {
+  bool operator<(const Category& other) const {
+    return group != other.group ? group : label < other.label;
+  }
+  bool operator==(const Category& other) const {
+    return group == other.group && subscript == other.subscript && label == other.label;
+  }
+
   std::string label;
   unsigned long subscript = kNone;
   bool group = false;
   bool hide = false;
   std::vector<int> index = {};
-  std::list<Twin> kids = {};
-  Twin* parent = nullptr;
   bool sorted = true;  // whether `index` is what a search relies on
-
-  bool Less(const Twin& other) const { return group != other.group ? group : label < other.label; }
-  bool Equal(const Twin& other) const {
-    return group == other.group && subscript == other.subscript && label == other.label;
-  }
 };
 
-Twin* Link(Twin& twin) {
-  for (Twin& kid : twin.kids) {
-    kid.parent = &twin;
-    Link(kid);
-  }
-  return &twin;
-}
-
-std::list<Twin>::iterator Place(const Twin* twin) {
-  std::list<Twin>& kids = twin->parent->kids;
-  return std::find_if(kids.begin(), kids.end(), [twin](const Twin& kid) { return &kid == twin; });
-}
-
-void Collect(Twin& twin, std::vector<Twin*>& all) {
-  all.push_back(&twin);
-  for (Twin& kid : twin.kids) {
-    Collect(kid, all);
-  }
-}
-
-Node Find(OmDimension& dimension, const Twin* twin) {
-  if (twin->parent == nullptr) {
-    return dimension.Root();
-  }
-  const auto index = std::distance(twin->parent->kids.begin(), Place(twin));
-  return Find(dimension, twin->parent)[static_cast<unsigned long>(index)];
-}
+using Twin = TreeTwin<Category>;
 
 void ExpectSame(ConstNode node, const Twin& twin) {
-  EXPECT_EQ(node->Text()->Text(), twin.label);
-  EXPECT_EQ(node->Subscript(), twin.subscript);
-  EXPECT_EQ(node->IsGroup(), twin.group);
-  EXPECT_EQ(node->Hide(), twin.hide);
+  EXPECT_EQ(node->Text()->Text(), twin.value.label);
+  EXPECT_EQ(node->Subscript(), twin.value.subscript);
+  EXPECT_EQ(node->IsGroup(), twin.value.group);
+  EXPECT_EQ(node->Hide(), twin.value.hide);
   const OmVector<int>& index = node->ChildIndex();
-  EXPECT_EQ(std::vector<int>(index.begin(), index.end()), twin.index);
+  EXPECT_EQ(std::vector<int>(index.begin(), index.end()), twin.value.index);
   ASSERT_EQ(node.Count(), twin.kids.size());
   ConstNode child = node.Begin();
   for (const Twin& kid : twin.kids) {
@@ -81,65 +55,32 @@ void ExpectSame(ConstNode node, const Twin& twin) {
 unsigned int MaxSubscript(const Twin& twin) {
   unsigned int largest = 0;
   for (const Twin& kid : twin.kids) {
-    largest =
-        std::max(largest, kid.group ? MaxSubscript(kid) : static_cast<unsigned int>(kid.subscript));
+    largest = std::max(largest, kid.value.group ? MaxSubscript(kid)
+                                                : static_cast<unsigned int>(kid.value.subscript));
   }
   return largest;
 }
 
-OmDimensionNode Root(OmMemoryRegion* region = nullptr) {
-  return OmDimensionNode(OmStringCell("root"), kNone, true, region);
+OmDimensionNode Root() {
+  return OmDimensionNode(OmStringCell("root"), kNone, true, nullptr);
 }
 
 class DimensionModel {
  public:
   explicit DimensionModel(unsigned seed)
-      : random(seed), dimension(Root(), &region), root{"root", kNone, true} {}
+      : random(seed), dimension(Root(), &region), root(Category{"root", kNone, true}) {}
 
   void Step() {
-    std::vector<Twin*> all;
-    Collect(root, all);
+    const Twin::Twins all = root.All();
     Twin* const a = all[random() % all.size()];
     Twin* const b = all[random() % all.size()];
-    Node nodeA = Find(dimension, a);
-    Node nodeB = Find(dimension, b);
-    const Twin made{std::string(1, static_cast<char>('a' + random() % 8)), random() % 50,
-                    random() % 3 == 0};
-    const OmStringCell text(made.label);
-    switch (random() % (all.size() < 60 ? 10 : 5)) {
-      case 0:
-        Delete(a, nodeA);
-        break;
-      case 1:
-        Dissolve(a, nodeA);
-        break;
-      case 2:
-        Move(a, b, nodeA, nodeB);
-        break;
-      case 3:
-        a->hide = !a->hide;
-        nodeA->Hide(a->hide);
-        break;
-      case 4:
-        EXPECT_TRUE(!a->sorted ||
-                    dimension.FindChild(nodeA, text, made.group) == Position(a, made));
-        break;
-      case 5:
-        InsertCategory(a, nodeA, text);
-        break;
-      case 6:
-        Group(a, text);
-        break;
-      case 7:
-        dimension.AddNewChild(nodeA, text, made.subscript, made.group);
-        a->sorted = false;
-        a->index.push_back(static_cast<int>(a->index.size()));
-        Append(a, made);
-        break;
-      default:
-        Child(a, nodeA, text, made);
+    const Category made{std::string(1, static_cast<char>('a' + random() % 8)), random() % 50,
+                        random() % 3 == 0};
+    if (all.size() < 60 && random() % 2 == 0) {
+      Grow(a, made, OmStringCell(made.label));
+    } else {
+      Restructure(a, b, made, OmStringCell(made.label));
     }
-    Link(root);
     ASSERT_NO_FATAL_FAILURE(ExpectSame(dimension.Root(), root));
     ASSERT_EQ(dimension.NumCategories(), categories);
   }
@@ -151,146 +92,125 @@ class DimensionModel {
   unsigned int categories = 0;
 
  private:
-  static int Position(const Twin* above, const Twin& probe) {
-    int position = 0;
-    for (const Twin& kid : above->kids) {
-      if (!kid.Less(probe) && !probe.Less(kid)) {
-        return position;
-      }
-      ++position;
-    }
-    return -1;
+  static int Position(const Twin* above, const Category& probe) {
+    const auto found = std::find_if(above->kids.begin(), above->kids.end(), [&](const Twin& kid) {
+      return !(kid.value < probe) && !(probe < kid.value);
+    });
+    return found == above->kids.end() ? -1
+                                      : static_cast<int>(std::distance(above->kids.begin(), found));
   }
 
-  void Append(Twin* above, const Twin& made) {
-    above->kids.push_back(made);
+  void Append(Twin* above, const Category& made, std::vector<int>::iterator place) {
+    above->value.index.insert(place, static_cast<int>(above->value.index.size()));
+    above->Add(Twin(made));
     categories += made.group ? 0 : 1;
   }
 
-  void Child(Twin* above, const Node& node, const OmCellText& text, const Twin& made) {
-    if (!above->group) {
+  void Grow(Twin* a, const Category& made, const OmCellText& text) {
+    const Node node = FindNode(dimension, a);
+    if (!a->value.group) {
       EXPECT_THROW(dimension.Child(node, text, made.subscript, made.group), OMSException);
-      return;
     }
-    if (!above->sorted) {
-      return;  // where it ends up says nothing
-    }
-    const int known = Position(above, made);
-    const Node child = dimension.Child(node, text, made.subscript, made.group);
-    EXPECT_EQ(child - node.Begin(),
-              known != -1 ? static_cast<unsigned int>(known) : node.Count() - 1);
-    if (known == -1) {
-      const auto place = std::find_if(above->index.begin(), above->index.end(), [&](int i) {
-        return made.Less(*std::next(above->kids.begin(), i));
-      });
-      above->index.insert(place, static_cast<int>(above->index.size()));
-      Append(above, made);
+    if (random() % 4 == 0) {
+      dimension.AddNewChild(node, text, made.subscript, made.group);
+      Append(a, made, a->value.index.end());
+      a->value.sorted = false;
+    } else if (a->value.group && a->value.sorted) {
+      const int known = Position(a, made);
+      EXPECT_EQ(dimension.FindChild(node, text, made.group), known);
+      const Node child = dimension.Child(node, text, made.subscript, made.group);
+      EXPECT_EQ(static_cast<int>(child - node.Begin()),
+                known != -1 ? known : static_cast<int>(a->kids.size()));
+      if (known == -1) {
+        std::vector<int>& index = a->value.index;
+        Append(a, made, std::find_if(index.begin(), index.end(), [&](int i) {
+                 return made < std::next(a->kids.begin(), i)->value;
+               }));
+      }
     }
   }
 
-  void Delete(Twin* twin, Node& node) {
-    if (twin == &root) {
+  void Restructure(Twin* a, Twin* b, const Category& made, const OmCellText& text) {
+    if (a == &root) {
       return;
     }
-    Twin* const above = twin->parent;
-    const auto position = std::distance(above->kids.begin(), Place(twin));
+    Twin* const above = a->parent;
+    Node nodeA = FindNode(dimension, a);
+    Node nodeB = FindNode(dimension, b);
+    switch (random() % 6) {
+      case 0:
+        a->value.hide = !a->value.hide;
+        nodeA->Hide(a->value.hide);
+        return;
+      case 1:
+        Delete(a, nodeA);
+        break;
+      case 2: {
+        const bool before = random() % 2 == 0;
+        const Category category{made.label, MaxSubscript(root) + 1};
+        const OmDimensionNode node = dimension.insertCategory(text, nodeA, nodeA.Parent(), before);
+        EXPECT_EQ(node.Subscript(), category.subscript);
+        above->Add(Twin(category), before ? a->value : a->After());
+        ++categories;
+        break;
+      }
+      case 3: {
+        const Twin::Twins taken = random() % 2 == 0 ? Twin::Twins{a} : Twin::Twins{};
+        std::vector<Node> nodes = FindNodes(dimension, taken);
+        dimension.insertChild(text, Pointers(nodes));
+        above->Group(Category{made.label, kNone, true, false, {}, false}, taken);
+        break;
+      }
+      case 4: {
+        const unsigned long subscript = a->value.subscript;
+        a->value.subscript = kNone - 1;
+        dimension.removeChild(nodeA);
+        if (a->kids.empty()) {
+          EXPECT_EQ(nodeA->Subscript(), kNone - 1);
+          nodeA->Subscript(a->value.subscript = subscript);  // lest it is taken for another one
+          return;
+        }
+        a->Dissolve();
+        break;
+      }
+      default:
+        Move(a, b, nodeA, nodeB);
+    }
+    above->value.sorted = false;
+  }
+
+  void Delete(Twin* twin, Node& node) {
+    std::vector<int>& index = twin->parent->value.index;
+    const auto position = static_cast<int>(twin->Index());
     dimension.Delete(node);
     dimension.Relocate(true);
-    above->kids.erase(Place(twin));
-    above->sorted = false;
-    for (unsigned long i = 0; i < above->index.size();) {
-      if (above->index[i] == position) {
+    twin->Delete();
+    for (unsigned long i = 0; i < index.size();) {
+      if (index[i] == position) {
         // The place that the number of the position names, or the last.
-        const auto last = static_cast<long>(above->index.size()) - 1;
-        above->index.erase(above->index.begin() + std::min(position, last));
+        index.erase(index.begin() + std::min<long>(position, static_cast<long>(index.size()) - 1));
       } else {
-        above->index[i] -= above->index[i] > position ? 1 : 0;
+        index[i] -= index[i] > position ? 1 : 0;
         ++i;
       }
     }
     categories = MaxSubscript(root) + 1;
   }
 
-  void InsertCategory(Twin* twin, const Node& node, const OmCellText& text) {
-    if (twin == &root) {
-      return;
-    }
-    const bool before = random() % 2 == 0;
-    const auto sibling = before ? Place(twin) : std::next(Place(twin));
-    std::list<Twin>& kids = twin->parent->kids;
-    const auto first = std::find_if(kids.begin(), kids.end(), [&](const Twin& kid) {
-      return sibling != kids.end() && kid.Equal(*sibling);
-    });
-    const Twin made{text.Text(), MaxSubscript(root) + 1};
-    EXPECT_EQ(dimension.insertCategory(text, node, node.Parent(), before).Subscript(),
-              made.subscript);
-    twin->parent->sorted = false;
-    kids.insert(first, made);
-    ++categories;
-  }
-
-  // Groups all children but the first.
-  void Group(Twin* above, const OmCellText& text) {
-    std::vector<Node> nodes;
-    for (Twin& kid : above->kids) {
-      if (&kid != &above->kids.front()) {
-        nodes.push_back(Find(dimension, &kid));
-      }
-    }
-    std::vector<Node*> handles;
-    for (Node& node : nodes) {
-      handles.push_back(&node);
-    }
-    dimension.insertChild(text, handles);
-    if (!nodes.empty()) {
-      Twin group{text.Text(), kNone, true};
-      group.sorted = above->sorted = false;
-      group.kids.splice(group.kids.end(), above->kids, std::next(above->kids.begin()),
-                        above->kids.end());
-      above->kids.push_back(group);
-    }
-  }
-
-  void Dissolve(Twin* twin, Node& node) {
-    twin->subscript = kNone - 1;
-    dimension.removeChild(node);
-    if (twin == &root || twin->kids.empty()) {
-      twin->subscript = kNone - 2;  // no other record is to be taken for this one later
-      Find(dimension, twin)->Subscript(kNone - 2);
-      return;
-    }
-    Twin* const above = twin->parent;
-    const auto place = Place(twin);
-    above->kids.splice(place, twin->kids);
-    above->kids.erase(place);
-    above->sorted = false;
-  }
-
   void Move(Twin* a, Twin* b, Node& nodeA, Node& nodeB) {
-    for (const Twin* above = b; above != nullptr; above = above->parent) {
-      if (above == a) {
-        return;
-      }
-    }
-    if (a == &root) {
-      return;
-    }
-    Twin* to = a->parent;
-    auto place = to->kids.end();
     if (b == &root) {
-      while (to->hide && to != &root) {
+      Twin* to = a->parent;
+      while (to->value.hide && to != &root) {
         to = to->parent;
       }
+      to->value.sorted = false;
       dimension.moveChild(nodeA, nullptr, random() % 2 == 0);
-      place = to->kids.end();
-    } else {
-      to = b->parent;
+      a->Move(nullptr, to);
+    } else if (!a->IsAbove(b->parent)) {
+      b->parent->value.sorted = false;
       dimension.moveChild(nodeA, &nodeB, false);
-      place = std::find_if(to->kids.begin(), to->kids.end(),
-                           [&](const Twin& kid) { return &kid != a && kid.Equal(*b); });
+      a->Move(b, nullptr);
     }
-    a->parent->sorted = to->sorted = false;
-    to->kids.splice(place, a->parent->kids, Place(a));
   }
 };
 
@@ -312,12 +232,6 @@ TEST(Dimension, BehavesLikeItsTwin) {
       EXPECT_EQ(model.region.LiveBlocks(), blocks);
       ExpectSame(copy.Root(), model.root);
       EXPECT_EQ(copy.NumCategories(), model.categories);
-      std::vector<Twin*> all;
-      Collect(model.root, all);
-      for (Twin* twin : all) {
-        Node node = Find(model.dimension, twin);
-        EXPECT_EQ(copy.Counterpart(node), Find(copy, twin));
-      }
     }
     EXPECT_EQ(other.LiveBlocks(), 0u);
   }

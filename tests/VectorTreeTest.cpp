@@ -2,68 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <list>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "tests/support/Counted.h"
+#include "tests/support/TreeTwin.h"
 
 namespace {
 
 using Tree = OmVectorTree<Counted>;
 using Record = OmVectorTreeData<Counted>;
-
-// The plain twin: a record that never moves, changed by the naive form of each operation.
-struct Twin {
-  explicit Twin(int value_, Twin* parent_ = nullptr) : value(value_), parent(parent_) {}
-  Twin(const Twin& other, Twin* parent_) : value(other.value), parent(parent_) {
-    for (const Twin& kid : other.kids) {
-      kids.emplace_back(kid, this);
-    }
-  }
-
-  std::list<Twin>::iterator Place() {
-    return std::find_if(parent->kids.begin(), parent->kids.end(),
-                        [this](const Twin& kid) { return &kid == this; });
-  }
-  // The value of the sibling that follows, or none.
-  std::vector<int> After() {
-    const auto next = std::next(Place());
-    return next != parent->kids.end() ? std::vector<int>{next->value} : std::vector<int>{};
-  }
-  // Adds a copy in front of the first child with the value, or at the end.
-  void Add(const Twin& child, const std::vector<int>& before) {
-    const auto place = std::find_if(kids.begin(), kids.end(), [&before](const Twin& kid) {
-      return !before.empty() && kid.value == before.front();
-    });
-    kids.emplace(place, child, this);
-  }
-  void Delete() { parent->kids.erase(Place()); }
-  bool IsAbove(const Twin* other) const {
-    return other != nullptr && (other == this || IsAbove(other->parent));
-  }
-
-  int value;
-  Twin* parent;
-  std::list<Twin> kids;
-};
-
-void Collect(Twin& twin, std::vector<Twin*>& all) {
-  all.push_back(&twin);
-  for (Twin& kid : twin.kids) {
-    Collect(kid, all);
-  }
-}
-
-Tree::Node Find(Tree& tree, Twin* twin) {
-  if (twin->parent == nullptr) {
-    return tree.Root();
-  }
-  const auto index = std::distance(twin->parent->kids.begin(), twin->Place());
-  return Find(tree, twin->parent)[static_cast<unsigned long>(index)];
-}
+using Twin = TreeTwin<int>;
 
 // Writes a record and all below it, and marks every link and every depth that is wrong.
 std::string Show(Tree::ConstNode node) {
@@ -84,88 +35,19 @@ std::string Show(const Twin& twin) {
   return twin.kids.empty() ? text : text + ")";
 }
 
-void Swap(Twin* a, Twin* b) {
-  Twin* const parentA = a->parent;
-  Twin* const parentB = b->parent;
-  const Twin copyA(*a, parentB);
-  const Twin copyB(*b, parentA);
-  std::vector<int> afterA = a->After();
-  std::vector<int> afterB = b->After();
-  const bool follows = parentA == parentB && std::next(a->Place()) == b->Place();
-  if (follows) {
-    afterA = afterB;
-  } else if (parentA == parentB && std::next(b->Place()) == a->Place()) {
-    afterB = afterA;
-  }
-  a->Delete();
-  b->Delete();
-  if (follows) {
-    parentB->Add(copyB, afterA);
-    parentA->Add(copyA, afterB);
-  } else {
-    parentA->Add(copyA, afterB);
-    parentB->Add(copyB, afterA);
-  }
-}
-
 class TreeModel {
  public:
   explicit TreeModel(unsigned seed) : random(seed), tree(Counted(0), &region), root(0) {}
 
   void Step() {
-    std::vector<Twin*> all;
-    Collect(root, all);
+    const Twin::Twins all = root.All();
     Twin* const a = all[random() % all.size()];
     Twin* const b = all[random() % all.size()];
-    Tree::Node nodeA = Find(tree, a);
-    Tree::Node nodeB = Find(tree, b);
     const int value = static_cast<int>(random() % 40);  // equal siblings happen
-    const bool flag = random() % 2 == 0;
-    const bool small = all.size() < 60;
-    switch (random() % 9) {
-      case 0:
-      case 1:
-        if (small) {
-          EXPECT_EQ(tree.Child(nodeA, value)->value, value);
-          a->Add(Twin(value), {});
-        }
-        break;
-      case 2:
-        if (small) {
-          // Also a record that is one of the children, or this very one.
-          const Counted before(value);
-          nodeA.record->addChild(*nodeB.record, flag ? &before : nullptr);
-          const Twin copy(*b, nullptr);
-          a->Add(copy, flag ? std::vector<int>{value} : std::vector<int>{});
-        }
-        break;
-      case 3:
-        if (a != &root) {
-          tree.Delete(nodeA);
-          a->parent->kids.erase(a->Place());
-          tree.Relocate(true);
-        }
-        break;
-      case 4:
-        if (a != &root && small) {
-          tree.InsertChild(value, nodeA, nodeA.Parent(), flag);
-          a->parent->Add(Twin(value), flag ? std::vector<int>{a->value} : a->After());
-        }
-        break;
-      case 5:
-        Group(a, value);
-        break;
-      case 6:
-        Dissolve(a, nodeA);
-        break;
-      case 7:
-        Move(a, b, nodeA, nodeB, flag);
-        break;
-      default:
-        if (a != b && !a->IsAbove(b) && !b->IsAbove(a)) {
-          tree.swapChildren(nodeA, nodeB);
-          Swap(a, b);
-        }
+    if (all.size() < 60 && random() % 2 == 0) {
+      Grow(a, b, value, random() % 2 == 0);
+    } else {
+      Restructure(a, b, value, random() % 2 == 0);
     }
     ASSERT_EQ(Show(tree.Root()), Show(root));
   }
@@ -176,68 +58,66 @@ class TreeModel {
   Twin root;
 
  private:
-  void Group(Twin* above, int value) {
-    std::vector<Tree::Node> nodes;
-    std::list<Twin*> taken;
-    for (Twin& kid : above->kids) {
-      if (random() % 2 == 0) {
-        taken.push_back(&kid);
-        nodes.push_back(Find(tree, &kid));
+  void Grow(Twin* a, Twin* b, int value, bool before) {
+    const Tree::Node node = FindNode(tree, a);
+    const Counted sibling(value);
+    switch (random() % 3) {
+      case 0:
+        EXPECT_EQ(tree.Child(node, value)->value, value);
+        a->Add(Twin(value));
+        break;
+      case 1:
+        // Also a record that is one of the children, or this very one.
+        node.record->addChild(*FindNode(tree, b).record, before ? &sibling : nullptr);
+        a->Add(Twin(*b), before ? std::optional<int>(value) : std::nullopt);
+        break;
+      default:
+        if (a != &root) {
+          tree.InsertChild(value, node, node.Parent(), before);
+          a->parent->Add(Twin(value), before ? a->value : a->After());
+        }
+    }
+  }
+
+  void Restructure(Twin* a, Twin* b, int value, bool before) {
+    Tree::Node nodeA = FindNode(tree, a);
+    Tree::Node nodeB = FindNode(tree, b);
+    switch (random() % 5) {
+      case 0:
+        if (a != &root) {
+          tree.Delete(nodeA);
+          tree.Relocate(true);
+          a->Delete();
+        }
+        break;
+      case 1: {
+        Twin::Twins taken;
+        for (Twin& kid : a->kids) {
+          if (random() % 2 == 0) {
+            taken.push_back(&kid);
+          }
+        }
+        std::vector<Tree::Node> nodes = FindNodes(tree, taken);
+        tree.InsertChild(value, Pointers(nodes));
+        a->Group(value, taken);
+        break;
       }
+      case 2:
+        tree.removeChild(nodeA);
+        a->Dissolve();
+        break;
+      case 3:
+        if (a != &root && !a->IsAbove(before ? b->parent : b) && !(before && b == &root)) {
+          tree.moveChild(nodeA, before ? &nodeB : nullptr, &nodeB);
+          a->Move(before ? b : nullptr, b);
+        }
+        break;
+      default:
+        if (!a->IsAbove(b) && !b->IsAbove(a)) {
+          tree.swapChildren(nodeA, nodeB);
+          Twin::Swap(a, b);
+        }
     }
-    std::vector<Tree::Node*> handles;
-    for (Tree::Node& node : nodes) {
-      handles.push_back(&node);
-    }
-    tree.InsertChild(value, handles);
-    if (taken.empty()) {
-      return;
-    }
-    Twin group(value);
-    auto place = taken.front()->Place();
-    const bool goesFirst = place == above->kids.begin();
-    std::list<Twin>::iterator previous = goesFirst ? place : std::prev(place);
-    for (Twin* kid : taken) {
-      group.Add(*kid, {});
-    }
-    for (Twin* kid : taken) {
-      kid->Delete();
-    }
-    const auto next = goesFirst ? above->kids.begin() : std::next(previous);
-    above->Add(group,
-               next != above->kids.end() ? std::vector<int>{next->value} : std::vector<int>{});
-  }
-
-  void Dissolve(Twin* twin, Tree::Node node) {
-    tree.removeChild(node);
-    if (twin->parent == nullptr || twin->kids.empty()) {
-      return;
-    }
-    std::list<Twin>& kids = twin->parent->kids;
-    const auto first = std::find_if(kids.begin(), kids.end(),
-                                    [twin](const Twin& kid) { return kid.value == twin->value; });
-    if (first->kids.empty()) {
-      return;
-    }
-    for (const Twin& kid : first->kids) {
-      kids.emplace(first, kid, twin->parent);
-    }
-    const auto next = kids.erase(first);
-    if (next != kids.end()) {
-      EXPECT_EQ(node, Find(tree, &*next));
-    }
-  }
-
-  void Move(Twin* a, Twin* b, Tree::Node& nodeA, Tree::Node& nodeB, bool before) {
-    Twin* const to = before ? b->parent : b;
-    if (a->parent == nullptr || to == nullptr || a->IsAbove(to)) {
-      return;
-    }
-    tree.moveChild(nodeA, before ? &nodeB : nullptr, &nodeB);
-    const Twin copy(*a, to);
-    const std::vector<int> sibling = before ? std::vector<int>{b->value} : std::vector<int>{};
-    a->Delete();
-    to->Add(copy, sibling);
   }
 };
 
@@ -256,10 +136,8 @@ TEST(VectorTree, BehavesLikeItsTwin) {
     for (const Record& child : model.tree.Children()) {
       other.addChild(child, nullptr);
     }
-    std::vector<Twin*> all;
-    Collect(model.root, all);
-    for (Twin* twin : all) {
-      EXPECT_EQ(Find(model.tree, twin).Counterpart(other), Find(other, twin));
+    for (Twin* twin : model.root.All()) {
+      EXPECT_EQ(FindNode(model.tree, twin).Counterpart(other), FindNode(other, twin));
     }
   }
   EXPECT_EQ(Counted::live, alive);
