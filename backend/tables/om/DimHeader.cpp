@@ -1,0 +1,82 @@
+#include "backend/tables/om/DimHeader.h"
+
+#include <algorithm>
+
+#include "backend/tables/om/Assert.h"
+#include "backend/tables/om/Dimension.h"
+
+OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
+    : region(region_),
+      visibleLevels(region),
+      maxVisibleLevels(0),
+      leafSubscripts(region),
+      leafPositions(region) {
+  const unsigned long n = dim->NumCategories();
+  leafPositions.resize(n, -1);
+  leafSubscripts.reserve(n);
+  if (n == 0) {
+    return;
+  }
+  visibleLevels.reserve(n);
+  CollectNodes(dim->Root());
+}
+
+OmDimHeader::~OmDimHeader() = default;
+
+// Walks the tree depth first. The way from the root is kept here rather than read from the nodes'
+// links to their parents: those may be stale, and trees may be deeper than the stack.
+void OmDimHeader::CollectNodes(ConstNode node) {
+  std::vector<Step> way{{node, 0}};
+  while (!way.empty()) {
+    Step& step = way.back();
+    if (!step.node->IsGroup()) {
+      AddLeaf(way);
+      way.pop_back();
+    } else if (step.next == step.node.Count()) {
+      way.pop_back();
+    } else {
+      const ConstNode child = step.node[step.next++];
+      way.push_back({child, 0});
+    }
+  }
+}
+
+void OmDimHeader::AddLeaf(const std::vector<Step>& way) {
+  Path& path = nodePaths.emplace_back(region);
+  path.reserve(way.size());
+  int levels = 0;
+  for (auto step = way.rbegin(); step != way.rend(); ++step) {
+    const ConstNode& node = *path.push_back(step->node);
+    if (!node->Hide()) {
+      ++levels;
+    }
+    // Nothing at and below a group that hides its labels counts, on purpose.
+    if (node->IsGroup() && node->HideLabels()) {
+      levels = 0;
+    }
+  }
+  maxVisibleLevels = std::max(maxVisibleLevels, levels);
+
+  const auto position = static_cast<int>(leafSubscripts.size());
+  const auto subscript = static_cast<int>(way.back().node->Subscript());
+  leafSubscripts.push_back(subscript);
+  if (subscript >= 0) {
+    const auto s = static_cast<unsigned long>(subscript);
+    while (s >= leafPositions.size()) {
+      leafPositions.push_back(-1);
+    }
+    leafPositions[s] = position;
+  }
+  visibleLevels.push_back(static_cast<unsigned short>(levels));
+}
+
+unsigned short OmDimHeader::VisibleLevels(std::vector<bool> include) const {
+  OM_HARDEN(include.size() >= visibleLevels.size(), "OmDimHeader::VisibleLevels");
+  unsigned short levels = 0;
+  for (unsigned long p = 0; levels < maxVisibleLevels && p < visibleLevels.size(); ++p) {
+    if (include[p]) {
+      levels = std::max(levels, visibleLevels[p]);
+    }
+  }
+  return levels;
+}

@@ -1,0 +1,59 @@
+// OmDisplayColumnHeading, the labels above a displayed pivot table: OmDisplayRowHeading turned on
+// the columns. Costs are those of the row heading.
+
+#ifndef BACKEND_TABLES_OM_DISPLAYCOLUMNHEADING_H
+#define BACKEND_TABLES_OM_DISPLAYCOLUMNHEADING_H
+
+#include <deque>
+#include <vector>
+
+#include "backend/tables/om/DisplayLayerHeading.h"
+#include "backend/tables/om/Export.h"
+
+// As OmDisplayRowHeading, with columns for rows and rows of labels for columns of labels. The names
+// of the dimensions stay in the heading, and there is no corner.
+class OM_API OmDisplayColumnHeading {
+ public:
+  using ConstNode = OmDisplayLayerHeading::ConstNode;
+  struct Data;
+
+  // Throws OMSException where an axis that is read names a dimension that the table has not.
+  OmDisplayColumnHeading(OmDisplayLayerHeading& layer, bool skipEmpty);
+  OmDisplayColumnHeading(const OmDisplayColumnHeading&) = delete;
+  OmDisplayColumnHeading& operator=(const OmDisplayColumnHeading&) = delete;
+  ~OmDisplayColumnHeading();
+
+  [[nodiscard]] unsigned int NColumns() const noexcept;
+  // Returns the number of rows of labels.
+  [[nodiscard]] unsigned int NRows() const noexcept;
+  // Returns the rows of labels of axis dimension `k`, which has to be one.
+  [[nodiscard]] unsigned short VisibleHeight(int k) const;
+  [[nodiscard]] unsigned int NDimensions() const noexcept;
+  // Reading at or past the end lengthens the list, as in the row heading.
+  [[nodiscard]] int getDimensionIndex(int k) const;
+  [[nodiscard]] bool SkipEmpty() const noexcept;
+  [[nodiscard]] OmPivotTable& Table() const noexcept;
+  // Returns the places of the columns; without skipEmpty all of them, a list made on first use.
+  [[nodiscard]] const std::vector<unsigned long long>& getNonEmptyColumns() const;
+
+  // Returns entry `r` of every column, left to right.
+  [[nodiscard]] std::deque<ConstNode*> Row(int r) const;
+  // Returns the labels of a column, top to bottom; null where a dimension shows fewer.
+  [[nodiscard]] std::deque<ConstNode*> Column(int c) const;
+  // Returns the category of each axis dimension, hidden or not.
+  [[nodiscard]] std::deque<ConstNode*> ColumnCategories(int c) const;
+  // Appends the root and the category of each axis dimension, but for a category that is the root
+  // itself. Past the list of non-empty columns, `c` is taken as a place.
+  void DimCatNodes(int c, std::vector<ConstNode*>& dimNodes,
+                   std::vector<ConstNode*>& catNodes) const;
+  // Appends all nodes from each such root to the category, hidden ones too.
+  void DimAllNodes(int c, std::vector<ConstNode*>& out) const;
+  // Writes the subscripts of the column's categories, and leaves the entries of all other
+  // dimensions; the vector gets one entry per dimension.
+  void Fill(std::vector<int>& subscripts, int c) const;
+
+ private:
+  Data* data;
+};
+
+#endif

@@ -1,0 +1,303 @@
+#include "backend/tables/om/DisplayLayerHeading.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "backend/tables/om/Assert.h"
+#include "backend/tables/om/CellIterator.h"
+#include "backend/tables/om/Dimension.h"
+#include "backend/tables/om/DisplayLayerHeadingData.h"
+#include "backend/tables/om/Exception.h"
+#include "backend/tables/om/PivotTable.h"
+
+bool IsSparse(OmPivotTable& table) {
+  const unsigned long long threshold = (Product(table.SizeVector()) + 50) / 100;
+  unsigned long long count = 0;
+  for (OmPivotTable::Iterator cell = table.FirstCell(); count < threshold && cell.Cell() != nullptr;
+       ++cell) {
+    ++count;
+  }
+  return count < threshold;
+}
+
+// --- Places -------------------------------------------------------------------------------------
+
+OmDisplayLayerHeading::Data::PlaceCalculator::PlaceCalculator(const PuppetVector<short>& dims,
+                                                              const std::vector<int>& sizes)
+    : dimensions(dims) {
+  std::vector<unsigned int> bases;
+  for (const short dim : dims) {
+    if (dim < 0 || static_cast<unsigned long>(dim) >= sizes.size()) {
+      throw OMSException(
+          "OmDisplayLayerHeading::Data::PlaceCalculator() -- 0 <= dim && dim < sizes.size()", dim,
+          static_cast<double>(sizes.size()));
+    }
+    bases.push_back(static_cast<unsigned int>(sizes[static_cast<unsigned long>(dim)]));
+  }
+  projector.Set(std::vector<int>(dims.begin(), dims.end()));
+  base = MultiBase(bases);
+}
+
+void OmDisplayLayerHeading::Data::PlaceCalculator::Fill(unsigned long long place,
+                                                        std::vector<int>& out) const {
+  projector.Spread(Digits(place), out);
+}
+
+OmDisplayLayerHeading::Data::DigitReader::DigitReader(const PlaceCalculator& calc, unsigned long k)
+    : first(k == 0) {
+  const std::vector<unsigned int> bases = calc.Base().Bases();
+  base = bases[k];
+  for (unsigned long i = k + 1; i != bases.size() && stride != 0; ++i) {
+    const bool fits =
+        bases[i] == 0 || stride <= std::numeric_limits<unsigned long long>::max() / bases[i];
+    stride = fits ? stride * bases[i] : 0;
+  }
+}
+
+// --- The record ---------------------------------------------------------------------------------
+
+// No layer, no header: what the destructor can take apart whenever the rest of the construction
+// fails.
+OmDisplayLayerHeading::Data::Data(OmPivotTable& table_)
+    : OmMemoryRegion(false),
+      table(&table_),
+      currentSubscripts(table_.NDimensions(), 0),
+      reservedZeros(static_cast<long>(table_.NDimensions()), 0, this),
+      isSparse(IsSparse(table_)) {}
+
+OmDisplayLayerHeading::Data::Data(OmPivotTable& table_, bool skipEmpty_) : Data(table_) {
+  skipEmpty = skipEmpty_;
+  layerDims = table->Layers();
+  std::reverse(layerDims.begin(), layerDims.end());
+  placeCalculator = PlaceCalculator(layerDims, table->SizeVector());
+  CollectHeaderInfo();
+  for (const short d : layerDims) {
+    if (OmDimHeader* const header = Header(d); header != nullptr) {
+      layerHeaders.push_back(header);
+    }
+  }
+  if (skipEmpty) {
+    FindNonEmptyLayers();
+    layerCount = nonEmptyLayers.size();
+  } else {
+    layerCount = placeCalculator.Size();
+  }
+}
+
+OmDisplayLayerHeading::Data::~Data() {
+  WorkingRelease(false);
+  for (OmDimHeader* const header : headers) {
+    delete header;
+  }
+}
+
+void OmDisplayLayerHeading::Data::CollectHeaderInfo() {
+  const unsigned long n = table->NDimensions();
+  headers.reserve(n);
+  for (unsigned long d = 0; d != n; ++d) {
+    headers.push_back(new (this) OmDimHeader(table->Dimension(static_cast<int>(d)), this));
+  }
+}
+
+void OmDisplayLayerHeading::Data::FindNonEmptyLayers() {
+  PuppetVector<short> others = table->Columns();
+  for (const short d : std::as_const(*table).Rows()) {
+    others.push_back(d);
+  }
+  FindNonEmptyHeaders(layerDims, others, nonEmptyLayers);
+}
+
+OmDimHeader* OmDisplayLayerHeading::Data::Header(int d) {
+  const auto i =
+      static_cast<unsigned long>(d);  // a negative one is not below the number of headers
+  return i < headers.size() ? headers[i] : nullptr;
+}
+
+bool OmDisplayLayerHeading::Data::CurrentPlace(unsigned long long& place) const {
+  if (currentLayer < 0) {
+    return false;
+  }
+  place = static_cast<unsigned long long>(currentLayer);
+  if (skipEmpty) {
+    // A restored number may be beyond the list.
+    if (place >= nonEmptyLayers.size()) {
+      return false;
+    }
+    place = nonEmptyLayers[place];
+  }
+  return true;
+}
+
+OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::FindNodes(int place, int layerDim) {
+  // Reads may have lengthened layerDims, but never layerHeaders.
+  const auto i = static_cast<unsigned long>(layerDim);
+  if (i >= layerHeaders.size()) {
+    return nullptr;
+  }
+  const PlaceDigits digits(placeCalculator, static_cast<unsigned long long>(place));
+  std::deque<Path>& paths = layerHeaders[i]->nodePaths;
+  return digits[i] < paths.size() ? &paths[digits[i]] : nullptr;
+}
+
+OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::CurrentNodes(int layerDim) {
+  unsigned long long place = 0;
+  if (!CurrentPlace(place)) {
+    return nullptr;
+  }
+  OM_HARDEN(place <= static_cast<unsigned long long>(std::numeric_limits<int>::max()),
+            "OmDisplayLayerHeading::FindNodes");
+  return FindNodes(static_cast<int>(place), layerDim);
+}
+
+void OmDisplayLayerHeading::Data::Fill(unsigned long long place, const PlaceCalculator& calc,
+                                       std::vector<int>& subscripts) {
+  subscripts.resize(headers.size(), 0);
+  const PlaceDigits digits(calc, place);
+  unsigned long k = 0;
+  for (const short d : calc.Dimensions()) {
+    const unsigned int digit = digits[k++];
+    OmDimHeader* const header = Header(d);
+    if (header != nullptr && digit < header->leafSubscripts.size()) {
+      subscripts[static_cast<unsigned long>(d)] = header->leafSubscripts[digit];
+    }
+  }
+}
+
+void OmDisplayLayerHeading::Data::FindVisibleLevels(const Places& places,
+                                                    const PlaceCalculator& calc,
+                                                    std::vector<unsigned short>& out) {
+  unsigned long k = 0;
+  for (const short d : calc.Dimensions()) {
+    const DigitReader digitOf(calc, k++);
+    OmDimHeader* const header = Header(d);
+    if (header == nullptr) {
+      continue;
+    }
+    if (places.empty()) {
+      out.push_back(static_cast<unsigned short>(header->maxVisibleLevels));
+      continue;
+    }
+    std::vector<bool> shown(header->visibleLevels.size());
+    for (const unsigned long long place : places) {
+      // A digit may be beyond the leaves where subscripts are missing.
+      if (const unsigned int digit = digitOf(place); digit < shown.size()) {
+        shown[digit] = true;
+      }
+    }
+    out.push_back(header->VisibleLevels(std::move(shown)));
+  }
+}
+
+// --- The heading --------------------------------------------------------------------------------
+
+OmDisplayLayerHeading::OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty)
+    : data(new Data(table, skipEmpty)) {}
+
+OmDisplayLayerHeading::~OmDisplayLayerHeading() {
+  delete data;
+}
+
+unsigned int OmDisplayLayerHeading::NDimensions() const noexcept {
+  return static_cast<unsigned int>(data->layerDims.size());
+}
+
+int OmDisplayLayerHeading::getDimensionIndex(int i) const {
+  OM_HARDEN(i >= 0, "OmDisplayLayerHeading::getDimensionIndex");
+  return i < 0 ? -1 : data->layerDims[static_cast<unsigned long>(i)];
+}
+
+int OmDisplayLayerHeading::VisibleWidth(int i) const {
+  const int d = getDimensionIndex(i);
+  OM_HARDEN(d >= 0, "OmDisplayLayerHeading::VisibleWidth");
+  const OmDimHeader* const header = data->Header(d);
+  return header != nullptr ? header->maxVisibleLevels : 0;
+}
+
+int OmDisplayLayerHeading::getLayer() const noexcept {
+  return data->currentLayer;
+}
+
+std::vector<int> OmDisplayLayerHeading::getCurrentCellIndex() const {
+  return data->currentSubscripts;
+}
+
+OmPivotTable& OmDisplayLayerHeading::Table() const noexcept {
+  return *data->table;
+}
+
+bool OmDisplayLayerHeading::SkipEmpty() const noexcept {
+  return data->skipEmpty;
+}
+
+void OmDisplayLayerHeading::Fill(std::vector<int>& subscripts) const {
+  unsigned long long place = 0;
+  if (data->CurrentPlace(place)) {
+    data->Fill(place, data->placeCalculator, subscripts);
+  }
+}
+
+void OmDisplayLayerHeading::DimCatNodes(int i, ConstNode*& dimNode, ConstNode*& catNode) const {
+  Data::Path* const path = data->CurrentNodes(i);
+  if (path != nullptr && path->size() > 1) {
+    dimNode = &path->back();
+    catNode = path->begin();
+  }
+}
+
+void OmDisplayLayerHeading::DimAllNodes(int i, std::vector<ConstNode*>& out) const {
+  Data::Path* const path = data->CurrentNodes(i);
+  if (path == nullptr || path->size() <= 1) {
+    return;
+  }
+  for (ConstNode* node = path->end(); node != path->begin();) {
+    out.push_back(--node);
+  }
+}
+
+std::deque<OmDisplayLayerHeading::ConstNode*> OmDisplayLayerHeading::Nodes(int i) const {
+  std::deque<ConstNode*> nodes;
+  Data::Path* const path = data->CurrentNodes(i);
+  if (path == nullptr) {
+    return nodes;
+  }
+  for (ConstNode* node = path->end(); node != path->begin();) {
+    --node;
+    if ((*node)->Hide()) {
+      nodes.push_back(nullptr);
+    } else if ((*node)->IsGroup() && (*node)->HideLabels()) {
+      break;
+    } else {
+      nodes.push_back(node);
+    }
+  }
+  return nodes;
+}
+
+bool OmDisplayLayerHeading::SwitchLayer(int n) {
+  if (n < 0 || static_cast<unsigned long long>(n) >= data->layerCount) {
+    if (n == -1) {
+      data->currentLayer = -1;
+    }
+    return false;
+  }
+  const auto number = static_cast<unsigned long>(n);
+  const unsigned long long place = data->skipEmpty ? data->nonEmptyLayers[number] : number;
+  data->Fill(place, data->placeCalculator, data->currentSubscripts);
+  data->currentLayer = n;
+  return true;
+}
+
+bool OmDisplayLayerHeading::NextLayer() {
+  // A restored number may be the largest there is.
+  return SwitchLayer(static_cast<int>(static_cast<unsigned int>(data->currentLayer) + 1U));
+}
+
+bool OmDisplayLayerHeading::LastLayer() {
+  return SwitchLayer(static_cast<int>(data->layerCount - 1));
+}
+
+int OmDisplayLayerHeading::restoreLayer() const {
+  data->currentLayer = data->table->getLayerLoc();
+  return data->currentLayer;
+}

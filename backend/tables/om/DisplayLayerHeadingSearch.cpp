@@ -1,0 +1,298 @@
+// The search for the places of an axis that hold a cell.
+//
+// What decides is stated cell by cell. The dense search asks for every cell of a place until there
+// is one; the sparse one takes the place of every cell that the iterators visit. Both are done here
+// in one walk over the store's own vectors, which gives the same answers.
+
+#include <algorithm>
+#include <limits>
+
+#include "backend/tables/om/CellIterator.h"
+#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/DisplayLayerHeadingData.h"
+#include "backend/tables/om/PivotTable.h"
+#include "backend/tables/om/PivotTableData.h"
+
+namespace {
+
+using Places = std::vector<unsigned long long>;
+
+// A set of places: a bit for each, or a list where the places are too many for that.
+class PlaceSet {
+ public:
+  // Every place will be below `count` where `bounded`.
+  PlaceSet(unsigned long long count, bool bounded) {
+    if (count <= kMostBits) {
+      bits.resize(static_cast<unsigned long>(count));
+      missing = bounded ? bits.size() : std::numeric_limits<unsigned long>::max();
+    }
+  }
+
+  // Tells that no place can be added any more.
+  [[nodiscard]] bool Full() const noexcept { return missing == 0; }
+  // Tells that a place is known to be there; not every place that is there is known.
+  [[nodiscard]] bool Has(unsigned long long place) const {
+    return place < bits.size() && bits[static_cast<unsigned long>(place)];
+  }
+
+  void Add(unsigned long long place) {
+    if (place < bits.size()) {
+      if (!Has(place)) {
+        bits[static_cast<unsigned long>(place)] = true;
+        --missing;
+      }
+      return;
+    }
+    if (list.size() >= limit) {
+      Tidy();
+      limit = std::max(kLeastLimit, 2 * list.size());
+    }
+    list.push_back(place);
+  }
+
+  // Returns the places in ascending order.
+  [[nodiscard]] Places Take() {
+    Places places;
+    for (unsigned long i = 0; i != bits.size(); ++i) {
+      if (bits[i]) {
+        places.push_back(i);
+      }
+    }
+    Tidy();
+    places.insert(places.end(), list.begin(), list.end());
+    return places;
+  }
+
+ private:
+  static constexpr unsigned long long kMostBits = 1ULL << 24;
+  static constexpr unsigned long kLeastLimit = 1024;
+
+  void Tidy() {
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+  }
+
+  std::vector<bool> bits;  // of the places below its size
+  Places list;             // the others, repeats among them
+  unsigned long limit = kLeastLimit;
+  unsigned long missing = std::numeric_limits<unsigned long>::max();  // places not there yet
+};
+
+// What the walk does at one level of the store, which is one dimension.
+struct Level {
+  unsigned long begin = 0;  // the subscripts to follow
+  unsigned long end = std::numeric_limits<unsigned long>::max();
+  bool head = false;              // each subscript stands for leaves of a heading dimension
+  std::vector<int> first;         // by subscript, a leaf that carries it, or -1
+  std::vector<int> next;          // by leaf, another one of the same subscript, or -1
+  unsigned long long weight = 0;  // what a leaf's position adds to the place, times the position
+};
+
+class StoreWalk {
+ public:
+  StoreWalk(const std::vector<Level>& levels_, PlaceSet& found_)
+      : levels(levels_), found(found_), lowestHead(levels.size()) {
+    for (unsigned long k = levels.size(); k-- != 0;) {
+      lowestHead = levels[k].head ? k : lowestHead;
+    }
+  }
+
+  // Adds the places of the cells below `v`, which is the vector of dimension `k`.
+  void Walk(unsigned long k, const OmPointerVector& v, unsigned long long place) {
+    if (k < lowestHead) {
+      // The place is settled; one cell is enough.
+      if (!found.Has(place) && HoldsCell(k, v)) {
+        found.Add(place);
+      }
+      return;
+    }
+    const Level& level = levels[k];
+    const unsigned long end = std::min(level.end, v.size());
+    for (unsigned long s = level.begin; s < end && !found.Full(); ++s) {
+      s = FindNonZero(v, s);
+      if (s >= end) {
+        return;
+      }
+      if (!level.head) {
+        Descend(k, v[s], place);
+        continue;
+      }
+      for (int p = level.first[s]; p >= 0; p = level.next[static_cast<unsigned long>(p)]) {
+        Descend(k, v[s], place + static_cast<unsigned long long>(p) * level.weight);
+      }
+    }
+  }
+
+ private:
+  void Descend(unsigned long k, const void* element, unsigned long long place) {
+    if (k == 0) {
+      found.Add(place);
+    } else {
+      Walk(k - 1, *static_cast<const OmPointerVector*>(element), place);
+    }
+  }
+
+  [[nodiscard]] bool HoldsCell(unsigned long k, const OmPointerVector& v) const {
+    const Level& level = levels[k];
+    const unsigned long end = std::min(level.end, v.size());
+    for (unsigned long s = level.begin; s < end; ++s) {
+      s = FindNonZero(v, s);
+      if (s < end && (k == 0 || HoldsCell(k - 1, *static_cast<const OmPointerVector*>(v[s])))) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  const std::vector<Level>& levels;
+  PlaceSet& found;
+  unsigned long lowestHead;  // the lowest level that adds to the place; levels.size() for none
+};
+
+// Returns the places that the walk finds, ascending.
+Places FindPlaces(const OmPointerVector* root, const std::vector<Level>& levels,
+                  unsigned long long count, bool bounded) {
+  PlaceSet found(count, bounded);
+  if (root != nullptr && !levels.empty()) {
+    StoreWalk(levels, found).Walk(levels.size() - 1, *root, 0);
+  }
+  return found.Take();
+}
+
+// Returns what each digit counts for in the place.
+Places Weights(const std::vector<unsigned int>& bases) {
+  Places weights(bases.size(), 1);
+  for (unsigned long k = bases.size(); k-- > 1;) {
+    weights[k - 1] = weights[k] * bases[k];
+  }
+  return weights;
+}
+
+// Replaces every place by those with each of `count` values of a digit that is 0 so far.
+void Spread(Places& places, unsigned long count, unsigned long long weight) {
+  const unsigned long n = places.size();
+  Places all;
+  all.reserve(n * count);
+  for (const unsigned long long place : places) {
+    for (unsigned long digit = 0; digit != count; ++digit) {
+      all.push_back(place + digit * weight);
+    }
+  }
+  std::sort(all.begin(), all.end());
+  places.swap(all);
+}
+
+bool Contains(const PuppetVector<short>& dims, unsigned long from, short d) {
+  return std::find(dims.begin() + static_cast<long>(from), dims.end(), d) != dims.end();
+}
+
+}  // namespace
+
+const OmPointerVector* OmDisplayLayerHeading::Store(const OmPivotTable& table) noexcept {
+  return table._my->root;
+}
+
+void OmDisplayLayerHeading::Data::FindNonEmptyHeaders(const PuppetVector<short>& headDims,
+                                                      const PuppetVector<short>& otherDims,
+                                                      Places& out) {
+  if (isSparse) {
+    FindNonEmptyHeadersSparse(headDims, otherDims, out);
+  } else {
+    FindNonEmptyHeadersDense(headDims, otherDims, out);
+  }
+}
+
+void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
+    const PuppetVector<short>& headDims, const PuppetVector<short>& /*otherDims*/, Places& out) {
+  const PlaceCalculator calc(headDims, table->SizeVector());
+  const std::vector<unsigned int> bases = calc.Base().Bases();
+  const Places weights = Weights(bases);
+
+  std::vector<Level> levels(headers.size());
+  bool bounded = true;  // no leaf stands at or beyond its dimension's size
+  for (unsigned long k = 0; k != bases.size(); ++k) {
+    const auto d = static_cast<unsigned long>(headDims[k]);
+    const OmDimHeader& header = *headers[d];
+    Level& level = levels[d];
+    level.head = true;
+    level.first.assign(header.leafPositions.begin(), header.leafPositions.end());
+    level.next.assign(header.nodePaths.size(), -1);
+    level.end = level.first.size();
+    level.weight += weights[k];
+    bounded = bounded && header.nodePaths.size() <= bases[k];
+  }
+
+  // The iterators visit nothing where the first way down the store ends at a null.
+  if (table->FirstCell().Cell() == nullptr) {
+    return;
+  }
+  Places found = FindPlaces(Store(*table), levels, calc.Size(), bounded);
+  if (!bounded) {
+    // Such a leaf shows as another place, which may be one where a leaf is missing.
+    const auto lacksLeaf = [&](unsigned long long place) {
+      const PlaceDigits digits(calc, place);
+      for (unsigned long k = 0; k != bases.size(); ++k) {
+        if (digits[k] >= Header(headDims[k])->nodePaths.size()) {
+          return true;
+        }
+      }
+      return false;
+    };
+    found.erase(std::remove_if(found.begin(), found.end(), lacksLeaf), found.end());
+  }
+  out.insert(out.end(), found.begin(), found.end());
+}
+
+void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<short>& headDims,
+                                                           const PuppetVector<short>& otherDims,
+                                                           Places& out) {
+  out.clear();
+  const std::vector<int> sizes = table->SizeVector();
+  const PlaceCalculator head(headDims, sizes);
+  const PlaceCalculator other(otherDims, sizes);
+  const std::vector<unsigned int> bases = head.Base().Bases();
+  const Places weights = Weights(bases);
+
+  std::vector<Level> levels(headers.size());
+  for (unsigned long d = 0; d != levels.size(); ++d) {
+    if (Contains(otherDims, 0, static_cast<short>(d))) {
+      levels[d].end = static_cast<unsigned int>(sizes[d]);
+    } else if (currentSubscripts[d] >= 0) {
+      levels[d].begin = static_cast<unsigned long>(currentSubscripts[d]);
+      levels[d].end = levels[d].begin + 1;
+    } else {
+      levels[d].end = 0;  // the current category has no subscript, so no cell
+    }
+  }
+  for (unsigned long k = 0; k != bases.size(); ++k) {
+    const OmDimHeader& header = *Header(headDims[k]);
+    if (Contains(otherDims, 0, headDims[k]) || Contains(headDims, k + 1, headDims[k])) {
+      continue;
+    }
+    Level& level = levels[static_cast<unsigned long>(headDims[k])];
+    level.head = true;
+    level.first.assign(header.leafPositions.size(), -1);
+    level.next.assign(header.nodePaths.size(), -1);
+    for (unsigned long p = std::min<unsigned long>(bases[k], level.next.size()); p-- != 0;) {
+      if (header.leafSubscripts[p] >= 0) {
+        int& first = level.first[static_cast<unsigned long>(header.leafSubscripts[p])];
+        level.next[p] = first;
+        first = static_cast<int>(p);
+      }
+    }
+    level.begin = 0;
+    level.end = level.first.size();
+    level.weight = weights[k];
+  }
+
+  Places found = FindPlaces(Store(*table), levels, head.Size(), true);
+  // A dimension that comes again in a later place of the lists takes its subscript from there, so
+  // that every leaf will do here.
+  for (unsigned long k = 0; k != bases.size(); ++k) {
+    if (Contains(otherDims, 0, headDims[k]) || Contains(headDims, k + 1, headDims[k])) {
+      Spread(found, std::min<unsigned long>(bases[k], Header(headDims[k])->nodePaths.size()),
+             weights[k]);
+    }
+  }
+  out.swap(found);
+}

@@ -1,0 +1,348 @@
+#include "backend/tables/om/DisplayRowHeading.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+#include "backend/tables/om/Assert.h"
+#include "backend/tables/om/DisplayRowHeadingData.h"
+#include "backend/tables/om/PivotTable.h"
+
+namespace {
+
+using ConstNode = OmDisplayRowHeading::ConstNode;
+using Path = OmVector<ConstNode>;
+
+// Calls `sink` with each of the `levels` labels of a path, root first, and null where there are
+// fewer.
+template <typename Sink>
+void ForEachLabel(Path& path, unsigned int levels, bool dimNamesInCorner, Sink sink) {
+  ConstNode* const root = path.end() - 1;
+  ConstNode* node = path.end();
+  while (levels != 0 && node != path.begin()) {
+    --node;
+    if ((*node)->IsGroup() && (*node)->HideLabels()) {
+      break;
+    }
+    if (!(*node)->Hide() && !(dimNamesInCorner && node == root)) {
+      sink(node);
+      --levels;
+    }
+  }
+  for (; levels != 0; --levels) {
+    sink(static_cast<ConstNode*>(nullptr));
+  }
+}
+
+// Returns label `level` of a path as ForEachLabel gives it.
+ConstNode* LabelAt(Path* path, unsigned int level, bool dimNamesInCorner) {
+  ConstNode* label = nullptr;
+  if (path != nullptr) {
+    ForEachLabel(*path, level + 1, dimNamesInCorner, [&](ConstNode* node) { label = node; });
+  }
+  return label;
+}
+
+}  // namespace
+
+std::vector<ConstNode*> CategoryDisplay(Path* path, unsigned int levels, bool dimNamesInCorner) {
+  std::vector<ConstNode*> labels;
+  labels.reserve(levels);
+  ForEachLabel(*path, levels, dimNamesInCorner, [&](ConstNode* node) { labels.push_back(node); });
+  return labels;
+}
+
+std::vector<ConstNode*> Category(Path* path) {
+  return {path->begin()};
+}
+
+// --- The record ---------------------------------------------------------------------------------
+
+OmDisplayRowHeading::Data::Data(OmDisplayLayerHeading& layer, const PuppetVector<short>& axis,
+                                const PuppetVector<short>& other, bool skipEmpty_,
+                                bool dimNamesInCorner_, bool collectCorner)
+    : layerHeading(&layer),
+      table(&layer.Table()),
+      skipEmpty(skipEmpty_),
+      dimNamesInCorner(dimNamesInCorner_),
+      axisDims(axis) {
+  std::reverse(axisDims.begin(), axisDims.end());
+  PuppetVector<short> otherDims = other;
+  std::reverse(otherDims.begin(), otherDims.end());
+  placeCalculator = LayerData::PlaceCalculator(axisDims, table->SizeVector());
+  if (skipEmpty) {
+    Layer().FindNonEmptyHeaders(axisDims, otherDims, nonEmptyPlaces);
+  }
+  placeCount = skipEmpty ? nonEmptyPlaces.size() : placeCalculator.Size();
+  FindVisibleLevels();
+  headingWidth = std::accumulate(levelsPerDim.begin(), levelsPerDim.end(), 0U);
+  if (collectCorner) {
+    CollectCornerLabels();
+  }
+}
+
+OmDisplayRowHeading::Data::LayerData& OmDisplayRowHeading::Data::Layer() const noexcept {
+  return *layerHeading->data;
+}
+
+OmDisplayRowHeading::Data::Path* OmDisplayRowHeading::Data::PathAt(unsigned long k,
+                                                                   unsigned int digit) const {
+  OmDimHeader* const header = Layer().Header(placeCalculator.Dimensions()[k]);
+  return header != nullptr && digit < header->nodePaths.size() ? &header->nodePaths[digit]
+                                                               : nullptr;
+}
+
+template <typename Visit>
+void OmDisplayRowHeading::Data::ForEachPath(unsigned long long place, Visit visit) const {
+  // Not axisDims, which may have been lengthened by reading.
+  const LayerData::PlaceDigits digits(placeCalculator, place);
+  for (unsigned long k = 0; k != placeCalculator.Dimensions().size(); ++k) {
+    visit(k, PathAt(k, digits[k]));
+  }
+}
+
+void OmDisplayRowHeading::Data::FindVisibleLevels() {
+  Layer().FindVisibleLevels(nonEmptyPlaces, placeCalculator, levelsPerDim);
+  if (!dimNamesInCorner) {
+    return;
+  }
+  for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
+    // The root's label moves to the corner.
+    Path* const path = PathAt(k, 0);
+    if (path != nullptr && levelsPerDim[k] != 0 && !path->back()->Hide()) {
+      --levelsPerDim[k];
+    }
+  }
+}
+
+std::vector<const OmDisplayRowHeading::Data::Path*> OmDisplayRowHeading::Data::FindNodes(
+    unsigned long long place) const {
+  std::vector<const Path*> paths;
+  ForEachPath(place, [&](unsigned long, const Path* path) { paths.push_back(path); });
+  return paths;
+}
+
+bool OmDisplayRowHeading::Data::CollectCornerLabels() {
+  bool found = false;
+  if (dimNamesInCorner) {
+    const std::vector<const Path*> paths = FindNodes(0);
+    for (unsigned long k = 0; k != paths.size(); ++k) {
+      if (paths[k] == nullptr) {
+        continue;
+      }
+      const ConstNode& root = *(paths[k]->end() - 1);
+      const OmCellText* const name = root->Hide() ? nullptr : root->Text();
+      cornerText.resize(cornerText.size() + levelsPerDim[k], nullptr);
+      if (levelsPerDim[k] != 0 && name != nullptr) {
+        cornerText[cornerText.size() - levelsPerDim[k]] = name;
+        found = true;
+      }
+    }
+  }
+  if (placeCount != 0 && !found) {
+    cornerText.resize(headingWidth, nullptr);
+    if (headingWidth != 0) {
+      cornerText[0] = table->CornerText();
+    }
+  }
+  return found;
+}
+
+void OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place, Labels& out) const {
+  ForEachPath(place, [&](unsigned long k, Path* path) {
+    if (path != nullptr) {
+      ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
+                   [&](ConstNode* node) { out.push_back(node); });
+    } else {
+      out.insert(out.end(), levelsPerDim[k], nullptr);
+    }
+  });
+}
+
+void OmDisplayRowHeading::Data::GetRowNodeCategories(unsigned long long place, Labels& out) const {
+  ForEachPath(place, [&](unsigned long, Path* path) {
+    out.push_back(path != nullptr ? path->begin() : nullptr);
+  });
+}
+
+// Returns the place of row `r`, or where no row is listed under that number, the number itself.
+unsigned long long OmDisplayRowHeading::Data::PlaceOf(int r) const {
+  const auto i = static_cast<unsigned long>(r);
+  return skipEmpty && i < nonEmptyPlaces.size() ? nonEmptyPlaces[i] : i;
+}
+
+// The same for a caller who has to name a row that is listed.
+unsigned long long OmDisplayRowHeading::Data::ListedPlaceOf(int r) const {
+  OM_HARDEN(r >= 0 && (!skipEmpty || static_cast<unsigned long>(r) < nonEmptyPlaces.size()),
+            "OmDisplayRowHeading::Data::ListedPlaceOf");
+  return PlaceOf(r);
+}
+
+unsigned short OmDisplayRowHeading::Data::VisibleLevels(int k) const {
+  const auto i = static_cast<unsigned long>(k);
+  OM_HARDEN(i < levelsPerDim.size(), "OmDisplayRowHeading::Data::VisibleLevels");
+  return i < levelsPerDim.size() ? levelsPerDim[i] : static_cast<unsigned short>(0);
+}
+
+int OmDisplayRowHeading::Data::DimensionIndex(int k) {
+  OM_HARDEN(k >= 0, "OmDisplayRowHeading::Data::DimensionIndex");
+  return k < 0 ? -1 : axisDims[static_cast<unsigned long>(k)];
+}
+
+// Gives what entry `c` of every Row() is, from the one digit that decides it.
+OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const {
+  OM_HARDEN(c >= 0 && static_cast<unsigned int>(c) < headingWidth,
+            "OmDisplayRowHeading::Data::Column");
+  Labels column(static_cast<unsigned long>(placeCount));
+  auto level = static_cast<unsigned int>(c);
+  unsigned long k = 0;
+  while (k != levelsPerDim.size() && level >= levelsPerDim[k]) {
+    level -= levelsPerDim[k++];
+  }
+  if (column.empty() || k == levelsPerDim.size()) {
+    return column;
+  }
+
+  const LayerData::DigitReader digitOf(placeCalculator, k);
+  const auto labelOf = [&](unsigned int digit) {
+    return LabelAt(PathAt(k, digit), level, dimNamesInCorner);
+  };
+  auto entry = column.begin();
+  if (skipEmpty) {
+    unsigned int last = digitOf(nonEmptyPlaces[0]);
+    ConstNode* label = labelOf(last);
+    for (const unsigned long long place : nonEmptyPlaces) {
+      if (const unsigned int digit = digitOf(place); digit != last) {
+        last = digit;
+        label = labelOf(digit);
+      }
+      *entry++ = label;
+    }
+    return column;
+  }
+
+  // Every label stands for a run of rows, and the runs repeat.
+  const unsigned long long stride = digitOf.Stride() == 0 ? placeCount : digitOf.Stride();
+  const auto left = [&] { return column.end() - entry; };
+  for (unsigned int digit = 0; digit != digitOf.Base() && left() != 0; ++digit) {
+    const auto run = std::min(stride, static_cast<unsigned long long>(left()));
+    entry = std::fill_n(entry, static_cast<long>(run), labelOf(digit));
+  }
+  while (left() != 0) {
+    entry = std::copy_n(column.begin(), std::min(entry - column.begin(), left()), entry);
+  }
+  return column;
+}
+
+void OmDisplayRowHeading::Data::DimCatNodes(int r, std::vector<ConstNode*>& dimNodes,
+                                            std::vector<ConstNode*>& catNodes) const {
+  ForEachPath(PlaceOf(r), [&](unsigned long, Path* path) {
+    if (path != nullptr && path->size() > 1) {
+      dimNodes.push_back(&path->back());
+      catNodes.push_back(path->begin());
+    }
+  });
+}
+
+void OmDisplayRowHeading::Data::DimAllNodes(int r, std::vector<ConstNode*>& out) const {
+  ForEachPath(PlaceOf(r), [&](unsigned long, Path* path) {
+    if (path == nullptr || path->size() <= 1) {
+      return;
+    }
+    for (ConstNode* node = path->end(); node != path->begin();) {
+      out.push_back(--node);
+    }
+  });
+}
+
+void OmDisplayRowHeading::Data::Fill(std::vector<int>& subscripts, int r) const {
+  Layer().Fill(ListedPlaceOf(r), placeCalculator, subscripts);
+}
+
+const std::vector<unsigned long long>& OmDisplayRowHeading::Data::Places() {
+  if (!skipEmpty && nonEmptyPlaces.empty()) {
+    nonEmptyPlaces.resize(static_cast<unsigned long>(placeCalculator.Size()));
+    std::iota(nonEmptyPlaces.begin(), nonEmptyPlaces.end(), 0ULL);
+  }
+  return nonEmptyPlaces;
+}
+
+// --- The heading --------------------------------------------------------------------------------
+
+OmDisplayRowHeading::OmDisplayRowHeading(OmDisplayLayerHeading& layer, bool skipEmpty,
+                                         bool dimNamesInCorner)
+    : data(new Data(layer, layer.Table().Rows(), layer.Table().Columns(), skipEmpty,
+                    dimNamesInCorner, true)) {}
+
+OmDisplayRowHeading::~OmDisplayRowHeading() {
+  delete data;
+}
+
+unsigned int OmDisplayRowHeading::NRows() const noexcept {
+  return static_cast<unsigned int>(data->placeCount);
+}
+
+unsigned int OmDisplayRowHeading::NColumns() const noexcept {
+  return data->headingWidth;
+}
+
+unsigned short OmDisplayRowHeading::VisibleWidth(int k) const {
+  return data->VisibleLevels(k);
+}
+
+unsigned int OmDisplayRowHeading::NDimensions() const noexcept {
+  return static_cast<unsigned int>(data->axisDims.size());
+}
+
+int OmDisplayRowHeading::getDimensionIndex(int k) const {
+  return data->DimensionIndex(k);
+}
+
+bool OmDisplayRowHeading::DimNamesInCorner() const noexcept {
+  return data->dimNamesInCorner;
+}
+
+bool OmDisplayRowHeading::SkipEmpty() const noexcept {
+  return data->skipEmpty;
+}
+
+OmPivotTable& OmDisplayRowHeading::Table() const noexcept {
+  return data->layerHeading->Table();
+}
+
+std::vector<const OmCellText*> OmDisplayRowHeading::CornerText() const {
+  return data->cornerText;
+}
+
+const std::vector<unsigned long long>& OmDisplayRowHeading::getNonEmptyRows() const {
+  return data->Places();
+}
+
+std::deque<ConstNode*> OmDisplayRowHeading::Row(int r) const {
+  std::deque<ConstNode*> row;
+  data->GetRowNodes(data->ListedPlaceOf(r), row);
+  return row;
+}
+
+std::deque<ConstNode*> OmDisplayRowHeading::RowCategories(int r) const {
+  std::deque<ConstNode*> row;
+  data->GetRowNodeCategories(data->ListedPlaceOf(r), row);
+  return row;
+}
+
+std::deque<ConstNode*> OmDisplayRowHeading::Column(int c) const {
+  return data->Column(c);
+}
+
+void OmDisplayRowHeading::DimCatNodes(int r, std::vector<ConstNode*>& dimNodes,
+                                      std::vector<ConstNode*>& catNodes) const {
+  data->DimCatNodes(r, dimNodes, catNodes);
+}
+
+void OmDisplayRowHeading::DimAllNodes(int r, std::vector<ConstNode*>& out) const {
+  data->DimAllNodes(r, out);
+}
+
+void OmDisplayRowHeading::Fill(std::vector<int>& subscripts, int r) const {
+  data->Fill(subscripts, r);
+}

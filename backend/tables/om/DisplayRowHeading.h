@@ -1,0 +1,88 @@
+// OmDisplayRowHeading, the labels to the left of a displayed pivot table: how many rows there are,
+// how many columns of labels they need, the nodes whose labels stand there, and the corner above
+// them.
+//
+// Building one costs a walk over the stored cells with skipEmpty, and little without. A row is put
+// together when it is asked for, so a heading of many rows takes no memory for them.
+
+#ifndef BACKEND_TABLES_OM_DISPLAYROWHEADING_H
+#define BACKEND_TABLES_OM_DISPLAYROWHEADING_H
+
+#include <deque>
+#include <vector>
+
+#include "backend/tables/om/DisplayLayerHeading.h"
+#include "backend/tables/om/Export.h"
+#include "backend/tables/om/Vector.h"
+
+class OmCellText;
+
+// Built from a layer heading, which has to outlive it. What it shows is settled when it is built:
+// it does not follow later layer switches. With skipEmpty only rows that hold a cell are numbered:
+// in the current layer where the table is dense, in any layer where it is sparse (IsSparse), on
+// purpose.
+//
+// The dimension that the table's axis lists first varies fastest, so axis dimension 0 of the
+// heading is the outermost, the axis's last. Each takes VisibleWidth() columns of labels, side by
+// side. A row number has to be below NRows() unless something else is said.
+class OM_API OmDisplayRowHeading {
+ public:
+  using ConstNode = OmDisplayLayerHeading::ConstNode;
+  struct Data;
+
+  // With `dimNamesInCorner` the names of the dimensions stand in the corner instead of over the
+  // rows. Throws OMSException where an axis that is read names a dimension that the table has not.
+  OmDisplayRowHeading(OmDisplayLayerHeading& layer, bool skipEmpty, bool dimNamesInCorner);
+  OmDisplayRowHeading(const OmDisplayRowHeading&) = delete;
+  OmDisplayRowHeading& operator=(const OmDisplayRowHeading&) = delete;
+  ~OmDisplayRowHeading();
+
+  [[nodiscard]] unsigned int NRows() const noexcept;
+  // Returns the number of columns of labels.
+  [[nodiscard]] unsigned int NColumns() const noexcept;
+  // Returns the columns of labels of axis dimension `k`, which has to be one.
+  [[nodiscard]] unsigned short VisibleWidth(int k) const;
+  [[nodiscard]] unsigned int NDimensions() const noexcept;
+  // Returns the table's dimension at axis dimension `k`. Reading at or past the end lengthens the
+  // list up to `k`, on purpose: the result is -1, and NDimensions() grows.
+  [[nodiscard]] int getDimensionIndex(int k) const;
+  [[nodiscard]] bool DimNamesInCorner() const noexcept;
+  [[nodiscard]] bool SkipEmpty() const noexcept;
+  [[nodiscard]] OmPivotTable& Table() const noexcept;
+  // Returns the texts over the columns of labels, null where there is none: the names of the
+  // dimensions, or else the table's corner text in the first column.
+  [[nodiscard]] std::vector<const OmCellText*> CornerText() const;
+  // Returns the places of the rows; without skipEmpty all of them, a list made on first use.
+  [[nodiscard]] const std::vector<unsigned long long>& getNonEmptyRows() const;
+
+  // Returns the labels of a row, left to right; null where a dimension shows fewer.
+  [[nodiscard]] std::deque<ConstNode*> Row(int r) const;
+  // Returns the category of each axis dimension, hidden or not.
+  [[nodiscard]] std::deque<ConstNode*> RowCategories(int r) const;
+  // Returns entry `c` of every row.
+  [[nodiscard]] std::deque<ConstNode*> Column(int c) const;
+  // Appends the root and the category of each axis dimension, but for a category that is the root
+  // itself. Past the list of non-empty rows, `r` is taken as a place.
+  void DimCatNodes(int r, std::vector<ConstNode*>& dimNodes,
+                   std::vector<ConstNode*>& catNodes) const;
+  // Appends all nodes from each such root to the category, hidden ones too.
+  void DimAllNodes(int r, std::vector<ConstNode*>& out) const;
+  // Writes the subscripts of the row's categories, and leaves the entries of all other dimensions;
+  // the vector gets one entry per dimension.
+  void Fill(std::vector<int>& subscripts, int r) const;
+
+ private:
+  Data* data;
+};
+
+// Returns the labels of one dimension in one row, root first, cut or filled with nulls to `levels`
+// entries. Hidden nodes are left out; a group that hides labels ends them, also where it is hidden,
+// on purpose. `path` is a leaf's, never null.
+[[nodiscard]] OM_API std::vector<OmDisplayRowHeading::ConstNode*> CategoryDisplay(
+    OmVector<OmDisplayRowHeading::ConstNode>* path, unsigned int levels, bool dimNamesInCorner);
+
+// Returns the leaf of a path.
+[[nodiscard]] OM_API std::vector<OmDisplayRowHeading::ConstNode*> Category(
+    OmVector<OmDisplayRowHeading::ConstNode>* path);
+
+#endif

@@ -1,0 +1,67 @@
+// The private record of a row heading, which serves the column heading too. Callers do not include
+// it.
+
+#ifndef BACKEND_TABLES_OM_DISPLAYROWHEADINGDATA_H
+#define BACKEND_TABLES_OM_DISPLAYROWHEADINGDATA_H
+
+#include <deque>
+#include <vector>
+
+#include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/DisplayLayerHeadingData.h"
+#include "backend/tables/om/DisplayRowHeading.h"
+
+// A heading over any axis, told in terms of rows.
+struct OmDisplayRowHeading::Data {
+  using LayerData = OmDisplayLayerHeading::Data;
+  using Path = LayerData::Path;
+  using Labels = std::deque<ConstNode*>;
+
+  Data(OmDisplayLayerHeading& layer, const PuppetVector<short>& axis,
+       const PuppetVector<short>& other, bool skipEmpty_, bool dimNamesInCorner_,
+       bool collectCorner);
+  Data(const Data&) = delete;
+  Data& operator=(const Data&) = delete;
+
+  void FindVisibleLevels();
+  // Returns the path of each axis dimension's category, null where no leaf stands.
+  [[nodiscard]] std::vector<const Path*> FindNodes(unsigned long long place) const;
+  // Tells whether a dimension's name was placed in the corner.
+  bool CollectCornerLabels();
+  void GetRowNodes(unsigned long long place, Labels& out) const;
+  void GetRowNodeCategories(unsigned long long place, Labels& out) const;
+
+  // What the row and the column heading offer alike.
+  [[nodiscard]] unsigned long long PlaceOf(int r) const;
+  [[nodiscard]] unsigned long long ListedPlaceOf(int r) const;
+  [[nodiscard]] unsigned short VisibleLevels(int k) const;
+  [[nodiscard]] int DimensionIndex(int k);
+  [[nodiscard]] Labels Column(int c) const;
+  void DimCatNodes(int r, std::vector<ConstNode*>& dimNodes,
+                   std::vector<ConstNode*>& catNodes) const;
+  void DimAllNodes(int r, std::vector<ConstNode*>& out) const;
+  void Fill(std::vector<int>& subscripts, int r) const;
+  [[nodiscard]] const std::vector<unsigned long long>& Places();
+
+  OmDisplayLayerHeading* layerHeading;  // not owned
+  OmPivotTable* table;                  // not owned
+  bool skipEmpty;
+  bool dimNamesInCorner;
+  PuppetVector<short> axisDims;               // the axis reversed; reads past its end lengthen it
+  std::vector<const OmCellText*> cornerText;  // one per heading column, some null; not owned
+  std::vector<unsigned long long> nonEmptyPlaces;  // without skipEmpty all places, once asked for
+  LayerData::PlaceCalculator placeCalculator;      // over the axis, without what reads added to it
+  std::vector<unsigned short> levelsPerDim;        // heading columns of each axis dimension
+  unsigned long long placeCount = 0;               // rows
+  unsigned int headingWidth = 0;                   // sum of levelsPerDim
+
+ private:
+  [[nodiscard]] LayerData& Layer() const noexcept;
+  // Returns the path of category `digit` of axis dimension `k`, or null.
+  [[nodiscard]] Path* PathAt(unsigned long k, unsigned int digit) const;
+  // Calls `visit(k, path)` for every axis dimension; a path may be null.
+  template <typename Visit>
+  void ForEachPath(unsigned long long place, Visit visit) const;
+};
+
+#endif
