@@ -37,6 +37,11 @@ bool ParseCommandLine(int argc, char** argv, Options& options, int& status) {
   app.add_option("--title", options.title, "Title of the report")->type_name("TEXT");
   app.add_flag("--ascii", options.ascii, "Draws the tables in plain ASCII");
   app.add_flag("--skip-empty", options.skipEmpty, "Leaves out empty rows, columns and layers");
+  app.add_option("--html", options.html, "Writes a page that stands alone, instead of text")
+      ->type_name("FILE")
+      ->check([](const std::string& file) {
+        return std::string(file.empty() ? "the name of the file is empty" : "");
+      });
   app.add_option("--width", options.width, "Columns of the page; those of the terminal without it")
       ->check(CLI::Range(20, 10000));
   try {

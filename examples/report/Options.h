@@ -20,7 +20,8 @@ struct Options {
   std::string title;
   bool ascii = false;
   bool skipEmpty = false;
-  int width = 0;  // columns of the terminal; 0 asks the terminal
+  std::string html;  // file of the page that is written instead of the text; empty without one
+  int width = 0;     // columns of the terminal; 0 asks the terminal
 };
 
 // Reads the command line. Returns false where the program has nothing more to do and ends with

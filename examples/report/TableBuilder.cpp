@@ -8,6 +8,7 @@
 #include "backend/tables/om/Footnote.h"
 #include "examples/report/CellFootnotes.h"
 #include "examples/report/DataSet.h"
+#include "examples/report/TableLook.h"
 #include "platform/cells/CellTexts.h"
 #include "platform/dataio/BackendSettings.h"
 
@@ -92,6 +93,7 @@ void TableBuilder::End() {
   std::copy(columns.rbegin(), columns.rend(), std::back_inserter(table->Columns()));
   std::copy(layers.rbegin(), layers.rend(), std::back_inserter(table->Layers()));
   table->EndTable();
+  ApplyLook(*table);
 }
 
 int AddCategories(OmDimension& dimension, const std::vector<std::string>& labels) {
