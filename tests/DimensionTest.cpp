@@ -296,8 +296,8 @@ TEST(Dimension, CountsWhatItShows) {
   EXPECT_EQ(dimension.getMaxVisibleGroupCount(), 1u);  // one leaf stands for all
   for (int i = 0; i != 3; ++i) {
     const Node group = add(dimension.Root(), true);
-    group->Hide(i == 2);  // no leaf: it has one below, which counts
-    add(group, false);
+    group->Hide(i == 2);             // no leaf: it has one below, which counts
+    add(group, i == 2)->Hide(true);  // hidden, and the leaf of its parent in either case
   }
   std::vector<unsigned long> counts(dimension.getMaximumDepth(), 0);
   dimension.getGroupCountsByLevel(dimension.Root(), counts);
@@ -327,7 +327,9 @@ TEST(Dimension, LabelsKeepTheTrackerOfTheirTable) {
   dimension.Name()->setICUTracker(&tracker);
   OmDimensionNode node(OmStringCell("a"), 0, true, nullptr);
   node.Text()->setICUTracker(&strange);
+  node.ChildIndex().push_back(7);  // of where the node comes from
   const Node group = dimension.Child(dimension.Root(), node);
+  EXPECT_EQ(group->ChildIndex().size(), 0u);
   Node child = dimension.AddNewChild(group, OmStringCell("b"), 1, false);
   dimension.insertCategory(OmStringCell("c"), child, group, false);
   Node last = dimension.Root()[0].Back();

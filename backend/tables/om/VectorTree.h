@@ -663,11 +663,7 @@ void OmVectorTree<T>::InsertChild(const T& data_, std::vector<Node*> nodes) {
   const unsigned long last = above->Size();
   above->Adopt(&group.record);
   group.held = false;
-  if (place != 0 && place != last) {
-    above->MoveWithin(last, above->Find(above->children[place].data, last));
-  } else {
-    above->MoveWithin(last, place);
-  }
+  above->MoveWithin(last, place != last ? above->Find(above->children[place].data, last) : last);
   above->Relocate(true);
 }
 
