@@ -12,6 +12,7 @@
 #include "backend/tables/om/DisplayRowHeading.h"
 #include "backend/tables/om/Exception.h"
 #include "platform/cells/CellTexts.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/LayoutModel.h"
 #include "tests/support/Tables.h"
 
@@ -578,6 +579,41 @@ TEST_F(Layout, OfNothingHasOnePlaceAndNoLabels) {
   OmDisplayLayerHeading again(table, false);
   OmDisplayRowHeading noRows(again, false, true);
   EXPECT_TRUE(noRows.NRows() == 0 && noRows.getNonEmptyRows().empty() && noRows.NColumns() == 0);
+}
+
+TEST_F(Layout, LosesNothingWhereMemoryRunsOut) {
+  OmDimension* const dimension = Add("a", 3, table.Rows());
+  dimension->AddNewChild(dimension->Root(), OmStringCell("beyond"), 700, false);
+  for (const char* name : {"b", "c", "d", "e", "f", "g", "h", "i"}) {
+    Add(name, 2, table.Rows());  // more dimensions than the headings have room for beforehand
+  }
+  Add("layer", 2, table.Layers());
+  Set({1, 1, 1, 1, 1, 1, 1, 1, 1, 1});
+  const long before = allocations::Live();
+  long n = 0;
+  while (allocations::FailsAt(n, [&] {
+    OmDisplayLayerHeading layers(table, true);
+    layers.LastLayer();
+    OmDisplayRowHeading rows(layers, true, true);
+    OmDisplayColumnHeading columns(layers, false);
+    (void)rows.Column(3);
+    (void)columns.getNonEmptyColumns();
+  })) {
+    ASSERT_EQ(allocations::Live(), before) << "after failure " << n;
+    ++n;
+  }
+  EXPECT_GT(n, 50);
+  EXPECT_EQ(allocations::Live(), before);
+
+  // A switch that fails leaves the layer as it was.
+  for (int i = 0; i != 9; ++i) {
+    table.Layers().push_back(static_cast<short>(i));
+  }
+  OmDisplayLayerHeading layers(table, false);
+  ASSERT_TRUE(layers.SwitchLayer(0));
+  EXPECT_TRUE(allocations::FailsAt(0, [&] { layers.LastLayer(); }));
+  EXPECT_EQ(layers.getLayer(), 0);
+  EXPECT_EQ(layers.getCurrentCellIndex(), Subscripts(10, 0));
 }
 
 TEST_F(Layout, ReachesTenThousandLevelsDown) {

@@ -30,7 +30,6 @@ void MultiBase::Digits(unsigned long long value, unsigned int* digits) const {
   if (bases.empty()) {
     return;
   }
-  std::fill_n(digits, bases.size(), 0U);
   unsigned long i = bases.size() - 1;
   for (; i != 0 && value != 0; --i) {
     const unsigned int b = bases[i];
@@ -40,6 +39,7 @@ void MultiBase::Digits(unsigned long long value, unsigned int* digits) const {
   }
   // Where the walk came to the first base, its digit takes all that is left, unreduced on purpose.
   digits[i] = static_cast<unsigned int>(value);
+  std::fill_n(digits, i, 0U);
 }
 
 unsigned long long MultiBase::Value(const std::vector<unsigned int>& digits) const {

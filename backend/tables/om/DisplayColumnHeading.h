@@ -15,7 +15,7 @@
 class OM_API OmDisplayColumnHeading {
  public:
   using ConstNode = OmDisplayLayerHeading::ConstNode;
-  struct Data;
+  struct OM_PRIVATE Data;
 
   // Throws OMSException where an axis that is read names a dimension that the table has not.
   OmDisplayColumnHeading(OmDisplayLayerHeading& layer, bool skipEmpty);

@@ -35,7 +35,7 @@ class OmPointerVector;
 class OM_API OmDisplayLayerHeading {
  public:
   using ConstNode = OmVectorTree<OmDimensionNode>::ConstNode;
-  struct Data;
+  struct OM_PRIVATE Data;
 
   // No layer is current afterwards. Throws OMSException where an axis that is read names a
   // dimension that the table has not.

@@ -28,7 +28,7 @@ class OmCellText;
 class OM_API OmDisplayRowHeading {
  public:
   using ConstNode = OmDisplayLayerHeading::ConstNode;
-  struct Data;
+  struct OM_PRIVATE Data;
 
   // With `dimNamesInCorner` the names of the dimensions stand in the corner instead of over the
   // rows. Throws OMSException where an axis that is read names a dimension that the table has not.
