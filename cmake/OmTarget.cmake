@@ -30,4 +30,6 @@ function(om_library target name)
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  # Public, because the containers are templates: every side of the seam has to agree.
+  target_compile_definitions(${target} PUBLIC $<$<BOOL:${OM_HARDENING}>:OM_HARDENING=1>)
 endfunction()

@@ -1,0 +1,15 @@
+# A program outside the tree, built against the library in each way that the library offers.
+set(compilers ${CMAKE_CXX_COMPILER})
+foreach(other g++ clang++)
+  find_program(consumer_${other} ${other})
+  if(consumer_${other} AND NOT CMAKE_CXX_COMPILER STREQUAL "${consumer_${other}}")
+    list(APPEND compilers ${consumer_${other}})
+  endif()
+endforeach()
+list(GET compilers -1 other_compiler)
+
+set(consumer_test ${CMAKE_CURRENT_LIST_DIR}/consumer_test.sh)
+add_test(NAME Consumer.Installed COMMAND ${consumer_test} installed ${PROJECT_BINARY_DIR} ${compilers})
+add_test(NAME Consumer.Subdirectory COMMAND ${consumer_test} subdirectory ${PROJECT_BINARY_DIR} ${other_compiler})
+add_test(NAME Consumer.OtherPlatform COMMAND ${consumer_test} platform ${PROJECT_BINARY_DIR} ${CMAKE_CXX_COMPILER})
+add_test(NAME Consumer.Packages COMMAND ${consumer_test} packages ${PROJECT_BINARY_DIR} ${other_compiler})

@@ -1,0 +1,6 @@
+#ifndef PLATFORM_CELLS_COMPOSITE_H
+#define PLATFORM_CELLS_COMPOSITE_H
+
+#include "platform/cells/CellTexts.h"
+
+#endif

@@ -1,0 +1,6 @@
+#ifndef PLATFORM_CELLS_NUMBER_H
+#define PLATFORM_CELLS_NUMBER_H
+
+#include "platform/cells/CellTexts.h"
+
+#endif

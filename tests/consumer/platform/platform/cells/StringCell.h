@@ -1,0 +1,6 @@
+#ifndef PLATFORM_CELLS_STRINGCELL_H
+#define PLATFORM_CELLS_STRINGCELL_H
+
+#include "platform/cells/CellTexts.h"
+
+#endif

@@ -1,0 +1,17 @@
+#ifndef PLATFORM_DATAIO_BACKENDSETTINGS_H
+#define PLATFORM_DATAIO_BACKENDSETTINGS_H
+
+#include <string>
+
+class BackendSettings {
+ public:
+  long long getMaxCells() const noexcept { return 1000000; }
+  bool getFastTables() const noexcept { return false; }
+  bool getUnicode() const noexcept { return true; }
+  const std::string& getLocale() const noexcept { return locale; }
+
+ private:
+  std::string locale;
+};
+
+#endif
