@@ -17,9 +17,12 @@ namespace {
 
 constexpr std::size_t kMaxShownBytes = 65536;
 
-void Open(std::ostream& out, const char* kind, const std::string& title, const std::string& id) {
+// `sort` is what the item is called, or empty where that can be seen.
+void Open(std::ostream& out, const std::string& kind, const std::string& sort,
+          const std::string& title, const std::string& id) {
   out << "<figure class=\"payload " << kind << "\" id=\"" << id
-      << "\" tabindex=-1>\n<figcaption class=title>" << Escape(title) << "</figcaption>\n";
+      << "\" tabindex=-1>\n<figcaption class=title>" << Escape(title)
+      << (sort.empty() ? "" : "<span class=sort>" + sort + "</span>") << "</figcaption>\n";
 }
 
 // Writes the name and size of a payload that is not empty; a short text can be unfolded.
@@ -69,7 +72,7 @@ const char* ImageType(const std::string& image) {
 // As an image the drawing can neither run a script nor reach the page, whatever it holds.
 void WriteChart(std::ostream& out, const OmChart& chart, const std::string& title,
                 const std::string& id) {
-  Open(out, "chart", title, id);
+  Open(out, "chart", "", title, id);
   const std::string& image = chart.GetImageData();
   if (const char* type = ImageType(image)) {
     out << "<div class=scroll role=region tabindex=0 aria-label=\"" << Escape(title)
@@ -88,7 +91,7 @@ void WriteChart(std::ostream& out, const OmChart& chart, const std::string& titl
 
 void WriteModel(std::ostream& out, const OmModel& model, const std::string& title,
                 const std::string& id) {
-  Open(out, "model", title, id);
+  Open(out, "model", "Model", title, id);
   WritePayload(out, "PMML", model.GetPMML());
   WritePayload(out, "PMML container", model.GetPMMLContainer());
   WritePayload(out, "Statistics container", model.GetStatXMLContainer());
@@ -98,15 +101,15 @@ void WriteModel(std::ostream& out, const OmModel& model, const std::string& titl
 
 void WriteInteractive(std::ostream& out, const OmInteractive& interactive, const std::string& title,
                       const std::string& id) {
-  Open(out, "interactive", title, id);
-  WritePayload(out, "Interactive visualisation", interactive.getInteractiveJSON());
+  Open(out, "interactive", "Interactive view", title, id);
+  WritePayload(out, "Visualisation", interactive.getInteractiveJSON());
   WriteFiles(out, interactive.getGeoJSONFileNames(), interactive.getGeoJSONContent());
   out << "</figure>\n";
 }
 
 void WriteTreeDiagram(std::ostream& out, const OmDendrix& tree, const std::string& title,
                       const std::string& id) {
-  Open(out, "tree", title, id);
+  Open(out, "tree", "Tree diagram", title, id);
   WritePayload(out, "Tree", tree.GetUncompressedXml());
   WritePayload(out, "Display", tree.GetUncompressedDisplayXML());
   WritePayload(out, "Compressed tree", tree.GetCompressedXml());

@@ -64,6 +64,12 @@ std::string JsonString(std::string_view text) {
   return quoted + '"';
 }
 
+std::string Number(double value) {
+  char text[40];
+  std::snprintf(text, sizeof(text), "%.10g", value);
+  return text;
+}
+
 std::string Base64(std::string_view bytes) {
   static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string text;

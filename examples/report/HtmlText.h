@@ -15,6 +15,9 @@ namespace report {
 // Returns `text` as a quoted JSON string, which is also safe within a script element.
 [[nodiscard]] std::string JsonString(std::string_view text);
 
+// Returns a number with up to ten digits that count, as JSON and XML write it.
+[[nodiscard]] std::string Number(double value);
+
 [[nodiscard]] std::string Base64(std::string_view bytes);
 
 // Returns "812 bytes", "1.4 KB" or "3.0 MB".

@@ -117,6 +117,7 @@ void Procedure::AddCaseProcessing(const Weights& weights, const std::vector<std:
                                   const std::vector<double>& missing) {
   enum { kValid, kMissing, kTotal };
   TableBuilder table(heading, "Case Processing Summary", "Case Processing Summary");
+  table.Corner("Variables");
   AddCategories(table.AddDimension(Axis::kRows, "Variables", false), labels);
   AddCategories(table.AddDimension(Axis::kColumns, "Cases", true), {"Valid", "Missing", "Total"});
   AddCategories(table.AddDimension(Axis::kColumns, "Statistics", false), {"N", "Percent"});
@@ -274,6 +275,9 @@ void CrosstabulationProcedure::Build(const Weights& weights) {
     table.AddDimension(Axis::kLayers, *variable, true);
   }
   AddCells(table, counts);
+  if (statistics.size() > 1) {
+    table.Caption("Percentages are of the cases in the same row or column of the layer.");
+  }
   if (counts.Missing() != 0) {
     table.MarkTitle(Cases(counts.Missing(), countDecimals) + " with a missing value left out.");
   }

@@ -77,6 +77,16 @@ void TableBuilder::Number(const std::vector<int>& subscripts, double value, int 
   table->Cell(subscripts, cell);
 }
 
+void TableBuilder::Corner(const std::string& text) {
+  const OmStringCellUTF8 cell(text);
+  table->CornerText(&cell);
+}
+
+void TableBuilder::Caption(const std::string& text) {
+  const OmStringCellUTF8 cell(text);
+  table->Caption(&cell);
+}
+
 void TableBuilder::MarkTitle(const std::string& footnote) {
   MarkFootnote(*table->TableTitle(), AddFootnote(footnote));
 }

@@ -36,6 +36,9 @@ class TableBuilder {
   // Stores a number, and marks it with a footnote unless `footnote` is empty.
   void Number(const std::vector<int>& subscripts, double value, int decimals,
               const std::string& footnote = std::string());
+  // Puts a text over the row labels, which is shown where no dimension shows its name there.
+  void Corner(const std::string& text);
+  void Caption(const std::string& text);
   // Marks the table's title with a footnote.
   void MarkTitle(const std::string& footnote);
 

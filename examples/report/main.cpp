@@ -10,6 +10,7 @@
 #include <string>
 
 #include "backend/tables/om/OutputTree.h"
+#include "examples/report/Charts.h"
 #include "examples/report/CsvReader.h"
 #include "examples/report/DataSet.h"
 #include "examples/report/DisplayText.h"
@@ -47,6 +48,7 @@ void Run(const report::Options& options) {
   const report::Plan plan = report::MakePlan(data, options);
   OmOutputTree document;
   report::BuildDocument(data, plan, document);
+  report::AddCharts(data, plan, document);
   if (!options.html.empty()) {
     report::WriteHtmlFile(document, options.skipEmpty, options.html);
     return;
@@ -76,7 +78,7 @@ int main(int argc, char** argv) {
     Report(error.what());
     return kInputStatus;
   } catch (const report::OutputError& error) {
-    std::cerr << "report: " << error.what() << '\n';
+    Report(error.what());
     return kInputStatus;
   } catch (const std::exception& error) {
     Report(error.what());

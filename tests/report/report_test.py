@@ -270,7 +270,7 @@ class ReportTest(unittest.TestCase):
             return [line for line, under in zip(out.split('\n'), out.split('\n')[1:])
                     if under and set(under) == {'='}][1:]
 
-        every = ['Frequencies', 'Crosstabulation', 'Descriptives']
+        every = ['Frequencies', 'Crosstabulation', 'Descriptives', 'Charts and Models']
         good = ('--rows', 'G', '--columns', 'H')
         cases = (
             (('--measures', 'M,T'), 'Descriptives', 'T holds no number.'),
