@@ -6,6 +6,7 @@ const char* const kHtmlStyle = R"CSS(:root {
   color-scheme: light dark;
   --paper: #fcfcfb; --side: #f4f5f6; --ink: #1b2430; --muted: #586475; --line: #d9dde3;
   --rule: #5b6675; --accent: #1c5d99; --wash: #eaf1f8; --amber: #9a5b13;
+  --shade: rgb(27 36 48 / 0.22);
   --sans: system-ui, -apple-system, "Segoe UI", Roboto, "Helvetica Neue", "Noto Sans",
     "Liberation Sans", Arial, sans-serif;
   --serif: "Iowan Old Style", "Palatino Linotype", Palatino, "Source Serif Pro", "Noto Serif",
@@ -15,7 +16,7 @@ const char* const kHtmlStyle = R"CSS(:root {
 @media screen and (prefers-color-scheme: dark) {
   :root {
     --paper: #14171c; --side: #191d23; --ink: #e3e7ed; --muted: #9ba6b5; --line: #2e353f;
-    --rule: #8592a3; --accent: #8cbcf0; --wash: #1f2b3a; --amber: #e0a860;
+    --rule: #8592a3; --accent: #8cbcf0; --wash: #1f2b3a; --amber: #e0a860; --shade: rgb(0 0 0 / 0.75);
   }
 }
 * { box-sizing: border-box; }
@@ -98,7 +99,15 @@ figure > .title, details > .title { margin-bottom: 0.5rem; font-size: 0.9rem; }
 figcaption, summary { white-space: pre-line; }
 
 /* Tables */
-.scroll { max-width: 100%; overflow-x: auto; }
+/* Shadows at the edges tell that there is more to scroll to. */
+.scroll {
+  max-width: 100%; overflow-x: auto;
+  background:
+    linear-gradient(to right, var(--paper) 40%, transparent) left / 2.5rem 100% no-repeat local,
+    linear-gradient(to left, var(--paper) 40%, transparent) right / 2.5rem 100% no-repeat local,
+    radial-gradient(farthest-side at left, var(--shade), transparent) left / 0.8rem 100% no-repeat,
+    radial-gradient(farthest-side at right, var(--shade), transparent) right / 0.8rem 100% no-repeat;
+}
 table {
   width: max-content; border-collapse: collapse; border-top: 2px solid var(--rule); border-bottom: 2px solid var(--rule);
   font-size: 0.875rem; line-height: 1.35; font-variant-numeric: tabular-nums lining-nums;
@@ -159,7 +168,11 @@ details.notes-body[open] > .title { margin-bottom: 0.5rem; }
 .block.log .title { display: none; }
 .block p { margin: 0; }
 .lines { white-space: pre-wrap; overflow-wrap: anywhere; }
-.chart img { display: block; max-width: 100%; height: auto; }
+.sort {
+  margin-left: 0.6em; padding: 0.05em 0.5em; border: 1px solid var(--line); border-radius: 1em;
+  color: var(--muted); font-size: 0.72rem; font-weight: 500;
+}
+.chart img { display: block; min-width: 30rem; max-width: 100%; height: auto; }
 .payload details, .size-only { margin: 0.3rem 0 0; font-size: 0.84rem; }
 .payload summary, .size-only { color: var(--muted); }
 .name { color: var(--ink); }
@@ -195,7 +208,7 @@ pre {
   body { display: block; font-size: 9.5pt; }
   .outline, .skip-link, .controls, .back, .payload details { display: none; }
   main { padding: 0; max-width: none; }
-  .scroll { overflow: visible; }
+  .scroll { overflow: visible; background: none; }
   h2, h3, .title { break-after: avoid; }
   tr, .chart { break-inside: avoid; }
   thead { display: table-header-group; }

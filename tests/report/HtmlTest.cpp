@@ -1,0 +1,290 @@
+// The parts of the page that a browser does not show, and tables that the procedures do not build.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "backend/tables/om/Chart.h"
+#include "backend/tables/om/Dendrix.h"
+#include "backend/tables/om/Dimension.h"
+#include "backend/tables/om/DisplayRowHeading.h"
+#include "backend/tables/om/Footnote.h"
+#include "backend/tables/om/Heading.h"
+#include "backend/tables/om/OutputTree.h"
+#include "backend/tables/om/PivotTable.h"
+#include "examples/report/CellFootnotes.h"
+#include "examples/report/DocumentParts.h"
+#include "examples/report/HtmlLooks.h"
+#include "examples/report/HtmlReport.h"
+#include "examples/report/HtmlSpans.h"
+#include "examples/report/HtmlText.h"
+#include "examples/report/TableLook.h"
+#include "platform/cells/CellTexts.h"
+
+namespace {
+
+using report::HeadSpans;
+using Node = OmVectorTree<OmDimensionNode>::Node;
+
+constexpr unsigned long kNone = static_cast<unsigned long>(-1);
+
+class HtmlTest : public ::testing::Test {
+ protected:
+  HtmlTest() : table(new OmPivotTable(OmStringCell("Title"), OmStringCell("Test"), false)) {
+    report::Place(Root(), std::unique_ptr<OmOutputPart>(table));
+  }
+
+  report::TreeNode Root() { return {document, document.List().begin()}; }
+
+  OmDimension& Add(PuppetVector<short>& axis, const char* name, int leaves = 0) {
+    OmDimension& dimension = *table->AddDimension(OmStringCell(name));
+    axis.push_back(static_cast<short>(table->NDimensions() - 1));
+    for (int i = 0; i < leaves; ++i) {
+      dimension.AddNewChild(dimension.Root(), OmNumber(i), dimension.NumCategories(), false);
+    }
+    return dimension;
+  }
+
+  // Grows groups and categories at random; some are hidden, and some groups hide their labels.
+  void Grow(OmDimension& dimension, Node parent, int depth) {
+    const auto count = 1 + random() % 3;
+    for (auto i = count; i > 0; --i) {
+      const bool group = depth < 3 && random() % 2 == 0;
+      Node child = dimension.AddNewChild(parent, OmNumber(static_cast<double>(random() % 9)),
+                                         group ? kNone : dimension.NumCategories(), group);
+      child->Hide(random() % 5 == 0);
+      if (group) {
+        child->HideLabels(random() % 6 == 0);
+        Grow(dimension, parent.Back(), depth + 1);
+      }
+    }
+  }
+
+  std::string Page(bool skipEmpty = false) {
+    std::ostringstream out;
+    report::HtmlReport(out, skipEmpty).Write(document);
+    return out.str();
+  }
+
+  std::mt19937 random{std::random_device()()};
+  OmOutputTree document;
+  OmPivotTable* table;
+};
+
+// Counts how often `part` is in `text`.
+int Count(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+// Every label of a heading is where the anchor that covers it says, and its neighbours in one span
+// agree in the categories of the outer dimensions.
+TEST_F(HtmlTest, SpansCoverAHeadingOnce) {
+  const unsigned seed = static_cast<unsigned>(random());
+  random.seed(seed);
+  for (int round = 0; round < 300; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    OmPivotTable other(OmStringCell("T"), OmStringCell("T"), false);
+    table = &other;
+    for (const char* name : {"A", "B", "C"}) {
+      OmDimension& dimension = Add(other.Rows(), name);
+      dimension.Root()->Hide(random() % 2 == 0);
+      Grow(dimension, dimension.Root(), 0);
+    }
+    OmDisplayLayerHeading layer(other, false);
+    ASSERT_TRUE(layer.NextLayer());
+    const OmDisplayRowHeading rows(layer, false, random() % 2 == 0);
+    std::vector<unsigned> depths;
+    std::vector<unsigned> dimensionOf;
+    for (unsigned k = 0; k < rows.NDimensions(); ++k) {
+      depths.push_back(rows.VisibleWidth(static_cast<int>(k)));
+      dimensionOf.insert(dimensionOf.end(), depths.back(), k);
+    }
+    const HeadSpans spans(
+        rows.NRows(), depths, [&](int r) { return rows.Row(r); },
+        [&](int r) { return rows.RowCategories(r); });
+    ASSERT_EQ(spans.Levels(), rows.NColumns());
+    std::vector<std::vector<int>> covered(spans.Places(), std::vector<int>(spans.Levels(), 0));
+    for (unsigned place = 0; place < spans.Places(); ++place) {
+      const HeadSpans::Nodes leaves = rows.RowCategories(static_cast<int>(place));
+      for (unsigned level = 0; level < spans.Levels(); ++level) {
+        const HeadSpans::Span& span = spans.At(place, level);
+        const HeadSpans::ConstNode* anchor = spans.Node(place, level);
+        for (unsigned i = 0; i < span.places * span.levels; ++i) {
+          const unsigned row = place + i % span.places;
+          const unsigned column = level + i / span.places;
+          ++covered[row][column];
+          const HeadSpans::Nodes labels = rows.Row(static_cast<int>(row));
+          if (column == level && anchor != nullptr) {
+            EXPECT_TRUE(labels[column] != nullptr && *labels[column] == *anchor);
+          } else {
+            EXPECT_EQ(labels[column], nullptr);
+          }
+          const HeadSpans::Nodes others = rows.RowCategories(static_cast<int>(row));
+          for (unsigned k = 0; k < dimensionOf[level]; ++k) {
+            EXPECT_TRUE(*others[k] == *leaves[k]);
+          }
+        }
+      }
+    }
+    for (const std::vector<int>& row : covered) {
+      EXPECT_EQ(row, std::vector<int>(spans.Levels(), 1));
+    }
+    // Equal labels of a category's only neighbours stand once: no span could go on.
+    for (unsigned place = 0; place + 1 < spans.Places() && spans.Levels() != 0; ++place) {
+      const unsigned next = place + spans.At(place, 0).places;
+      if (spans.At(place, 0).places != 0 && next < spans.Places() && depths[0] != 0) {
+        const HeadSpans::ConstNode* a = spans.Node(place, 0);
+        const HeadSpans::ConstNode* b = spans.Node(next, 0);
+        EXPECT_FALSE(a != nullptr && b != nullptr && *a == *b);
+      }
+    }
+  }
+  table = nullptr;
+}
+
+TEST_F(HtmlTest, FormatsBecomeRulesAndNothingElse) {
+  auto format = std::make_unique<FormatArea>(report::area::kData);
+  format->setFontName("Sans\";}</style><script>%");
+  format->setFontSize(11.5F);
+  format->setFontStyle(report::kBoldItalic);
+  format->setUnderline(true);
+  format->setTextColor("red;background:url(//x)");
+  format->setBackgroundColor("#ffffff");
+  format->setMarginRight(-5);
+  format->setHorizontalAlignment(77);
+  format->setVerticalAlignment(report::kMiddle);
+  format->setUseAltRowColors(true);
+  format->setAlternateTextColor("navy");
+  format->setAlternateBackgroundColor("#000");
+  table->setAreaFormat(format.release());
+  report::HtmlLooks looks;
+  looks.Add(*table);
+  EXPECT_EQ(looks.ClassOf(*table), "look0");
+  EXPECT_EQ(looks.Rules(),
+            ".look0 tbody td{font-family:\"Sans\\22 \\3b \\7d \\3c \\2f style\\3e \\3c script\\3e "
+            "\\25 \",sans-serif;font-size:11.5pt;font-weight:600;font-style:italic;"
+            "text-decoration:underline;padding:2pt 0pt 2pt 6pt;vertical-align:middle;"
+            "background-color:#ffffff;}\n"
+            ".look0 .alternate td{color:navy;background-color:#000;}\n"
+            "@media screen and (prefers-color-scheme:dark){\n"
+            ".look0 tbody td{background-color:#1c1c1c;}\n"
+            ".look0 .alternate td{color:navy;background-color:#ededed;}\n}\n");
+  EXPECT_NE(Page().find("<figure class=\"table look0\""), std::string::npos);
+
+  OmPivotTable same(OmStringCell("T"), OmStringCell("T"), false);
+  looks.Add(same);
+  EXPECT_EQ(looks.ClassOf(same), "");
+  for (const char* color : {"", "#12", "#12345", "#ggg", "red", "#1234567"}) {
+    EXPECT_EQ(report::DarkCounterpart(color), color);
+  }
+  // A dark blue becomes a light one.
+  const std::string light = report::DarkCounterpart("#27415f");
+  EXPECT_GT(light.substr(5), light.substr(1, 2));
+  EXPECT_GT(light.substr(1, 2), "80");
+}
+
+TEST_F(HtmlTest, ATableShowsAllThatItHolds) {
+  Add(table->Rows(), "R", 2).Root().Begin()->Hide(true);
+  Add(table->Columns(), "C", 1).Root()->Hide(true);
+  OmDimension& layers = Add(table->Layers(), "L");
+  const Node group = layers.AddNewChild(layers.Root(), OmStringCell("G"), kNone, true);
+  layers.AddNewChild(group, OmStringCell("k"), 0, false);
+  layers.AddNewChild(layers.Root(), OmStringCell("l"), 5, false);
+  layers.AddNewChild(layers.Root(), OmStringCell("none"), kNone, false);
+  const OmStringCell note("Note & more");
+  const OmStringCell marker("<*>");
+  const OmStringCell caption("Caption");
+  OmStringCell cell("<b>text</b>");
+  report::MarkFootnote(cell, table->Footnote(OmFootnote(&note, &marker, nullptr), false));
+  report::MarkFootnote(cell, 99);
+  table->Cell({1, 0, 5}, cell);
+  table->Cell({0, 0, 0}, OmNumber(2.5));
+  table->Caption(&caption);
+  table->setLayerLoc(1);
+  table->EndTable();
+  const std::string page = Page();
+  for (const char* part :
+       {"<option value=0>G › k</option><option value=5 selected>l</option>"
+        "<option value=-1>none</option>",
+        "data-key=\"5\" data-view=whole>", "data-key=\"0\" data-view=whole hidden>",
+        "<td class=text>&lt;b&gt;text&lt;/b&gt;<sup><a class=mark href=\"#item2-note0\" "
+        "aria-label=\"Footnote &lt;*&gt;\">&lt;*&gt;</a></sup></td>",
+        "<span>Note &amp; more ", "<td>2.50</td>", "<p class=caption>Caption</p>",
+        "<caption class=layers>L: G: k</caption>"}) {
+    EXPECT_NE(page.find(part), std::string::npos) << part << "\n" << page;
+  }
+  table->showCaption(false);
+  EXPECT_EQ(Page(true).find("<p class=caption>"), std::string::npos);
+  EXPECT_NE(Page(true).find("data-key=\"0\" data-view=packed>"), std::string::npos);
+  table->Show(false);
+  EXPECT_EQ(Page().find("<figure"), std::string::npos);
+}
+
+TEST_F(HtmlTest, AVeryLargeTableIsShownWithoutWhatIsEmpty) {
+  Add(table->Rows(), "R", 1000);
+  Add(table->Columns(), "C", 1000);
+  Add(table->Layers(), "L", 1000);
+  table->Cell({7, 8, 9}, OmNumber(1));
+  table->Cell({999, 8, 500}, OmNumber(1));
+  const std::string page = Page();
+  EXPECT_EQ(Count(page, "<div class=layer"), 2);
+  EXPECT_EQ(Count(page, "<tr"), 8);
+  EXPECT_NE(page.find("left out"), std::string::npos);
+}
+
+TEST_F(HtmlTest, ADeepDocumentIsShownWhole) {
+  report::TreeNode node = Root();
+  for (int i = 0; i < 10000; ++i) {
+    node = report::Place(node, std::make_unique<OmHeading>(OmStringCell("heading")));
+  }
+  Root().Child(nullptr);
+  const std::string page = Page();
+  EXPECT_EQ(Count(page, ">heading</h"), 10000);
+  EXPECT_EQ(Count(page, "<section>"), Count(page, "</section>"));
+  EXPECT_EQ(Count(page, "<ul>"), Count(page, "</ul>"));
+  EXPECT_EQ(Count(page, "<li>"), Count(page, "</li>"));
+}
+
+TEST_F(HtmlTest, PayloadsAreShownAsWhatTheyAre) {
+  auto* chart = new OmChart(OmStringCell("c"), "", 1);
+  report::Place(Root(), std::unique_ptr<OmOutputPart>(chart));
+  const std::string bytes("\x89PNG\r\n\x1a\n\0", 9);
+  chart->SetImageStream(bytes.data(), 9);
+  chart->SetBinaryDataStream("\xFF\xFE", 2);
+  chart->addCSVFileContent("a<b", 3);
+  const std::string name = "tree";
+  auto* tree = new OmDendrix(OmStringCell("t"), name);
+  report::Place(Root(), std::unique_ptr<OmOutputPart>(tree));
+  const std::string large(2000000, 'x');
+  tree->SetUncompressedXML(large.data(), 2000000);
+  const std::string page = Page();
+  EXPECT_NE(page.find("src=\"data:image/png;base64,iVBORw0KGgoA\""), std::string::npos);
+  EXPECT_NE(page.find("Data stream</span> <span class=size>2 bytes</span></p>"), std::string::npos);
+  EXPECT_NE(page.find("<pre tabindex=0>a&lt;b</pre>"), std::string::npos);
+  EXPECT_NE(page.find("<span class=size>2.0 MB</span></p>"), std::string::npos);
+  EXPECT_LT(page.size(), 100000U);
+}
+
+TEST(HtmlText, EncodesToTheLetter) {
+  EXPECT_EQ(report::Escape(std::string("a<b>&\"'\x01\r\n\t\0é", 14)),
+            "a&lt;b&gt;&amp;&quot;&#39;\xEF\xBF\xBD\n\t\xEF\xBF\xBDé");
+  EXPECT_EQ(report::JsonString("\"\\\n</script>é"), R"("\"\\\u000a\u003c/script\u003eé")");
+  const char* const pairs[][2] = {{"", ""},        {"f", "Zg=="},        {"fo", "Zm8="},
+                                  {"foo", "Zm9v"}, {"foob", "Zm9vYg=="}, {"\xFF\xFE\xFD", "//79"}};
+  for (const auto& [plain, encoded] : pairs) {
+    EXPECT_EQ(report::Base64(plain), encoded);
+  }
+  EXPECT_EQ(report::ByteCount(1), "1 byte");
+  EXPECT_EQ(report::ByteCount(999), "999 bytes");
+  EXPECT_EQ(report::ByteCount(1000), "1.0 KB");
+}
+
+}  // namespace
