@@ -5,6 +5,7 @@
 #define TESTS_SUPPORT_LAYOUTMODEL_H
 
 #include <algorithm>
+#include <numeric>
 #include <set>
 #include <vector>
 
@@ -44,6 +45,12 @@ class LayoutModel {
       count *= static_cast<Place>(table.Size(d));
     }
     return count;
+  }
+
+  std::vector<Place> AllPlaces(const Dims& dims) const {
+    std::vector<Place> places(Count(dims));
+    std::iota(places.begin(), places.end(), Place{0});
+    return places;
   }
 
   // The leaves of a place, null where none stands.
