@@ -445,7 +445,8 @@ TEST_F(PivotTable, TrackersReachEveryTextButTheStatedOnes) {
 
   OmDimension* const after = fill("after");
   OmComposite composite;
-  composite.Tree().Child(composite.Tree().Root(), *std::make_unique<OmCellText*>(text.Clone()));
+  OmCellText* const part = text.Clone();
+  composite.Tree().Child(composite.Tree().Root(), part);
   table.Cell({0, 0}, composite);
   table.Cell({1, 0}, OmNumber(1));
   table.setBackendSettings(settings);
@@ -556,7 +557,6 @@ TEST(TableMemory, IsChargedToTheTablesRegion) {
     const unsigned long withComposite = heap->BytesInUse();
     table.Cell({1}, composite);
     EXPECT_EQ(heap->BytesInUse(), withComposite);
-    used += 0;
     EXPECT_GE(region->BytesInUse(), used + 20000);
     used = region->BytesInUse();
     {

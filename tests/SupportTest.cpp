@@ -35,7 +35,9 @@ TEST(Converter, ConvertsOrFails) {
       // Not in the code page.
       {"ISO-8859-1", "1 \xe2\x82\xac", true, ""},
       {"ASCII//TRANSLIT", "\xe2\x82\xac", true, ""},
-      {"ASCII//IGNORE", "\xe2\x82\xac", true, ""},
+      {"UCS-2LE//TRANSLIT", "\xf0\x9f\x98\x80" + std::string(1000, 'a'), true, ""},
+      {"UTF-16LE//IGNORE", "\xff" + std::string(1000, 'a'), true, ""},
+      {"/", "a", true, ""},
       // No UTF-8: a cut sequence, a stray byte, an overlong form, half a surrogate pair.
       {"CP1252", "a\xe2\x82", true, ""},
       {"CP1252", "\x80", true, ""},

@@ -30,12 +30,13 @@ class PuppetVector {
   // Returns the value at `i`, after appending the default until there is one.
   T& operator[](unsigned long i) {
     if (i >= values.size()) {
-      values.resize(i + 1, value);
+      values.insert(values.end(), i - values.size() + 1, value);
     }
     return values[i];
   }
 
   void push_back(T v) { values.push_back(v); }
+  // Puts a value in front of a position. Returns its place.
   iterator insert(const_iterator position, T v) { return values.insert(position, v); }
   // Removes one value. Returns the position of the one after it.
   iterator erase(const_iterator position) { return values.erase(position); }

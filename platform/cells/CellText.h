@@ -52,7 +52,8 @@ class OM_PLATFORM_API OmCellText {
 
   // Orders two texts: negative, zero or positive. A total order over all kinds, stated above.
   [[nodiscard]] virtual short Compare(const OmCellText& other) const;
-  // Identifies the kind of a text; only equality of two kinds has a meaning.
+  // Identifies the kind of a text. The kinds here are numbered in the order in which the visitor
+  // lists them; of any others only equality has a meaning.
   [[nodiscard]] virtual unsigned long Kind() const noexcept = 0;
   // Returns the text in UTF-8, a number by its display format.
   [[nodiscard]] virtual std::string Text() const = 0;

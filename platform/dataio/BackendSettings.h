@@ -28,10 +28,12 @@ class OM_PLATFORM_API BackendSettings {
   void setLocale(const std::string& name);
 
  private:
+  // First, because assignment goes in this order and only this member can fail: nothing changes
+  // then.
+  std::string locale;
   long long maxCells = std::numeric_limits<long long>::max();
   bool fastTables = false;
   bool unicode = true;
-  std::string locale;
 };
 
 #endif

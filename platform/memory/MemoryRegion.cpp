@@ -242,7 +242,9 @@ void OmMemoryRegion::WorkingRelease(bool working_) noexcept {
 void OmMemoryRegion::Limit(unsigned long bytes) noexcept {
   const Guard guard(lock);
   limit = bytes;
-  plain = lock == nullptr && limit == ~0UL;
+  if (lock == nullptr) {  // a shared region is never plain, which Allocate reads without the lock
+    plain = limit == ~0UL;
+  }
 }
 
 unsigned long OmMemoryRegion::BytesInUse() const noexcept {
@@ -370,8 +372,9 @@ void* OmMemoryRegion::TakeLarge(unsigned long bytes) {
 
 inline void OmMemoryRegion::Return(void* block, unsigned long tag) noexcept {
   OM_HARDEN((tag & kReleased) == 0, "OmMemoryRegion::Release");
-  --liveBlocks;
   const unsigned int sizeClass = ClassIn(tag);
+  OM_HARDEN(sizeClass < kAllClasses || sizeClass == kLargeClass, "OmMemoryRegion::Release");
+  --liveBlocks;
   if (sizeClass == kLargeClass) {
     ReturnLarge(block);
     return;

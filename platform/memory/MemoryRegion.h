@@ -43,7 +43,7 @@ class OM_PLATFORM_API OmMemoryRegion {
 
   // With false, tells the region that it is on its way out: from then on releasing a block does no
   // more than it must, and blocks that are released are no longer used again. With true, the region
-  // works as usual again.
+  // works as usual again; what was released in between stays held until the region is destroyed.
   void WorkingRelease(bool working) noexcept;
 
   // Makes Allocate fail where it would bring BytesInUse() above `bytes`. A new region has no limit,

@@ -3,6 +3,7 @@
 #include <iconv.h>
 
 #include <cerrno>
+#include <cstring>
 #include <new>
 
 struct QualtexMBConverter {
@@ -12,32 +13,39 @@ struct QualtexMBConverter {
 namespace {
 
 const iconv_t kUnknown = reinterpret_cast<iconv_t>(-1);
-constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
 
-// Converts `bytes` bytes at `in` and appends them to `out`. A null `in` appends what brings the
-// code page back to its initial state. Returns false where a character was lost.
-bool Append(iconv_t descriptor, char* in, std::size_t bytes, std::string& out) {
-  std::size_t used = out.size();
-  for (;;) {
-    out.resize(used + bytes + 16);
-    char* to = out.data() + used;
-    std::size_t room = out.size() - used;
-    const std::size_t replaced =
-        iconv(descriptor, in != nullptr ? &in : nullptr, &bytes, &to, &room);
-    const bool full = replaced == kFailed && errno == E2BIG;
-    used = out.size() - room;
-    if (!full) {
-      out.resize(used);
-      return replaced == 0;
-    }
+// Letters and digits with the punctuation of registered names. Empty names, which mean the
+// process's own encoding, and suffixes that ask for losses are not among them.
+bool IsCodePageName(const char* name) {
+  const auto isLetterOrDigit = [](char c) {
+    return ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z') || ('0' <= c && c <= '9');
+  };
+  if (name == nullptr || !isLetterOrDigit(*name)) {
+    return false;
   }
+  while (isLetterOrDigit(*name) || (*name != '\0' && std::strchr("_-.:()+", *name) != nullptr)) {
+    ++name;
+  }
+  return *name == '\0';
+}
+
+// Converts `text` into `room` bytes at `to`, with what brings the code page back to its initial
+// state. Returns false where a character was lost, and where the room is too small, which errno
+// tells.
+bool ConvertInto(iconv_t descriptor, const std::string& text, char*& to, std::size_t room) {
+  // A conversion that ended half-way left the descriptor in the middle of a character.
+  iconv(descriptor, nullptr, nullptr, nullptr, nullptr);
+  auto* from = const_cast<char*>(text.data());
+  std::size_t bytes = text.size();
+  errno = 0;
+  return iconv(descriptor, &from, &bytes, &to, &room) == 0 &&
+         iconv(descriptor, nullptr, nullptr, &to, &room) == 0;
 }
 
 }  // namespace
 
 QualtexMBConverter* QualtexMBConverterNew_A(const char* codePage) noexcept {
-  // The empty name would be the process's own encoding, which is nobody's choice here.
-  if (codePage == nullptr || *codePage == '\0') {
+  if (!IsCodePageName(codePage)) {
     return nullptr;
   }
   const iconv_t descriptor = iconv_open(codePage, "UTF-8");
@@ -57,13 +65,18 @@ int QualtexMBU8ToGeneric(QualtexMBConverter* converter, std::string& out,
     return 1;
   }
   try {
-    // A conversion that failed may have left the descriptor in the middle of a character.
-    iconv(converter->descriptor, nullptr, nullptr, nullptr, nullptr);
-    std::string converted;
-    if (!Append(converter->descriptor, const_cast<char*>(text.data()), text.size(), converted) ||
-        !Append(converter->descriptor, nullptr, 0, converted)) {
-      return 1;
+    // All at once, from the start again where the room was too small: only a whole conversion tells
+    // whether anything was lost.
+    std::string converted(text.size() + 16, '\0');
+    char* to = converted.data();
+    while (!ConvertInto(converter->descriptor, text, to, converted.size())) {
+      if (errno != E2BIG) {
+        return 1;
+      }
+      converted.resize(2 * converted.size());
+      to = converted.data();
     }
+    converted.resize(static_cast<std::size_t>(to - converted.data()));
     out.swap(converted);
     return 0;
   } catch (...) {

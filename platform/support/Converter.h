@@ -14,7 +14,8 @@ struct QualtexMBConverter;
 
 extern "C" {
 
-// Returns a converter into `codePage`, or null where that is unknown.
+// Returns a converter into `codePage`, or null where that is unknown. A name takes no suffix: there
+// is no asking for substitutes.
 OM_PLATFORM_API QualtexMBConverter* QualtexMBConverterNew_A(const char* codePage) noexcept;
 
 // Replaces `out` by `text` in the converter's code page and returns 0. Returns another value, and

@@ -22,7 +22,7 @@
 // along.
 class OM_API OmPivotTable::Iterator {
  public:
-  struct Data;
+  struct OM_PRIVATE Data;
 
   // An iterator at the end.
   Iterator();

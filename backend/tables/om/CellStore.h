@@ -35,8 +35,8 @@ OM_API unsigned long FindNonZero(const OmPointerVector& v, unsigned long start);
 OM_API void freeCellArray(OmPointerVector* v, int depth);
 
 // The operations of a table on its store. `root` is the table's root vector, null until the first
-// cell is set; `subscripts` has one element per dimension, at least one, none of them negative.
-class OmCellStore {
+// cell is set; `subscripts` has one element per dimension, none of them negative.
+class OM_API OmCellStore {
  public:
   // Returns the slot at `subscripts`, which holds an OmCellText* or null, after making the path to
   // it in `region`. Where that fails, what was made stays in the tree, which remains whole.

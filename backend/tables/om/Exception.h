@@ -22,8 +22,8 @@ class OM_API OMSException : public std::exception {
   OMSException& operator=(const OMSException& other) = delete;
   ~OMSException() override;
 
-  // Returns "<message>, value 1 == <V1>, value 2 == <V2>", the values as a default output string
-  // stream writes them (six significant digits). The text lives as long as the exception.
+  // Returns "<message>, value 1 == <V1>, value 2 == <V2>", the values in general notation with
+  // six significant digits. The text lives as long as the exception.
   const char* what() const noexcept override;
 
  private:

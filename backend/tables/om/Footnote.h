@@ -37,7 +37,8 @@ class OM_API OmFootnote {
   // A negative count has a meaning to callers and is kept as it stands.
   [[nodiscard]] int UseCount() const noexcept { return useCount; }
   void UseCount(int count) noexcept { useCount = count; }
-  void AddUse() noexcept { ++useCount; }
+  // Wraps like the 32-bit integer that it is.
+  void AddUse() noexcept { useCount = static_cast<int>(static_cast<unsigned int>(useCount) + 1U); }
 
   // Compares the texts alone; neither may be null.
   [[nodiscard]] bool operator==(const OmFootnote& other) const;

@@ -54,6 +54,7 @@ class ListTree {
   void Prune(const Node& n);
 
  protected:
+  // Returns the place that a node stands on.
   [[nodiscard]] static iterator Place(const Node& n) { return n.iter; }
 
  private:

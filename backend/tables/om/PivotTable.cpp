@@ -1,4 +1,4 @@
-// The pivot table object: its life, its titles, its cells and its properties.
+// The pivot table object: its life, its titles, its cells, its area formats and its properties.
 
 #include "backend/tables/om/PivotTable.h"
 

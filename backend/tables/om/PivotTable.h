@@ -5,9 +5,9 @@
 // index of each dimension to the rows, columns or layers, set cells, add footnotes, call
 // EndTable(). The display headings then read it and never change it.
 //
-// Every text, category, cell and footnote is copied into a memory region that the table owns, so
-// the table's memory is charged to the table and gone with it. Setting and finding a cell costs one
-// pointer step per dimension.
+// Every text, category, cell and footnote but the item's title is copied into a memory region that
+// the table owns, so the table's memory is charged to the table and gone with it. Setting and
+// finding a cell costs one pointer step per dimension.
 
 #ifndef BACKEND_TABLES_OM_PIVOTTABLE_H
 #define BACKEND_TABLES_OM_PIVOTTABLE_H
@@ -37,11 +37,11 @@ class icuTracker;
 // A text that is handed in is copied; callers keep what they pass. A text of the table itself must
 // not be handed back to the setter that replaces it: the old text is deleted before the new one is
 // copied. Where that copy fails, the text is null afterwards. Integer properties are -1 until they
-// are set.
+// are set, but the language and the two modes, which are 0.
 class OM_API OmPivotTable : public OmOutputPart {
  public:
-  struct Data;
-  class ICUHelper;
+  struct OM_PRIVATE Data;
+  class OM_PRIVATE ICUHelper;
   class Iterator;
   class ConstIterator;
   // A vector of one level of the cell store (CellStore.h).
@@ -49,6 +49,7 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
   OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
+  // Lets nothing out, so that tables can be members and stand in test fixtures.
   ~OmPivotTable() noexcept override;
 
   void Accept(Visitor& visitor) override;
@@ -110,12 +111,17 @@ class OM_API OmPivotTable : public OmOutputPart {
   // --- Cells ------------------------------------------------------------------------------------
 
   // Stores a copy of `cell`, or null, at one subscript per dimension; the metadata of a cell that
-  // is replaced goes over to the new one. Returns false where the table has reached the number of
-  // cells that its settings allow: the cell is not stored and the table is scratched. Throws
-  // OMSException on a wrong number of subscripts or a negative one.
+  // is replaced goes over to the new one. Returns false where getNumCells() was above the limit of
+  // the settings before the call: the cell is not stored and the table is scratched. Throws
+  // OMSException on a wrong number of subscripts or a negative one, and in a table without
+  // dimensions.
+  //
+  // Where a copy fails, null is stored; where only the metadata finds no room, the new cell is
+  // stored without it. A null that was stored first hides the cells behind it from the iterators.
   bool Cell(const std::vector<int>& subscripts, const OmCellText* cell);
   bool Cell(const std::vector<int>& subscripts, const OmCellText& cell);
-  // Returns the cell, which the table owns, or null. Throws like the setter.
+  // Returns the cell, which the table owns, or null. Throws OMSException on a wrong number of
+  // subscripts or a negative one.
   [[nodiscard]] OmCellText* Cell(const std::vector<int>& subscripts);
   [[nodiscard]] const OmCellText* Cell(const std::vector<int>& subscripts) const;
   // Deletes a cell, and the vectors of the store that it leaves empty. Only for subscripts at which

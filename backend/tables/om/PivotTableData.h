@@ -4,6 +4,7 @@
 #define BACKEND_TABLES_OM_PIVOTTABLEDATA_H
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,8 +39,8 @@ class OmPivotTable::ICUHelper : public OmCellText::Visitor {
   icuTracker* tracker = nullptr;  // not owned
 };
 
-// Ties every cell below `n` to the tracker of n's cell.
-void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n);
+// Ties every cell below `n` to the tracker of n's cell, or to `inherited` where `n` holds no cell.
+void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherited = nullptr);
 // Ties every label below `n` to `t`.
 void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t);
 
@@ -51,14 +52,13 @@ struct OmPivotTable::Data {
   Data& operator=(const Data&) = delete;
   ~Data();
 
-  // Has to come before the new dimension is in the list, or right after: the cells' move to
-  // subscript 0 of one more dimension.
+  // Moves every cell to subscript 0 of one more dimension. Goes with each dimension that is added.
   void AddCellDimension();
   [[nodiscard]] std::vector<int> SizeVector() const;
   // Holds the axes against the number of dimensions.
   void ReindexAxis();
-  // Appends a dimension, which the table then owns.
-  OmDimension* Adopt(OmDimension* dimension);
+  // Appends a dimension with all that belongs to it, or leaves the table as it was.
+  OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
   OmMemoryRegion region{false};
   OmCellText* templateName = nullptr;

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "backend/tables/om/Assert.h"
 #include "backend/tables/om/CellTextOrder.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Exception.h"
@@ -59,10 +60,16 @@ void OmPivotTable::Data::AddCellDimension() {
   root = OmCellStore::Raise(root, &region);
 }
 
-OmDimension* OmPivotTable::Data::Adopt(OmDimension* dimension) {
-  std::unique_ptr<OmDimension> held(dimension);
-  _dimensions.push_back(dimension);
-  return held.release();
+OmDimension* OmPivotTable::Data::Add(std::unique_ptr<OmDimension> dimension) {
+  OM_HARDEN(dimension->Name() != nullptr, "OmPivotTable::AddDimension");
+  RaisedStore raised(*this);
+  if (helper.Tracker() != nullptr) {
+    dimension->Name()->Accept(helper);
+  }
+  _dimensions.push_back(dimension.get());
+  raised.Commit();
+  dimension->Root()->Subscript(_dimensions.size() - 1);
+  return dimension.release();
 }
 
 std::vector<int> OmPivotTable::Data::SizeVector() const {
@@ -90,22 +97,12 @@ void OmPivotTable::Data::ReindexAxis() {
 }
 
 OmDimension* OmPivotTable::AddDimension(const OmCellText& name) {
-  RaisedStore raised(*_my);
   const OmDimensionNode root(name, kNoSubscript, true, nullptr);
-  OmDimension* const dimension = _my->Adopt(new OmDimension(root, &_my->region));
-  raised.Commit();
-  dimension->Root()->Subscript(_my->_dimensions.size() - 1);
-  setHelper(*dimension->Name());
-  return dimension;
+  return _my->Add(std::make_unique<OmDimension>(root, &_my->region));
 }
 
 OmDimension* OmPivotTable::AddDimension(const OmDimension& other) {
-  RaisedStore raised(*_my);
-  OmDimension* const dimension = _my->Adopt(new OmDimension(other, &_my->region));
-  raised.Commit();
-  dimension->Root()->Subscript(_my->_dimensions.size() - 1);
-  setHelper(*dimension->Name());
-  return dimension;
+  return _my->Add(std::make_unique<OmDimension>(other, &_my->region));
 }
 
 void OmPivotTable::CopyDimensions(const OmPivotTable& other) {
@@ -116,7 +113,9 @@ void OmPivotTable::CopyDimensions(const OmPivotTable& other) {
   }
   try {
     for (const OmDimension* const dimension : other._my->_dimensions) {
-      _my->Adopt(new OmDimension(*dimension, &_my->region));
+      auto copy = std::make_unique<OmDimension>(*dimension, &_my->region);
+      dimensions.push_back(copy.get());
+      copy.release();
       _my->AddCellDimension();
     }
   } catch (...) {
@@ -132,6 +131,7 @@ void OmPivotTable::CopyDimensions(const OmPivotTable& other) {
 int OmPivotTable::FindDimension(const OmCellText& name) const {
   int which = 0;
   for (OmDimension* const dimension : _my->_dimensions) {
+    OM_HARDEN(dimension->Name() != nullptr, "OmPivotTable::FindDimension");
     if (*dimension->Name() == name) {
       return which;
     }

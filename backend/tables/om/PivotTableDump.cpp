@@ -1,7 +1,9 @@
 // The diagnostic dump of a pivot table on the standard output.
 
 #include <iostream>
+#include <string>
 
+#include "backend/tables/om/Assert.h"
 #include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTable.h"
@@ -36,7 +38,7 @@ void OmPivotTable::Print() const {
 void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned long index) const {
   // The same index stands at every step of the indentation, on purpose.
   for (unsigned long step = 0; step < depth; ++step) {
-    std::cout << "    [" << index << "] ";
+    std::cout << "    [" << std::to_string(index) << "] ";
   }
   if (depth >= _my->_dimensions.size()) {
     // Below the last level of vectors stand the cells.
@@ -49,6 +51,7 @@ void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned lo
     std::cout << std::endl;
     return;
   }
+  OM_HARDEN(v != nullptr, "OmPivotTable::PrintCells");
   std::cout << static_cast<void*>(v) << std::endl;
   for (unsigned long i = 0; i < v->size(); ++i) {
     PrintCells(static_cast<PointerVector*>((*v)[i]), depth + 1, i);

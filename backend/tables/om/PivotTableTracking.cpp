@@ -1,27 +1,11 @@
 // The text-encoding trackers of a pivot table.
 
-#include <memory>
-
+#include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTable.h"
 #include "backend/tables/om/PivotTableData.h"
 #include "platform/cells/CellTexts.h"
 #include "platform/support/IcuTracker.h"
-
-namespace {
-
-// Ties every cell below `n` to `tracker`, places without a cell passed over.
-void Spread(OmVectorTree<OmCellText*>::Node& n, icuTracker* tracker) {
-  const OmVectorTree<OmCellText*>::Node end = n.End();
-  for (OmVectorTree<OmCellText*>::Node child = n.Begin(); child != end; ++child) {
-    if (*child != nullptr) {
-      (*child)->setICUTracker(tracker);
-    }
-    Spread(child, tracker);
-  }
-}
-
-}  // namespace
 
 void OmPivotTable::ICUHelper::Visit(OmNumber&) {}
 
@@ -51,11 +35,18 @@ void OmPivotTable::ICUHelper::Visit(OmComposite& cell) {
   if (*root != nullptr) {
     (*root)->setICUTracker(cell.getICUTracker());
   }
-  Spread(root, cell.getICUTracker());
+  propagateICUTracker(root, cell.getICUTracker());
 }
 
-void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n) {
-  Spread(n, *n != nullptr ? (*n)->getICUTracker() : nullptr);
+void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherited) {
+  icuTracker* const t = *n != nullptr ? (*n)->getICUTracker() : inherited;
+  const OmVectorTree<OmCellText*>::Node end = n.End();
+  for (OmVectorTree<OmCellText*>::Node child = n.Begin(); child != end; ++child) {
+    if (*child != nullptr) {
+      (*child)->setICUTracker(t);
+    }
+    propagateICUTracker(child, t);
+  }
 }
 
 void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t) {
@@ -84,6 +75,7 @@ void OmPivotTable::setBackendSettings(const BackendSettings& settings) {
       my.tableTitle->Accept(my.helper);
     }
     for (OmDimension* const dimension : my._dimensions) {
+      OM_HARDEN(dimension->Name() != nullptr, "OmPivotTable::setBackendSettings");
       dimension->Name()->setICUTracker(my.icu);
       propagateICUTracker(dimension->Root(), my.icu);
     }

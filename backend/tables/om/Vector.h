@@ -52,6 +52,7 @@ class OmVectorBase {
   ~OmVectorBase();
 
  protected:
+  // Returns a block with room for `n` elements.
   static T* AllocateBlock(OmMemoryRegion* region, unsigned long n);
 
   OmMemoryRegion* region;
@@ -264,6 +265,7 @@ void OmVector<T>::MoveTo(T* block, unsigned long n) noexcept {
 
 template <typename T>
 unsigned long OmVector<T>::NextSize(unsigned long n) {
+  OM_HARDEN(n < ~(~0UL >> 1), "OmVector::NextSize");
   unsigned long next = 4;
   while (next <= n) {
     next *= 2;
@@ -327,7 +329,7 @@ T* OmVector<T>::insert(T* position, const T& value) {
 
 template <typename T>
 void OmVector<T>::erase(T* position) {
-  OM_HARDEN(this->first != this->last, "OmVector::erase");
+  OM_HARDEN(this->first != this->last && this->first <= position, "OmVector::erase");
   if (position < this->last) {
     position->~T();
     const auto tail = static_cast<unsigned long>(this->last - (position + 1)) * sizeof(T);
