@@ -12,6 +12,10 @@ function(om_target target)
   if(OM_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
+  if(OM_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # What sanitizers add to the code makes g++ see uninitialised values that are none.
+    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+  endif()
   if(OM_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${OM_SANITIZE} -fno-sanitize-recover=all
                                              -fno-omit-frame-pointer)

@@ -83,6 +83,64 @@ TEST_F(PivotTable, StartsWithItsDefaults) {
   EXPECT_EQ(table.getMiscProperties(), "a,b");
 }
 
+// Every pair of a setter and a getter, with values that no other pair has.
+TEST_F(PivotTable, KeepsEveryPropertyApart) {
+  using Table = OmPivotTable;
+  const struct {
+    void (Table::*set)(int) noexcept;
+    int (Table::*get)() const noexcept;
+  } numbers[] = {{&Table::OptionNumber, &Table::OptionNumber},
+                 {&Table::MinColumnWidth, &Table::MinColumnWidth},
+                 {&Table::MaxColumnWidth, &Table::MaxColumnWidth},
+                 {&Table::MinRowWidth, &Table::MinRowWidth},
+                 {&Table::MaxRowWidth, &Table::MaxRowWidth},
+                 {&Table::setLayerLoc, &Table::getLayerLoc},
+                 {&Table::setLang, &Table::getLang},
+                 {&Table::setVariableMode, &Table::getVariableMode},
+                 {&Table::setValueMode, &Table::getValueMode},
+                 {&Table::setStartColor, &Table::getStartColor},
+                 {&Table::setEndColor, &Table::getEndColor}};
+  int value = 100;
+  for (const auto& number : numbers) {
+    (table.*number.set)(value++);
+  }
+  value = 100;
+  for (const auto& number : numbers) {
+    EXPECT_EQ((table.*number.get)(), value++);
+  }
+  const struct {
+    void (Table::*set)(bool) noexcept;
+    bool (Table::*get)() const noexcept;
+  } flags[] = {{&Table::Show, &Table::Show},
+               {&Table::RotateRowLabels, &Table::RotateRowLabels},
+               {&Table::RotateColumnLabels, &Table::RotateColumnLabels},
+               {&Table::showCaption, &Table::showCaption},
+               {&Table::setBackendOwns, &Table::backendOwns},
+               {&Table::setFastTable, &Table::fastTable},
+               {&Table::setLabelsOnly, &Table::getLabelsOnly},
+               {&Table::setImputed, &Table::getImputed},
+               {&Table::Scratch, &Table::IsScratched},
+               {&Table::RemovedFootnotes, &Table::HasRemovedFootnotes}};
+  for (const auto& flag : flags) {
+    for (const auto& other : flags) {
+      (table.*other.set)(&other == &flag);
+    }
+    for (const auto& other : flags) {
+      EXPECT_EQ((table.*other.get)(), &other == &flag);
+    }
+  }
+  table.TableLocale("locale");
+  table.setBorderInfo("border");
+  table.setTableLookInfo("look");
+  table.setTablePropertiesInfo("properties");
+  EXPECT_EQ(table.TableLocale() + table.getBorderInfo() + table.getTableLookInfo() +
+                table.getTablePropertiesInfo(),
+            "localeborderlookproperties");
+  table.setTableCustomWidths({1});
+  table.setTableCustomHeights({2});
+  EXPECT_EQ(table.getTableCustomWidths()[0] + 10 * table.getTableCustomHeights()[0], 21U);
+}
+
 TEST_F(PivotTable, TitlesAreCopiesAndNullAfterAFailedCopy) {
   const OmStringCell text("text");
   const BrittleText brittle(0);
@@ -164,7 +222,7 @@ TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {
       {{-1, 0}, {}, {}, false, 1},
       {{0, 0}, {1}, {}, true, 2},
       {{0, -1}, {1}, {}, true, 2},
-      {{-1, 0, -1, 1, 2}, {}, {-1}, true, 3},
+      {{-1, 0, -1, 1, 2}, {-1}, {-1}, true, 3},
   };
   for (const auto& c : cases) {
     OmPivotTable t(OmStringCell("t"), OmStringCell("t"), false);
@@ -275,6 +333,21 @@ TEST_F(PivotTable, WalkStartsAtTheEndBehindAStoredNull) {
   table.Cell({2, 2}, nullptr);
   table.Cell({1, 4}, OmStringCell("y"));
   EXPECT_EQ(Cells(table), "0,1=x 1,4=y");
+}
+
+TEST_F(PivotTable, DeletingTheOnlyCellFreesItsPathButTheRoot) {
+  OmMemoryRegion* const region = AddDimension(table, "a", 1)->Region();
+  AddDimension(table, "b", 1);
+  AddDimension(table, "c", 1);
+  table.Cell({0, 0, 1}, nullptr);
+  table.deleteCell({0, 0, 1});
+  const unsigned long blocks = region->LiveBlocks();
+  table.Cell({2, 2, 1}, OmNumber(0));
+  EXPECT_EQ(region->LiveBlocks(), blocks + 5) << "two vectors with an array each, and the cell";
+  table.deleteCell({2, 2, 1});
+  EXPECT_EQ(region->LiveBlocks(), blocks);
+  table.deleteCell({2, 2, 1});
+  EXPECT_EQ(table.Cell({2, 2, 1}), nullptr);
 }
 
 TEST_F(PivotTable, IteratorsShareACursorAndGoInAnyOrder) {
@@ -414,6 +487,8 @@ TEST_F(PivotTable, TrackersReachEveryTextButTheStatedOnes) {
   const OmStringCell text("text");
   const auto fill = [&](const char* suffix) {
     OmDimension* const dimension = AddDimension(table, std::string("d") + suffix, 1);
+    const OmDimension::Node group = dimension->AddNewChild(dimension->Root(), text, ~0UL, true);
+    dimension->AddNewChild(group, text, 1, false);
     table.CornerText(&text);
     table.Caption(&text);
     const OmStringCell note(std::string("note") + suffix);
@@ -446,19 +521,27 @@ TEST_F(PivotTable, TrackersReachEveryTextButTheStatedOnes) {
   OmDimension* const after = fill("after");
   OmComposite composite;
   OmCellText* const part = text.Clone();
-  composite.Tree().Child(composite.Tree().Root(), part);
+  OmCellText* nothing = nullptr;
+  composite.Tree().Child(composite.Tree().Child(composite.Tree().Root(), nothing), part);
   table.Cell({0, 0}, composite);
   table.Cell({1, 0}, OmNumber(1));
+  table.SetTableTitle(text);
+  OmDimension* const copied = table.AddDimension(*before);
+  settings.setFastTables(false);
   table.setBackendSettings(settings);
   EXPECT_EQ(table.getICUTracker(), tracker);
-  auto* const stored = dynamic_cast<OmComposite*>(table.Cell({0, 0}));
+  EXPECT_FALSE(table.fastTable());
+  EXPECT_EQ(table.getU8Tracker()->Locale(), "en");
+  settings.setFastTables(true);
+  auto* const stored = dynamic_cast<OmComposite*>(table.Cell({0, 0, 0}));
   ASSERT_NE(stored, nullptr);
   for (const OmCellText* reached :
        {table.CornerText(), table.Caption(), after->Name(), table.Footnotes()[1].Text(),
-        table.Cell({0, 0}), *stored->Tree().Root().Begin()}) {
+        table.Footnotes()[1].Marker(), table.TableTitle(), copied->Name(), table.Cell({0, 0, 0}),
+        *stored->Tree().Root().Begin().Begin()}) {
     EXPECT_EQ(reached->getICUTracker(), tracker);
   }
-  EXPECT_EQ(table.Cell({1, 0})->getICUTracker(), nullptr) << "numbers carry no text";
+  EXPECT_EQ(table.Cell({1, 0, 0})->getICUTracker(), nullptr) << "numbers carry no text";
 
   OmPivotTable unicode(OmStringCell("t"), OmStringCell("t"), false);
   settings.setUnicode(true);
@@ -521,6 +604,11 @@ TEST_F(PivotTable, DumpsToTheLetter) {
            << "\n    [1] " << static_cast<void*>(&cell) << " - x\n";
   testing::internal::CaptureStdout();
   table.PrintCells(&bottom, 0, 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected.str());
+  expected.str("");
+  expected << "    [3]     [3] " << static_cast<void*>(&cell) << " - x\n";
+  testing::internal::CaptureStdout();
+  table.PrintCells(static_cast<OmPointerVector*>(static_cast<void*>(&cell)), 2, 3);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), expected.str());
 }
 
@@ -586,9 +674,11 @@ TEST(TableMemory, DocumentsOnTwoThreadsDoNotDisturbEachOther) {
       }
     }
   };
+  const unsigned long blocks = OmMemoryRegion::DefaultHeap()->LiveBlocks();
   std::thread other(work);
   work();
   other.join();
+  EXPECT_EQ(OmMemoryRegion::DefaultHeap()->LiveBlocks(), blocks);
 }
 
 }  // namespace
