@@ -206,7 +206,7 @@ pre {
 @media print {
   :root { --paper: #fff; --ink: #000; --muted: #444; --line: #bbb; --rule: #000; --accent: #000; --wash: none; }
   body { display: block; font-size: 9.5pt; }
-  .outline, .skip-link, .controls, .back, .payload details { display: none; }
+  .outline, .skip-link, .controls, .back, .payload pre { display: none; }
   main { padding: 0; max-width: none; }
   .scroll { overflow: visible; background: none; }
   h2, h3, .title { break-after: avoid; }
@@ -217,7 +217,8 @@ pre {
 )CSS";
 
 const char* const kHtmlStyleWithoutScript = R"CSS(.toggle, .controls { display: none; }
-.layer[data-view="both"][hidden], .layer[data-view="whole"][hidden] { display: block !important; }
+.layer.start[hidden] { display: block !important; }
+.controls ~ .scroll .layers { position: static; width: auto; height: auto; clip-path: none; }
 .layer + .layer { margin-top: 1.2rem; }
 )CSS";
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <ostream>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "backend/tables/om/DimHeader.h"
@@ -121,8 +122,11 @@ class TableWriter {
 
 void TableWriter::AddLayer(Views& views, const std::string& key, const char* view,
                            const std::string& markup, bool initial) {
-  views.markup += "<div class=layer data-key=\"" + key + "\" data-view=" + view +
-                  (initial ? ">\n" : " hidden>\n") + markup + "</div>\n";
+  // Layers of the view that the page starts with are marked for readers without scripts.
+  const bool starts = view != std::string_view(packedFirst ? "whole" : "packed");
+  views.markup += std::string("<div class=") + (starts ? "\"layer start\"" : "layer") +
+                  " data-key=\"" + key + "\" data-view=" + view + (initial ? ">\n" : " hidden>\n") +
+                  markup + "</div>\n";
   views.any = true;
   views.shown = views.shown || initial;
 }

@@ -134,6 +134,17 @@ TEST_F(HtmlTest, SpansCoverAHeadingOnce) {
         }
       }
     }
+    // A span ends where it has to: at the last level, or above a label.
+    for (unsigned place = 0; place < spans.Places(); ++place) {
+      for (unsigned level = 0; level < spans.Levels(); ++level) {
+        const unsigned end = level + spans.At(place, level).levels;
+        bool label = end == spans.Levels() || end == level;
+        for (unsigned i = 0; !label && i < spans.At(place, level).places; ++i) {
+          label = spans.Node(place + i, end) != nullptr;
+        }
+        EXPECT_TRUE(label);
+      }
+    }
     for (const std::vector<int>& row : covered) {
       EXPECT_EQ(row, std::vector<int>(spans.Levels(), 1));
     }
@@ -235,7 +246,7 @@ TEST_F(HtmlTest, AVeryLargeTableIsShownWithoutWhatIsEmpty) {
   table->Cell({7, 8, 9}, OmNumber(1));
   table->Cell({999, 8, 500}, OmNumber(1));
   const std::string page = Page();
-  EXPECT_EQ(Count(page, "<div class=layer"), 2);
+  EXPECT_EQ(Count(page, "<div class=\"layer start\""), 2);
   EXPECT_EQ(Count(page, "<tr"), 8);
   EXPECT_NE(page.find("left out"), std::string::npos);
 }

@@ -241,6 +241,20 @@ class PageTest(unittest.TestCase):
         self.assertTrue(parse('''return [...document.images].every(
             image => image.complete && image.naturalWidth > 300)'''))
 
+    def test_without_scripts_every_layer_is_shown(self):
+        disable = 'Emulation.setScriptExecutionDisabled'
+        try:
+            for arguments, groups in (([], 16), (['--skip-empty'], 12)):
+                self.browser.execute_cdp_cmd(disable, dict(value=True))
+                self.open(PENGUINS, *arguments, '--rows', 'Species', '--columns', 'Sex',
+                          '--layers', 'Island')
+                text = self.figure('Species by Sex by Island').text
+                for island in ('Biscoe', 'Dream', 'Torgersen', 'Total'):
+                    self.assertEqual(text.count('Island: ' + island), 1)
+                self.assertEqual(text.count('Count'), groups)
+        finally:
+            self.browser.execute_cdp_cmd(disable, dict(value=False))
+
     def test_models_agree_with_the_data(self):
         self.open(PENGUINS, '--measures', 'Body mass (g),Flipper length (mm)')
         pairs = [(float(row['Flipper length (mm)']), float(row['Body mass (g)']))
