@@ -559,7 +559,9 @@ TEST_F(PivotTable, AreaFormatsAreOwnedOnePerArea) {
   table.setAreaFormat(format(3, 1));
   table.setAreaFormat(format(3, 2));
   table.setAreaFormat(format(9, 3));
-  table.setAreaFormat(format(9, 4));
+  FormatArea* const beyond = format(9, 4);
+  table.setAreaFormat(beyond);
+  table.setAreaFormat(beyond);  // no lookup finds it, so nothing deletes it
   EXPECT_EQ(table.getAreaFormat(static_cast<FormatArea::Area>(3))->getFontStyle(), 2);
   EXPECT_EQ(table.getAreaFormat(static_cast<FormatArea::Area>(9)), nullptr);
   EXPECT_EQ(table.getAreaFormat(static_cast<FormatArea::Area>(0)), nullptr);

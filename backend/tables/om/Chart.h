@@ -30,8 +30,7 @@ class OM_API OmChart : public OmOutputPart {
 
   void Accept(Visitor& v) override;
 
-  // --- The chart's XML, data and image
-  // -------------------------------------------------------------
+  // --- The chart's XML, data and image ---------------------------------------------------------
 
   virtual void SetXmlDescription(const char* data, unsigned int length);
   virtual void SetXmlUncompressedLength(unsigned int length);
@@ -59,8 +58,7 @@ class OM_API OmChart : public OmOutputPart {
   [[nodiscard]] const std::string& LocaleCodePage() const;
   [[nodiscard]] long long getChartId() const;
 
-  // --- Data files
-  // ----------------------------------------------------------------------------------
+  // --- Data files ------------------------------------------------------------------------------
 
   // A file is announced by its name, then its content arrives in one chunk or more. Names and
   // contents correspond by position. A chunk extends the last content while there are as many
@@ -79,8 +77,7 @@ class OM_API OmChart : public OmOutputPart {
   [[nodiscard]] const std::vector<std::string>& getGeoJSONFileNames() const;
   [[nodiscard]] const std::vector<std::string>& getGeoJSONContent() const;
 
-  // --- Map information
-  // -----------------------------------------------------------------------------
+  // --- Map information -------------------------------------------------------------------------
 
   void SetMapInfo(const char* data, unsigned int length);
   [[nodiscard]] bool hasMap() const;
@@ -90,8 +87,7 @@ class OM_API OmChart : public OmOutputPart {
   // behind it, are left as they were.
   void getMapInfo(std::string& s1, std::string& s2, std::string& s3, std::string& s4) const;
 
-  // --- Templates and options
-  // -----------------------------------------------------------------------
+  // --- Templates and options -------------------------------------------------------------------
 
   void setVizJSONTemplate(const char* data, unsigned int length);
   [[nodiscard]] const std::string& getVizJSONTemplate() const;

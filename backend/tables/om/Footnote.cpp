@@ -14,7 +14,7 @@ std::unique_ptr<OmCellText> CloneOrNull(const OmCellText* text, OmMemoryRegion* 
 
 // Deletes the old text before the clone exists: the owner never holds both.
 void Replace(OmCellText*& slot, const OmCellText* text, OmMemoryRegion* region) {
-  OM_HARDEN(text == nullptr || text != slot, "OmFootnote");
+  OM_HARDEN(text == nullptr || text != slot, "OmFootnote -- a text replaced by itself");
   delete std::exchange(slot, nullptr);
   slot = CloneOrNull(text, region).release();
 }

@@ -13,7 +13,7 @@
 // stay good until the process ends. It lives in the default heap, which keeps it reachable. A copy
 // of a handle stands for the same record.
 //
-// A size of 0, an empty text, and a style or alignment of -1 mean not set; that is how they start.
+// Texts start empty, the size at 0, and the style and the alignments at -1, which means not set.
 class OM_API FormatArea {
  public:
   // The front end that sets formats defines what each area stands for. Every value may be stored; a

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "backend/tables/om/Assert.h"
+#include "backend/tables/om/Format.h"  // every source of plain items has its copy of the default
 #include "platform/cells/CellText.h"
 
 OmOutputPart::OmOutputPart(const OmCellText& title_) : title(title_.Clone()) {}

@@ -229,8 +229,8 @@ void OmPivotTable::setAreaFormat(FormatArea* format) {
   const FormatArea::Area area = format->getArea();
   FormatArea* const old = getAreaFormat(area);
   FormatArea*& entry = _my->areaFormats[area];
-  OM_HARDEN(format != entry, "OmPivotTable::setAreaFormat");
-  if (old == nullptr && entry != nullptr) {
+  OM_HARDEN(format != old, "OmPivotTable::setAreaFormat");
+  if (old == nullptr && entry != nullptr && entry != format) {
     _my->displacedFormats.push_back(entry);
   }
   entry = format;

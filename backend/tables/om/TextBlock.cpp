@@ -1,5 +1,6 @@
 #include "backend/tables/om/TextBlock.h"
 
+#include "backend/tables/om/Format.h"  // every source of plain items has its copy of the default
 #include "platform/cells/StringCell.h"
 
 // Goes through the virtual call, so that a visitor of text blocks receives page titles too.
