@@ -1,5 +1,6 @@
 #include "backend/tables/om/CellIterator.h"
 
+#include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTableData.h"
 
@@ -13,9 +14,10 @@ struct OmPivotTable::Iterator::Data {
   };
 
   Data() = default;
-  explicit Data(const OmPivotTable::Data& table);
+  explicit Data(const OmPivotTable::Data& table_);
   // Copies the place of the walk. Nobody holds the copy yet.
-  Data(const Data& other) : levels(other.levels), cell(other.cell) {}
+  Data(const Data& other)
+      : levels(other.levels), cell(other.cell), table(other.table), changes(other.changes) {}
   Data& operator=(const Data&) = delete;
 
   // Moves `level` to its next element and returns that, or null at the end of the walk.
@@ -28,15 +30,17 @@ struct OmPivotTable::Iterator::Data {
 
   std::vector<Level> levels;
   OmCellText* cell = nullptr;
+  const OmPivotTable::Data* table = nullptr;
+  unsigned long changes = 0;  // of the table's cells when the walk started
   unsigned long holders = 0;  // iterators that share this cursor
 };
 
-OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table)
-    : levels(table._dimensions.size()) {
-  void* element = levels.empty() ? nullptr : table.root;
+OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
+    : levels(table_._dimensions.size()), table(&table_), changes(table_.changes) {
+  void* element = levels.empty() ? nullptr : table_.root;
   for (unsigned long k = levels.size(); k-- > 0 && element != nullptr;) {
     Level& level = levels[k];
-    level.size = static_cast<int>(table._dimensions[k]->NumCategories());
+    level.size = static_cast<int>(table_._dimensions[k]->NumCategories());
     level.vector = static_cast<PointerVector*>(element);
     // No way back where this finds only nulls: the walk is then over at its start, on purpose.
     const unsigned long index = FindNonZero(*level.vector, 0);
@@ -69,6 +73,7 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
 
 void OmPivotTable::Iterator::Data::Advance() {
   if (cell != nullptr) {
+    OM_HARDEN(table->changes == changes, "OmPivotTable::Iterator::operator++");
     cell = static_cast<OmCellText*>(Increment(0));
   }
 }
@@ -83,21 +88,21 @@ std::vector<int> OmPivotTable::Iterator::Data::Index() const {
 }
 
 OmPivotTable::Iterator::Data* OmPivotTable::Iterator::Data::Hold(Data* cursor) noexcept {
-  if (cursor != nullptr) {
-    ++cursor->holders;
-  }
+  ++cursor->holders;
   return cursor;
 }
 
 void OmPivotTable::Iterator::Data::LetGo(Data* cursor) noexcept {
-  if (cursor != nullptr && --cursor->holders == 0) {
+  if (--cursor->holders == 0) {
     delete cursor;
   }
 }
 
 OmPivotTable::Iterator::Iterator() : Iterator(new Data) {}
 
-OmPivotTable::Iterator::Iterator(Data* cursor_) noexcept : cursor(Data::Hold(cursor_)) {}
+OmPivotTable::Iterator::Iterator(Data* cursor_) noexcept : cursor(Data::Hold(cursor_)) {
+  OM_HARDEN(cursor_ != nullptr, "OmPivotTable::Iterator::Iterator");
+}
 
 OmPivotTable::Iterator::Iterator(const Iterator& other) : Iterator(new Data(*other.cursor)) {}
 
@@ -130,7 +135,9 @@ OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
 OmPivotTable::ConstIterator::ConstIterator() : ConstIterator(new Iterator::Data) {}
 
 OmPivotTable::ConstIterator::ConstIterator(Iterator::Data* cursor_) noexcept
-    : cursor(Iterator::Data::Hold(cursor_)) {}
+    : cursor(Iterator::Data::Hold(cursor_)) {
+  OM_HARDEN(cursor_ != nullptr, "OmPivotTable::ConstIterator::ConstIterator");
+}
 
 OmPivotTable::ConstIterator::ConstIterator(const ConstIterator& other)
     : ConstIterator(new Iterator::Data(*other.cursor)) {}

@@ -7,8 +7,8 @@
 // later change of the type does not bring the old width back.
 class Qualtex_Format {
  public:
-  // The values follow the product's format catalogue, which this library does not hold. The two string
-  // types are all that it has to tell apart; every value of a byte may be stored.
+  // The values follow the product's format catalogue, which this library does not hold. The two
+  // string types are all that it has to tell apart; every value of a byte may be stored.
   enum FormatType : unsigned char { kString = 1, kStringHex = 2, kFixed = 5 };
 
   // Keeps the low 16 bits of `width` and the low 8 bits of `decimals`.

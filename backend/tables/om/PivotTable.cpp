@@ -170,6 +170,7 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
   }
   CheckSubscripts(subscripts, _my->_dimensions.size());
 
+  ++_my->changes;
   void*& slot = OmCellStore::Slot(_my->root, subscripts, &_my->region);
   auto* const old = static_cast<OmCellText*>(slot);
   OM_HARDEN(cell == nullptr || cell != old, "OmPivotTable::Cell");
@@ -212,6 +213,7 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
   }
 #endif
   if (subscripts.size() == _my->_dimensions.size()) {
+    ++_my->changes;
     OmCellStore::Delete(_my->root, subscripts);
   }
 }

@@ -116,6 +116,8 @@ struct OmPivotTable::Data {
   // Formats of areas above 8 that a later one took the place of: no lookup finds such a format, so
   // none deletes it before the table goes.
   std::vector<FormatArea*> displacedFormats;
+  // Changes of the cells. Walks hold it against the number at their start, where hardening is on.
+  unsigned long changes = 0;
 };
 
 #endif
