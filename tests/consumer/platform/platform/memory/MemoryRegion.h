@@ -3,6 +3,7 @@
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
 
+// [region]
 class OmMemoryRegion {
  public:
   explicit OmMemoryRegion(bool shared);
@@ -24,5 +25,6 @@ class OmMemoryRegion {
  private:
   Link blocks{&blocks, &blocks};
 };
+// [region]
 
 #endif

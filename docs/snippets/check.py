@@ -1,0 +1,88 @@
+#!/usr/bin/env python3
+"""Holds the guides against the programs that they quote.
+
+usage: check.py [--update] PROGRAMS        PROGRAMS is the folder with the built snippets
+
+A guide quotes source between two lines `// [name]` (`# [name]` in CMake files), and output as a whole:
+
+    <!-- snippet: table.cpp#cells -->
+    <!-- output: table -->
+
+each followed by a fenced block. Paths start at docs/snippets. Every fenced block of C++ has to be such a
+quotation. With --update the blocks are written instead of compared.
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+import textwrap
+
+HERE = pathlib.Path(__file__).resolve().parent
+MARKER = re.compile(r'<!-- (snippet|output): (\S+?)(?:#(\S+))? -->\n```(\w*)\n(.*?)```\n', re.S)
+
+
+def snippet(path, name):
+    lines = (HERE / path).read_text().splitlines()
+    if name is None:
+        return '\n'.join(lines) + '\n'
+    marks = [i for i, line in enumerate(lines) if re.fullmatch(rf'\s*(//|#) \[{name}\]', line)]
+    if len(marks) != 2:
+        raise SystemExit(f'{path}: {len(marks)} marks "[{name}]", not 2')
+    return textwrap.dedent('\n'.join(lines[marks[0] + 1:marks[1]])) + '\n'
+
+
+def output(programs, name):
+    done = subprocess.run([programs / name], capture_output=True, text=True, timeout=60)
+    if done.returncode != 0:
+        raise SystemExit(f'{name} ends with {done.returncode}: {done.stderr}')
+    return done.stdout
+
+
+def main():
+    update = '--update' in sys.argv
+    programs = pathlib.Path(sys.argv[-1]).resolve()
+    outputs = {}
+    quoted, wrong = set(), 0
+    for guide in sorted(HERE.parent.glob('*.md')):
+        text = guide.read_text()
+
+        def block(match):
+            kind, path, name, language, _ = match.groups()
+            if kind == 'snippet':
+                quoted.add((path, name))
+                body = snippet(path, name)
+            else:
+                if path not in outputs:
+                    outputs[path] = output(programs, path)
+                body = outputs[path]
+            head = f'<!-- {kind}: {path}' + (f'#{name}' if name else '') + ' -->'
+            return f'{head}\n```{language}\n{body}```\n'
+
+        fresh = MARKER.sub(block, text)
+        if len(MARKER.findall(text)) != text.count('<!-- snippet: ') + text.count('<!-- output: '):
+            print(f'{guide.name}: a marker without its block')
+            wrong += 1
+        loose = re.findall(r'```cpp\n(.*?)```', MARKER.sub('', text), re.S)
+        for code in loose:
+            print(f'{guide.name}: C++ that nothing compiles: {code.splitlines()[0]}')
+            wrong += 1
+        for target in re.findall(r'\]\(([^)#:]+?)(?:#[^)]*)?\)', text):
+            if not (guide.parent / target).exists():
+                print(f'{guide.name}: a link to {target}, which does not exist')
+                wrong += 1
+        if fresh != text:
+            if update:
+                guide.write_text(fresh)
+            else:
+                print(f'{guide.name} and what it quotes differ; docs/snippets/check.py --update mends that')
+                wrong += 1
+    sources = {path.name for path in HERE.glob('*.cpp')}
+    for name in sorted(sources - {path for path, _ in quoted}):
+        print(f'{name}: quoted by no guide')
+        wrong += 1
+    return 1 if wrong else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())

@@ -1,0 +1,69 @@
+// The snippets of docs/build-a-table.md.
+
+#include <iostream>
+
+#include "backend/tables/om/om.h"
+#include "platform/cells/CellTexts.h"
+#include "platform/dataio/BackendSettings.h"
+
+int main() {
+  // [create]
+  OmPivotTable table(OmStringCell("Survival by class"), OmStringCell("Counts"), false);
+  table.SetTableTitle(OmStringCell("Survival by class"));
+  table.setBackendSettings(BackendSettings());
+  // [create]
+
+  // [dimensions]
+  OmDimension* const fate = table.AddDimension(OmStringCell("Fate"));  // dimension 0
+  fate->Child(fate->Root(), OmStringCell("Saved"), 0, false);
+  fate->Child(fate->Root(), OmStringCell("Lost"), 1, false);
+
+  OmDimension* const cls = table.AddDimension(OmStringCell("Class"));  // dimension 1
+  auto passengers = cls->Child(cls->Root(), OmStringCell("Passengers"),
+                               OmDimensionNode::kNoSubscript, true);  // a group
+  cls->Child(passengers, OmStringCell("First"), 0, false);
+  cls->Child(passengers, OmStringCell("Second"), 1, false);
+  cls->Child(cls->Root(), OmStringCell("Crew"), 2, false);
+  // [dimensions]
+
+  // [axes]
+  table.Columns().push_back(0);
+  table.Rows().push_back(1);
+  // [axes]
+
+  // [cells]
+  const Qualtex_Format whole(Qualtex_Format::kFixed, 8, 0);
+  const int saved[] = {203, 118, 212};
+  const int lost[] = {122, 167, 673};
+  for (int c = 0; c < 3; ++c) {
+    table.Cell({0, c}, OmNumber(saved[c], whole));  // one subscript per dimension
+    table.Cell({1, c}, OmNumber(lost[c], whole));
+  }
+  // [cells]
+
+  // [footnotes]
+  const OmStringCell text("Third class left out.");
+  const OmStringCell marker("a");
+  const int note = table.Footnote(OmFootnote(&text, &marker, nullptr), false);
+  OmCellMetaData meta;
+  meta.Footnotes().push_back(note);
+  table.Cell({0, 1})->setMeta(meta);  // the cell of the saved in second class refers to it
+  // [footnotes]
+
+  // [formats]
+  auto* const titles = new FormatArea(FormatArea::kArea0);
+  titles->setFontName("Serif");
+  titles->setFontSize(11);
+  table.setAreaFormat(titles);  // the table owns the handle now
+  table.Caption(nullptr);       // no caption
+  table.CornerText(nullptr);
+  // [formats]
+
+  // [end]
+  table.EndTable();  // every dimension has to be on an axis
+  // [end]
+
+  // [print]
+  table.Print();
+  // [print]
+}
