@@ -17,7 +17,7 @@ constexpr std::size_t kMaxSeries = 6;
 constexpr int kMaxLabel = 24;  // columns of text
 
 // Pixels.
-constexpr double kWidth = 640;
+constexpr double kWidth = 520;
 constexpr double kBar = 18;
 constexpr double kGap = 14;
 constexpr double kColumn = 7.2;  // about one column of text

@@ -172,7 +172,7 @@ details.notes-body[open] > .title { margin-bottom: 0.5rem; }
   margin-left: 0.6em; padding: 0.05em 0.5em; border: 1px solid var(--line); border-radius: 1em;
   color: var(--muted); font-size: 0.72rem; font-weight: 500;
 }
-.chart img { display: block; min-width: 30rem; max-width: 100%; height: auto; }
+.chart img { display: block; max-width: 100%; height: auto; }
 .payload details, .size-only { margin: 0.3rem 0 0; font-size: 0.84rem; }
 .payload summary, .size-only { color: var(--muted); }
 .name { color: var(--ink); }
