@@ -76,10 +76,11 @@ class Drawing {
   [[nodiscard]] double Length(double value) const { return (right - left) * value / end; }
 
   const Bars& bars;
-  double left;    // where the bars begin
-  double right;   // where the axis ends
-  double top;     // of the bars
-  double height;  // of the bars
+  double left;            // where the bars begin
+  double right;           // where the axis ends
+  double top;             // of the bars
+  double height;          // of the bars
+  double width = kWidth;  // of the drawing
   double step;
   double end;  // value at the end of the axis
   std::string svg;
@@ -121,6 +122,7 @@ void Drawing::DrawLegend() {
     Text(x + 16, 14, label, "");
     x += 16 + kColumn * (DisplayWidth(label) + 3);
   }
+  width = std::max(width, x);
 }
 
 void Drawing::DrawAxis() {
@@ -150,18 +152,15 @@ void Drawing::DrawCategory(std::size_t category) {
 }
 
 std::string Drawing::Draw() {
-  const double legend = left + kColumn * 12 * static_cast<double>(bars.series.size());
-  const double width = std::max(kWidth, bars.seriesName.empty() ? 0 : std::min(legend, 1200.0));
-  const double whole = top + height + kAxis;
-  svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + At(width) + " " + At(whole) +
-        "\" width=\"" + At(width) + "\" height=\"" + At(whole) + "\" role=\"img\">\n<title>" +
-        Escape(bars.title) + "</title>\n<style>" + kStyle + "</style>\n";
   DrawLegend();
   DrawAxis();
   for (std::size_t category = 0; category < bars.categories.size(); ++category) {
     DrawCategory(category);
   }
-  return svg + "</svg>\n";
+  const std::string size = At(width) + " " + At(top + height + kAxis);
+  return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + size + "\" width=\"" +
+         At(width) + "\" height=\"" + At(top + height + kAxis) + "\" role=\"img\">\n<title>" +
+         Escape(bars.title) + "</title>\n<style>" + kStyle + "</style>\n" + svg + "</svg>\n";
 }
 
 std::string JsonList(const std::vector<std::string>& texts) {
