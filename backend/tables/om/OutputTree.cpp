@@ -1,6 +1,7 @@
 #include "backend/tables/om/OutputTree.h"
 
 #include <iterator>
+#include <list>
 #include <memory>
 #include <utility>
 
@@ -18,21 +19,42 @@ void DeletePart(OmOutputPart*& slot) {
   delete std::exchange(slot, nullptr);
 }
 
-// The tree owns the block only once it has an entry for it.
-Node AppendBlock(Node& node, std::unique_ptr<OmTextBlock> block) {
-  const Node place = node.Child(block.get());
-  static_cast<void>(block.release());
-  return place;
-}
+// Lets this file see the place that a node stands on.
+struct Places : ListTree<OmOutputPart*> {
+  using ListTree<OmOutputPart*>::Place;
+};
+
+// The text block with the entry that it will have. Everything that can fail for want of memory
+// comes before anything is deleted.
+class Replacement {
+ public:
+  Replacement(const OmCellText& title, const std::string& message)
+      : entry(1, ListTreeData<OmOutputPart*>(0, nullptr)),
+        block(std::make_unique<OmTextBlock>(title, message)) {}
+
+  // Appends the block as the last child of `node` and returns its node. The tree then owns it.
+  Node Append(const Node& node) {
+    ListTree<OmOutputPart*>& tree = node.Tree();
+    const auto place = entry.begin();
+    place->Level() = node.Level() + 1;
+    place->Data() = block.release();
+    tree.List().splice(tree.SearchForward(Places::Place(node), node.Level()), entry);
+    return {tree, place};
+  }
+
+ private:
+  std::list<ListTreeData<OmOutputPart*>> entry;
+  std::unique_ptr<OmTextBlock> block;
+};
 
 Node ReplaceItem(Node node, const std::string& message) {
   OM_HARDEN(*node != nullptr, "Amputate");
   // An item has no title only where setting one failed.
   const OmCellText* const title = (*node)->Title();
-  auto block = title != nullptr ? std::make_unique<OmTextBlock>(*title, message)
-                                : std::make_unique<OmTextBlock>(OmStringCell(""), message);
+  Replacement block =
+      title != nullptr ? Replacement(*title, message) : Replacement(OmStringCell(""), message);
   DeletePart(*node);
-  AppendBlock(node, std::move(block));
+  block.Append(node);
   node.Tree().Flatten(node);
   Node result = node;
   ++result;
@@ -42,11 +64,12 @@ Node ReplaceItem(Node node, const std::string& message) {
 
 Node ReplaceContent(Node node, const OmCellText* title, const std::string& message) {
   OM_HARDEN(title != nullptr, "Amputate");
+  Replacement block(*title, message);
   while (node.HasChild()) {
     Node child = node.Begin();
     static_cast<OmOutputTree&>(node.Tree()).Prune(child);
   }
-  return AppendBlock(node, std::make_unique<OmTextBlock>(*title, message));
+  return block.Append(node);
 }
 
 }  // namespace

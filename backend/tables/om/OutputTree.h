@@ -42,8 +42,8 @@ class OM_API OmOutputTree : public ListTree<OmOutputPart*> {
 // For the root and the items directly under it, the item stays, everything below it is deleted, and
 // the text block becomes its only child, titled `*title`. Returns the block's node.
 //
-// Where it fails for want of memory, or because a destructor throws, nothing leaks, and the tree
-// holds what was not yet deleted; an item that was deleted leaves null in its entry.
+// Where memory runs out, the tree is as it was. Where a destructor throws, nothing leaks, and the
+// tree holds what was not yet deleted; an item that was deleted leaves null in its entry.
 OM_API ListTree<OmOutputPart*>::Node Amputate(ListTree<OmOutputPart*>::Node node,
                                               const OmCellText* title, const std::string& message);
 
