@@ -360,8 +360,14 @@ void OmVector<T>::resize(unsigned long n, T value) {
     return;
   }
   reserve(n);
-  while (size() < n) {
-    push_back(value);
+  const unsigned long count = size();
+  try {
+    while (size() < n) {
+      push_back(value);
+    }
+  } catch (...) {
+    erase(this->first + count, this->last);
+    throw;
   }
 }
 
