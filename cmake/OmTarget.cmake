@@ -33,6 +33,8 @@ function(om_library target name)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
+  # So that a debugger can show what an optimised library holds; packages split it off.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-g>)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   # Public, because the containers are templates: every side of the seam has to agree.
   target_compile_definitions(${target} PUBLIC $<$<BOOL:${OM_HARDENING}>:OM_HARDENING=1>)

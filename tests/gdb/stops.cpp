@@ -1,0 +1,113 @@
+// Makes one of everything that the debugger's printers show, and stops where a debugger looks at
+// it.
+
+#include <string>
+#include <vector>
+
+#include "backend/tables/om/om.h"
+#include "platform/cells/CellTexts.h"
+
+namespace {
+
+// The debugger breaks here and looks around one frame up.
+__attribute__((noinline)) void Stop() {
+  asm volatile("");
+}
+
+OmPivotTable* NewTable() {
+  auto* const table = new OmPivotTable(OmStringCell("Survival"), OmStringCell("Counts"), false);
+  OmDimension* const fate = table->AddDimension(OmStringCell("Fate"));
+  fate->Child(fate->Root(), OmStringCell("Saved"), 0, false);
+  fate->Child(fate->Root(), OmStringCell("Lost"), 1, false);
+  OmDimension* const cls = table->AddDimension(OmStringCell("Class"));
+  auto group =
+      cls->Child(cls->Root(), OmStringCell("Passengers"), OmDimensionNode::kNoSubscript, true);
+  cls->Child(group, OmStringCell("First"), 0, false);
+  cls->Child(group, OmStringCell("Second"), 1, false)->Hide(true);
+  cls->Child(cls->Root(), OmStringCell("Crew"), 2, false);
+  table->Columns().push_back(0);
+  table->Rows().push_back(1);
+  table->Cell({0, 0}, OmNumber(203));
+  table->Cell({1, 2}, OmNumber(673));
+  const OmStringCell note("Third class left out.");
+  const OmStringCell marker("a");
+  table->Footnote(OmFootnote(&note, &marker, nullptr), false);
+  table->EndTable();
+  return table;
+}
+
+void Containers() {
+  const OmMemoryRegion region(false);
+  OmVector<int> numbers(nullptr);
+  for (int i = 1; i < 6; ++i) {
+    numbers.push_back(i * i);
+  }
+  const OmVector<int> none(nullptr);
+  PuppetVector<short> axis(-1);
+  axis.push_back(2);
+  Stop();
+}
+
+void Texts() {
+  const OmStringCell plain("plain \xc3\xa9", nullptr, true);
+  const OmStringCellUTF8 utf8("utf8");
+  const OmNumber number(2.5);
+  const OmVariable variable("age", "Age in years");
+  const OmVariable unlabelled("age", "");
+  const OmNumDataValue numValue(1, "Yes");
+  const OmNumDataValue bareValue(1, "");
+  const OmStringDataValue stringValue("m", "Male");
+  OmComposite composite;
+  composite.Tree().Child(composite.Tree().Root(), new OmStringCell("Mean "));
+  composite.Tree().Child(composite.Tree().Root(), new OmNumber(3));
+  const OmCellText& any = number;
+  static_cast<void>(any);
+  Stop();
+}
+
+void Tables() {
+  OmOutputTree document;
+  OmOutputTree::Node root(document, document.List().begin());
+  auto procedure = root.Child(new OmProcedure(OmStringCell("Crosstabs"), "", "", ""));
+  auto place = procedure.Child(NewTable());
+  procedure.Child(new OmTextBlock(OmStringCell("Log"), "Done."));
+  procedure.Child(new OmChart(OmStringCell("Bars"), "", 1));
+  root.Child(nullptr);
+  auto& table = static_cast<OmPivotTable&>(**place);
+  const OmOutputTree::Node end = root.End();
+  OmDimension& dimension = *table.Dimension(1);
+  const OmDimension::ConstNode group = dimension.Root().Begin();
+  const OmDimension::ConstNode nowhere;
+  const OmDimensionNode& category = *group[1];
+  OmPivotTable::Iterator cell = table.FirstCell();
+  ++cell;
+  const OmPivotTable::ConstIterator atEnd;
+  const OmFootnote& note = table.Footnotes()[0];
+  OmPivotTable empty(OmStringCell("Empty"), OmStringCell(""), false);
+  static_cast<void>(category), static_cast<void>(note), static_cast<void>(end);
+  {
+    OmDisplayLayerHeading layers(table, false);
+    layers.SwitchLayer(0);
+    const OmDisplayRowHeading rows(layers, true, true);
+    const OmDisplayColumnHeading columns(layers, false);
+    const OmDimHeader header(&dimension, nullptr);
+    Stop();
+  }
+}
+
+void Errors() {
+  try {
+    static_cast<void>(OmPivotTable(OmStringCell(""), OmStringCell(""), false).Size(3));
+  } catch (const OMSException& error) {
+    Stop();
+  }
+}
+
+}  // namespace
+
+int main() {
+  Containers();
+  Texts();
+  Tables();
+  Errors();
+}
