@@ -14,6 +14,7 @@ constexpr std::size_t kMaxDefaultNumbers = 12;  // different whole numbers of su
 
 std::vector<const Variable*> FindAll(const DataSet& data, const std::vector<std::string>& names) {
   std::vector<const Variable*> found;
+  found.reserve(names.size());
   for (const std::string& name : names) {
     found.push_back(&data.Find(name));
   }

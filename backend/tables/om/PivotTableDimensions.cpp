@@ -116,7 +116,7 @@ void OmPivotTable::CopyDimensions(const OmPivotTable& other) {
     for (const OmDimension* const dimension : other._my->_dimensions) {
       auto copy = std::make_unique<OmDimension>(*dimension, &_my->region);
       dimensions.push_back(copy.get());
-      copy.release();
+      static_cast<void>(copy.release());  // the list owns it now
       _my->AddCellDimension();
     }
   } catch (...) {
