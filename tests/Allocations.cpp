@@ -8,11 +8,35 @@ namespace {
 std::atomic<long> live{0};
 thread_local long made = 0;
 thread_local long remaining = -1;
+thread_local bool failsOnce = false;
+thread_local long refused = 0;
+thread_local long asked = 0;
 
 }  // namespace
 
-void allocations::FailAfter(long n) {
+void allocations::FailAfter(long n, bool once) {
   remaining = n;
+  failsOnce = once;
+  refused = 0;
+}
+
+bool allocations::Refuse() {
+  ++asked;
+  if (remaining == 0) {
+    ++refused;
+    remaining = failsOnce ? -1 : 0;
+    return true;
+  }
+  remaining -= remaining > 0 ? 1 : 0;
+  return false;
+}
+
+long allocations::Refused() {
+  return refused;
+}
+
+long allocations::Asked() {
+  return asked;
 }
 
 long allocations::Live() {
@@ -24,10 +48,9 @@ long allocations::Made() {
 }
 
 void* operator new(std::size_t bytes) {
-  if (remaining == 0) {
+  if (allocations::Refuse()) {
     throw std::bad_alloc();
   }
-  remaining -= remaining > 0 ? 1 : 0;
   void* const block = std::malloc(bytes != 0 ? bytes : 1);
   if (block == nullptr) {
     throw std::bad_alloc();

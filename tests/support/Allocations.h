@@ -9,8 +9,15 @@
 namespace allocations {
 
 // Lets the next `n` allocations of this thread succeed and the one after them fail. Negative: no
-// limit.
-void FailAfter(long n);
+// limit. With `once`, those behind the failed one succeed again.
+void FailAfter(long n, bool once = false);
+// Counts an allocation of this thread that is about to be made, and tells whether it has to fail.
+// For allocators other than operator new.
+bool Refuse();
+// Allocations that this thread was refused since FailAfter.
+long Refused();
+// Allocations that this thread asked for so far.
+long Asked();
 // Allocations that were made and not given back, over all threads.
 long Live();
 // Allocations that this thread made so far.

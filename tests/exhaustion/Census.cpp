@@ -1,0 +1,2 @@
+#define CENSUS template
+#include "tests/exhaustion/Census.h"

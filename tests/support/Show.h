@@ -1,0 +1,87 @@
+// What can be read of an object, as text: two objects show alike where no reader can tell them
+// apart.
+
+#ifndef TESTS_SUPPORT_SHOW_H
+#define TESTS_SUPPORT_SHOW_H
+
+#include <string>
+#include <type_traits>
+
+#include "backend/tables/om/Dimension.h"
+#include "backend/tables/om/Footnote.h"
+#include "platform/cells/CellTexts.h"
+
+// Not through a stream: that would keep the failure of an allocation to itself.
+inline std::string AsText(const std::string& text) {
+  return text;
+}
+inline std::string AsText(bool value) {
+  return value ? "yes" : "no";
+}
+template <typename Number>
+requires std::is_arithmetic_v<Number> || std::is_enum_v<Number> std::string AsText(Number value) {
+  if constexpr (std::is_enum_v<Number>) {
+    return std::to_string(static_cast<long>(value));
+  } else {
+    return std::to_string(value);
+  }
+}
+
+// Joins texts, numbers and flags.
+template <typename... Values>
+std::string Fields(const Values&... values) {
+  std::string fields;
+  ((fields += AsText(values) + "|"), ...);
+  return fields;
+}
+
+template <typename Sequence>
+std::string ListOf(const Sequence& values) {
+  std::string list;
+  for (const auto& value : values) {
+    list += AsText(value) + ",";
+  }
+  return list;
+}
+
+inline std::string Show(const OmCellText* text) {
+  if (text == nullptr) {
+    return "null";
+  }
+  std::string shown = text->Text() + (text->getICUTracker() != nullptr ? "~" : "");
+  if (text->hasMeta()) {
+    shown += "{" + Fields(text->getMeta().Style(), ListOf(text->getMeta().Footnotes())) + "}";
+  }
+  return shown;
+}
+
+inline std::string Show(const OmFootnote& note) {
+  return Fields(Show(note.Text()), Show(note.Marker()), note.UseCount());
+}
+
+inline std::string Show(const OmVector<OmFootnote>& notes) {
+  std::string shown = "[";
+  for (const OmFootnote& note : notes) {
+    shown += Show(note) + " ";
+  }
+  return shown + "]";
+}
+
+inline std::string Show(const OmDimensionNode& node) {
+  return Fields(Show(node.Text()), static_cast<long>(node.Subscript()), node.IsGroup(), node.Hide(),
+                node.HideLabels(), node.SortOrder(), ListOf(node.ChildIndex()));
+}
+
+inline std::string Show(OmVectorTree<OmDimensionNode>::ConstNode node) {
+  std::string shown = "(" + Show(*node);
+  for (auto child = node.Begin(); child != node.End(); ++child) {
+    shown += Show(child);
+  }
+  return shown + ")";
+}
+
+inline std::string Show(const OmDimension& dimension) {
+  return Fields(dimension.NumCategories(), Show(dimension.Root()));
+}
+
+#endif
