@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -18,66 +17,15 @@
 #include "platform/cells/StringCell.h"
 #include "platform/memory/MemoryRegion.h"
 #include "tests/support/Allocations.h"
+#include "tests/support/Choices.h"
+#include "tests/support/ListModel.h"
 
 namespace {
 
 using PartNode = ListTree<OmOutputPart*>::Node;
 
-template <typename T>
-typename ListTree<T>::Node NodeAt(ListTree<T>& tree, std::size_t index) {
-  return {tree, std::next(tree.List().begin(), static_cast<std::ptrdiff_t>(index))};
-}
-
-// The twin of a list tree: the children of each value.
-using Twin = std::map<int, std::vector<int>>;
-
-// Compares all below `node` with the twin. Lists the values' parents in document order.
-void Compare(const ListTree<int>::Node& node, int level, Twin& twin, std::vector<int>& parents) {
-  ASSERT_EQ(level, node.Level());
-  ASSERT_EQ(level + 1, node.End().Level());
-  ASSERT_EQ(twin[*node].empty(), node.IsLeaf());
-  auto child = node.Begin();
-  for (const int value : twin[*node]) {
-    ASSERT_EQ(value, *child);
-    parents.push_back(*node);
-    ASSERT_NO_FATAL_FAILURE(Compare(child, level + 1, twin, parents));
-    ++child;
-  }
-  ASSERT_TRUE(child == node.End());
-}
-
 TEST(ListTree, FollowsAPlainTree) {
-  for (unsigned seed = 1; seed <= 20; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    ListTree<int> tree(0);
-    Twin twin;
-    std::vector<int> parents{0};
-    for (int step = 1; step <= 150; ++step) {
-      const std::size_t index = random() % parents.size();
-      auto node = NodeAt(tree, index);
-      const int value = *node;
-      const auto operation = index == 0 ? 9 : random() % 10;
-      if (operation <= 2) {
-        auto& siblings = twin[parents[index]];
-        auto place = std::find(siblings.begin(), siblings.end(), value);
-        if (operation != 0) {
-          const auto children = std::exchange(twin[value], {});
-          place = siblings.insert(place + 1, children.begin(), children.end()) - 1;
-        }
-        operation == 0 ? tree.Prune(node) : operation == 1 ? tree.Erase(node) : tree.Flatten(node);
-        if (operation != 2) {
-          siblings.erase(place);
-        }
-      } else {
-        ASSERT_EQ(step, *node.Child(step));
-        twin[value].push_back(step);
-      }
-      parents.assign(1, 0);
-      ASSERT_NO_FATAL_FAILURE(Compare(NodeAt(tree, 0), 0, twin, parents));
-      ASSERT_EQ(parents.size(), tree.List().size());
-    }
-  }
+  Play<ListModel>(20, 150);
 }
 
 TEST(ListTree, CursorsKeepTheirLevel) {

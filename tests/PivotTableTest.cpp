@@ -7,8 +7,6 @@
 
 #include <functional>
 #include <map>
-#include <optional>
-#include <random>
 #include <sstream>
 #include <thread>
 
@@ -20,6 +18,8 @@
 #include "platform/cells/CellMetaData.h"
 #include "platform/dataio/BackendSettings.h"
 #include "platform/support/IcuTracker.h"
+#include "tests/support/Choices.h"
+#include "tests/support/StoreModel.h"
 #include "tests/support/Tables.h"
 
 namespace {
@@ -35,20 +35,6 @@ class PivotTable : public testing::Test {
       return error.what();
     }
     return "nothing thrown";
-  }
-
-  // "0,2=x 1,0=y" for every cell in the iterators' order.
-  static std::string Cells(const OmPivotTable& table) {
-    std::string text;
-    for (OmPivotTable::ConstIterator cell = table.FirstCell(); cell.Cell() != nullptr; ++cell) {
-      text += text.empty() ? "" : " ";
-      for (const int subscript : cell.Index()) {
-        text += std::to_string(subscript) + ",";
-      }
-      text.back() = '=';
-      text += cell.Cell()->Text();
-    }
-    return text;
   }
 
   OmPivotTable table{OmStringCell("title"), OmStringCell("Template"), false};
@@ -373,84 +359,12 @@ TEST_F(PivotTable, IteratorsShareACursorAndGoInAnyOrder) {
   EXPECT_EQ(end.Cell(), nullptr);
 }
 
-// Random setting, clearing, deleting and adding of dimensions against a map from the subscripts,
-// last dimension first, to what was stored.
 TEST_F(PivotTable, StoreAgreesWithAMap) {
-  const auto seed = std::random_device{}();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::mt19937 random(seed);
-  const auto upTo = [&](int n) { return std::uniform_int_distribution<int>(0, n)(random); };
+  Play<StoreModel>(40, 300);
+}
 
-  for (int round = 0; round < 40; ++round) {
-    OmPivotTable t(OmStringCell("t"), OmStringCell("t"), false);
-    std::map<Subscripts, std::optional<std::string>> twin;
-    AddDimension(t, "d", 2);
-    const bool nulls = round % 2 == 1;
-    for (int step = 0; step < 300; ++step) {
-      const auto n = static_cast<unsigned long>(t.NDimensions());
-      Subscripts key(n);
-      for (int& subscript : key) {
-        subscript = upTo(99) == 0 ? upTo(200) : upTo(n > 2 ? 2 : 6);
-      }
-      const Subscripts subscripts(key.rbegin(), key.rend());
-      const int what = upTo(19);
-      if (what < 12) {
-        const std::string text = std::to_string(step);
-        t.Cell(subscripts, OmStringCell(text));
-        twin[key] = text;
-      } else if (what < 14 && nulls) {
-        t.Cell(subscripts, nullptr);
-        twin[key] = std::nullopt;
-      } else if (what < 19) {
-        if (twin.contains(key)) {
-          t.deleteCell(subscripts);
-          twin[key] = std::nullopt;
-          const auto sameVector = [&](const auto& entry) {
-            return std::equal(key.begin(), key.end() - 1, entry.first.begin());
-          };
-          if (std::none_of(twin.begin(), twin.end(), [&](const auto& entry) {
-                return sameVector(entry) && entry.second.has_value();
-              })) {
-            std::erase_if(twin, sameVector);
-          }
-        }
-      } else if (n < 4 && step > 100 && !twin.empty()) {
-        AddDimension(t, "d", 2);
-        std::map<Subscripts, std::optional<std::string>> raised;
-        for (const auto& [old, text] : twin) {
-          Subscripts longer{0};
-          longer.insert(longer.end(), old.begin(), old.end());
-          raised[longer] = text;
-        }
-        twin.swap(raised);
-        continue;
-      }
-      const auto found = twin.find(key);
-      const OmCellText* const cell = t.Cell(subscripts);
-      ASSERT_EQ(cell == nullptr ? "" : cell->Text(),
-                found == twin.end() ? "" : found->second.value_or(""));
-    }
-    std::string expected;
-    const auto first = twin.begin();
-    bool over = first == twin.end();
-    if (!over) {  // the first vector has to hold a cell, or the walk is over at once
-      over = std::none_of(first, twin.end(), [&](const auto& entry) {
-        return entry.second.has_value() &&
-               std::equal(entry.first.begin(), entry.first.end() - 1, first->first.begin());
-      });
-    }
-    for (auto entry = first; !over && entry != twin.end(); ++entry) {
-      if (!entry->second.has_value()) {
-        continue;
-      }
-      expected += expected.empty() ? "" : " ";
-      for (auto s = entry->first.rbegin(); s != entry->first.rend(); ++s) {
-        expected += std::to_string(*s) + (s + 1 == entry->first.rend() ? "=" : ",");
-      }
-      expected += *entry->second;
-    }
-    ASSERT_EQ(Cells(t), expected);
-  }
+TEST_F(PivotTable, FootnotesAgreeWithAList) {
+  Play<FootnoteModel>(20, 200);
 }
 
 TEST_F(PivotTable, FootnotesAreKeptOncePerText) {

@@ -2,20 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <vector>
 
+#include "tests/support/Choices.h"
 #include "tests/support/Counted.h"
+#include "tests/support/VectorModel.h"
 
 namespace {
-
-std::vector<int> Values(const OmVector<Counted>& vector) {
-  std::vector<int> values;
-  for (const Counted& element : vector) {
-    values.push_back(element.value);
-  }
-  return values;
-}
 
 TEST(Vector, RoomFollowsTheRule) {
   OmMemoryRegion region(false);
@@ -64,70 +57,7 @@ TEST(Vector, RoomFollowsTheRule) {
 }
 
 TEST(Vector, BehavesLikeAStandardVector) {
-  const unsigned seed = std::random_device{}();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
-  const auto below = [&random](unsigned long n) { return static_cast<long>(random() % n); };
-  OmMemoryRegion region(false);
-  const long alive = Counted::live;
-  {
-    OmVector<Counted> v(&region);
-    std::vector<int> twin;
-    for (int step = 0; step != 20000; ++step) {
-      const long at = below(twin.size() + 1);
-      const auto place = static_cast<unsigned long>(at);
-      switch (random() % 8) {
-        case 0:
-        case 1:
-          EXPECT_EQ(v.push_back(step)->value, step);
-          twin.push_back(step);
-          break;
-        case 2:
-          EXPECT_EQ(v.insert(v.begin() + at, Counted(step))->value, step);
-          twin.insert(twin.begin() + at, step);
-          break;
-        case 3:
-          if (place != twin.size()) {
-            v.push_back(v[place]);  // its own element
-            twin.push_back(twin[place]);
-          }
-          break;
-        case 4:
-          if (place != twin.size()) {
-            v.erase(v.begin() + at);
-            twin.erase(twin.begin() + at);
-          }
-          break;
-        case 5: {
-          const long to = at + below(twin.size() - place + 1) % 4;
-          v.erase(v.begin() + at, v.begin() + to);
-          twin.erase(twin.begin() + at, twin.begin() + to);
-          break;
-        }
-        case 6:
-          v.resize(place + 8, step);
-          twin.resize(place + 8, step);
-          break;
-        default:
-          if (random() % 50 == 0) {
-            v.clear();
-            twin.clear();
-          }
-          v.reserve(place);
-      }
-      ASSERT_EQ(Values(v), twin) << "step " << step;
-      ASSERT_EQ(Counted::live - alive, static_cast<long>(twin.size()));
-    }
-    EXPECT_EQ(Values(OmVector<Counted>(v)), twin);
-    Counted::ended.clear();
-    v.destroy_elements();
-    EXPECT_EQ(Counted::ended, twin);
-    for (Counted& element : v) {
-      new (&element) Counted(0);
-    }
-  }
-  EXPECT_EQ(Counted::live, alive);
-  EXPECT_EQ(region.LiveBlocks(), 0u);
+  Play<VectorModel>(10, 2000);
 }
 
 TEST(Vector, AFailedCopyLeavesNoTrace) {
