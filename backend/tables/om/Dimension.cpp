@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Exception.h"
 
 namespace {
@@ -91,6 +92,7 @@ OmDimension::Node OmDimension::Child(const Node& parent_, const OmDimensionNode&
   if (!parent_->IsGroup()) {
     throw OMSException("OmDimension::Child -- parent is not group");
   }
+  OM_HARDEN(parent_->Text() != nullptr && node.Text() != nullptr, "OmDimension::Child");
   OmDimensionNode copy(node, Region());
   copy.Text()->setICUTracker(parent_->Text()->getICUTracker());
   copy.ChildIndex().clear();
@@ -108,6 +110,7 @@ OmDimension::Node OmDimension::Child(const Node& parent_, const OmCellText& text
 
 OmDimension::Node OmDimension::AddNewChild(const Node& parent_, const OmCellText& text,
                                            unsigned long subscript, bool group) {
+  OM_HARDEN(parent_->Text() != nullptr, "OmDimension::AddNewChild");
   OmDimensionNode node(text, subscript, group, Region());
   node.Text()->setICUTracker(parent_->Text()->getICUTracker());
   return Append(parent_, node, parent_->ChildIndex().size());
@@ -153,6 +156,7 @@ void OmDimension::Delete(Node& node) {
 
 OmDimensionNode OmDimension::insertCategory(const OmCellText& text, Node sibling, Node parent_,
                                             bool before) {
+  OM_HARDEN(sibling != parent_.End() && sibling->Text() != nullptr, "OmDimension::insertCategory");
   OmDimensionNode node(text, MaxSubscript(Root()) + 1, false, Region());
   node.Text()->setICUTracker(sibling->Text()->getICUTracker());
   OmVectorTree::InsertChild(node, sibling, parent_, before);
@@ -163,14 +167,21 @@ OmDimensionNode OmDimension::insertCategory(const OmCellText& text, Node sibling
 void OmDimension::insertChild(const OmCellText& text, std::vector<Node*> nodes) {
   OmDimensionNode node(text, OmDimensionNode::kNoSubscript, true, Region());
   if (!nodes.empty()) {
+    OM_HARDEN((*nodes.front())->Text() != nullptr, "OmDimension::insertChild");
     node.Text()->setICUTracker((*nodes.front())->Text()->getICUTracker());
   }
   OmVectorTree::InsertChild(node, nodes);
 }
 
 void OmDimension::removeChild(Node& node) {
+  const unsigned long subscript = node->Subscript();
   node->Subscript(OmDimensionNode::kDissolving);
-  OmVectorTree::removeChild(node);
+  try {
+    OmVectorTree::removeChild(node);
+  } catch (...) {
+    node->Subscript(subscript);
+    throw;
+  }
 }
 
 void OmDimension::moveChild(Node& node, Node* target, bool swap) {

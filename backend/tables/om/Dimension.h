@@ -2,8 +2,8 @@
 //
 // The root carries the dimension's name, inner records are groups, leaves are categories. A
 // category's subscript is its place in cell addresses. Finding a child costs a binary search in its
-// parent's index, adding one moves part of that index. Changes of structure other than adding do
-// not maintain the indexes; who searches after them rebuilds the indexes or takes them as they are.
+// parent's index, adding one moves part of that index. Only Child, AddNewChild and Delete touch the
+// indexes; who searches after other changes rebuilds the indexes or takes them as they are.
 
 #ifndef BACKEND_TABLES_OM_DIMENSION_H
 #define BACKEND_TABLES_OM_DIMENSION_H

@@ -66,7 +66,7 @@ class OmVectorTreeData;
 
 // A vector of elements that may be moved as bytes.
 //
-// Where an allocation or a copy fails, the vector is unchanged. The region has to outlive the
+// Where an allocation or a copy fails, the elements are unchanged. The region has to outlive the
 // vector. Any call that grows the vector invalidates pointers to its elements.
 template <typename T>
 class OmVector : public OmVectorBase<T> {

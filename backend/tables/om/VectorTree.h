@@ -119,7 +119,8 @@ class OmVectorTreeData {
 //
 // Nodes that an operation finds by the equality of their payloads are the first of their siblings
 // that are equal. Handles passed in must name records of this tree. Where an operation fails, the
-// tree is as it was. A tree belongs to one thread at a time.
+// tree is as it was; where a comparison of payloads fails, the records concerned may stand
+// elsewhere among their siblings. A tree belongs to one thread at a time.
 template <typename T>
 class OmVectorTree : public OmVectorTreeData<T> {
  public:
@@ -154,8 +155,9 @@ class OmVectorTree : public OmVectorTreeData<T> {
   void InsertChild(const T& data_, Node sibling, Node parent_, bool before);
   // Puts `nodes`, siblings in ascending order, under a new record at the place of the first.
   void InsertChild(const T& data_, std::vector<Node*> nodes);
-  // Puts the children of a record in its place and destroys it. Does nothing for the root and for a
-  // leaf. Afterwards `node` is the sibling that followed the record.
+  // Puts the children of a record in its place and destroys it. Does nothing for the root and where
+  // the record, or the first sibling that equals it, is a leaf. Afterwards `node` is the sibling
+  // that followed the record.
   void removeChild(Node& node);
 };
 
@@ -347,13 +349,18 @@ bool OmVectorTreeData<T>::Holds(const OmVectorTreeData* record) const noexcept {
   return children.begin() <= record && record < children.end();
 }
 
-// Whether `record` is this one or lies below it.
+// Whether `record` is this one or lies below it. Searches downwards, for links may be stale.
 template <typename T>
 bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const noexcept {
-  while (record != this && record != nullptr) {
-    record = record->parent;
+  if (record == this) {
+    return true;
   }
-  return record == this;
+  for (const OmVectorTreeData& child : children) {
+    if (child.IsAbove(record)) {
+      return true;
+    }
+  }
+  return false;
 }
 
 template <typename T>
@@ -447,6 +454,7 @@ OmVectorTreeData<T>* OmVectorTreeData<T>::Transfer(OmVectorTreeData* record, OmV
   OmVectorTreeData* const from = record->parent;
   OmVectorTreeData* const place = to->Adopt(record);
   from->CloseGap(record);
+  from->Relocate(true);
   return place;
 }
 
@@ -454,7 +462,7 @@ OmVectorTreeData<T>* OmVectorTreeData<T>::Transfer(OmVectorTreeData* record, OmV
 template <typename T>
 void OmVectorTreeData<T>::Dissolve(unsigned long index) {
   const unsigned long count = children[index].Size();
-  MakeRoom(count - 1);
+  MakeRoom(count);  // the children come before the group goes
   OmVectorTreeData* const place = children.begin() + index;
   Loose group;
   MoveBytes(&group.record, place, 1);
@@ -606,7 +614,9 @@ void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
   }
 
   // One parent may be a child of the other and move with it. The blocks of their children stay, and
-  // the links in them lead to the parents.
+  // the links in them lead to the parents, once they are right behind a Delete.
+  parentA->Relocate(false);
+  parentB->Relocate(false);
   OmVectorTreeData<T>* const besideA = parentA->children.begin();
   OmVectorTreeData<T>* const besideB = parentB->children.begin();
   const unsigned long lastA = parentA->Size() - 1;
