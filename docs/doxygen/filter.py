@@ -22,6 +22,8 @@ CONVENTIONS = [
     (r'^using (\w+) = (.+);', r'Short for `\2`.'),
     (r'\boverride\b', None),
     (r'^friend\b', None),
+    (r'\bvoid Visit\((\w+)&', r'Receives an `\1`.'),
+    (r'^enum (?:class )?(\w+)', 'The kinds of {}.'),
     (r'operator==\(', 'Tells whether the two are equal.'),
     (r'operator<\(', 'Tells whether the first comes before the other.'),
     (r'operator!=\(', 'Tells whether the two differ.'),
@@ -186,11 +188,15 @@ class Filter:
                 outside = re.search(r'\w(<\w+>)?::(~?\w+|operator\W+)\(', declaration) and not self.classes
                 inside_enum = self.enums and self.enums[-1]
                 is_class = re.match(r'(template <[^>]*> )?(class|struct)\b', declaration)
-                text = self.group or (self.about if is_class and not self.scopes else self.convention(declaration))
+                special = re.search(r'= delete;|~\w+\(|operator=\(', declaration)
+                text = None if special else self.group
+                text = text or (self.about if is_class and not self.scopes else self.convention(declaration))
                 if text and not forward and not outside and not inside_enum:
                     prefix = '/** ' + text.replace('*/', '') + ' */ '
-            declaring = self.declaring()
+            declaring, depth = self.declaring(), len(self.scopes)
             self.scan(code)
+            if len(self.scopes) > depth or re.match(r'(public|private|protected):', stripped):
+                self.group = None  # what was said of a class is not said of its members
             code = code.replace('[[nodiscard]] ', '')
             if comment and declaring:
                 # Further lines of the comment at the end of this one.
