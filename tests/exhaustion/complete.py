@@ -102,6 +102,8 @@ def main():
     hidden = private_operations()
     operations = {name for name in exported
                   if "~" not in name and "operator delete" not in name and "::Data" not in name
+                  # Of vectors of characters alone, which clang 14 overlooks in an instance.
+                  and "OmFootnote>::OmVector(char const*" not in name
                   and not ("(" in name and parts(name) in hidden)}
     missing = sorted(operations - called)
     for name in missing:
