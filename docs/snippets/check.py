@@ -7,6 +7,7 @@ A guide quotes source between two lines `// [name]` (`# [name]` in CMake files),
 
     <!-- snippet: table.cpp#cells -->
     <!-- output: table -->
+    <!-- failure: misuse -->      what a program says that an assertion ends
 
 each followed by a fenced block. Paths start at docs/snippets. Every fenced block of C++ has to be such a
 quotation. With --update the blocks are written instead of compared.
@@ -19,7 +20,7 @@ import sys
 import textwrap
 
 HERE = pathlib.Path(__file__).resolve().parent
-MARKER = re.compile(r'<!-- (snippet|output): (\S+?)(?:#(\S+))? -->\n```(\w*)\n(.*?)```\n', re.S)
+MARKER = re.compile(r'<!-- (snippet|output|failure): (\S+?)(?:#(\S+))? -->\n```(\w*)\n(.*?)```\n', re.S)
 
 
 def snippet(path, name):
@@ -39,6 +40,14 @@ def output(programs, name):
     return done.stdout
 
 
+def failure(programs, name):
+    done = subprocess.run([programs / name], capture_output=True, text=True, timeout=60)
+    if done.returncode >= 0:
+        raise SystemExit(f'{name} does not fail')
+    # Neither where the sources are nor where in them belongs on a page.
+    return re.sub(r'^\S*/(\w+\.(?:h|cpp)):\d+', r'\1:<line>', done.stderr, flags=re.M)
+
+
 def main():
     update = '--update' in sys.argv
     programs = pathlib.Path(sys.argv[-1]).resolve()
@@ -52,6 +61,8 @@ def main():
             if kind == 'snippet':
                 quoted.add((path, name))
                 body = snippet(path, name)
+            elif kind == 'failure':
+                body = failure(programs, path)
             else:
                 if path not in outputs:
                     outputs[path] = output(programs, path)
@@ -60,7 +71,7 @@ def main():
             return f'{head}\n```{language}\n{body}```\n'
 
         fresh = MARKER.sub(block, text)
-        if len(MARKER.findall(text)) != text.count('<!-- snippet: ') + text.count('<!-- output: '):
+        if len(MARKER.findall(text)) != len(re.findall('<!-- (?:snippet|output|failure): ', text)):
             print(f'{guide.name}: a marker without its block')
             wrong += 1
         loose = re.findall(r'```cpp\n(.*?)```', MARKER.sub('', text), re.S)
