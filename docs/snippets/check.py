@@ -9,8 +9,8 @@ A guide quotes source between two lines `// [name]` (`# [name]` in CMake files),
     <!-- output: table -->
     <!-- failure: misuse -->      what a program says that an assertion ends
 
-each followed by a fenced block. Paths start at docs/snippets. Every fenced block of C++ has to be such a
-quotation. With --update the blocks are written instead of compared.
+each followed by a fenced block. Paths start at docs/snippets. Every fenced block of C++ in docs has to be such
+a quotation, and every link on the pages here and at the top has to lead somewhere. With --update the blocks are written instead of compared.
 """
 
 import pathlib
@@ -53,7 +53,7 @@ def main():
     programs = pathlib.Path(sys.argv[-1]).resolve()
     outputs = {}
     quoted, wrong = set(), 0
-    for guide in sorted(HERE.parent.glob('*.md')):
+    for guide in sorted(HERE.parent.glob('*.md')) + sorted(HERE.parents[1].glob('*.md')):
         text = guide.read_text()
 
         def block(match):
@@ -62,7 +62,7 @@ def main():
                 quoted.add((path, name))
                 body = snippet(path, name)
             elif kind == 'failure':
-                body = failure(programs, path)
+                body = outputs[path] = failure(programs, path)
             else:
                 if path not in outputs:
                     outputs[path] = output(programs, path)
@@ -75,7 +75,7 @@ def main():
             print(f'{guide.name}: a marker without its block')
             wrong += 1
         loose = re.findall(r'```cpp\n(.*?)```', MARKER.sub('', text), re.S)
-        for code in loose:
+        for code in loose if guide.parent == HERE.parent else []:
             print(f'{guide.name}: C++ that nothing compiles: {code.splitlines()[0]}')
             wrong += 1
         for target in re.findall(r'\]\(([^)#:]+?)(?:#[^)]*)?\)', text):
@@ -89,6 +89,8 @@ def main():
                 print(f'{guide.name} and what it quotes differ; docs/snippets/check.py --update mends that')
                 wrong += 1
     sources = {path.name for path in HERE.glob('*.cpp')}
+    for name in sorted({path[:-4] for path, _ in quoted if path in sources} - set(outputs)):
+        outputs[name] = output(programs, name)  # no page shows it, but it has to run
     for name in sorted(sources - {path for path, _ in quoted}):
         print(f'{name}: quoted by no guide')
         wrong += 1
