@@ -24,12 +24,15 @@ def main():
     program, *folders = (a for a in sys.argv[1:] if a != "--update")
     command = ['gdb', '-nx', '-batch', '-iex', 'add-auto-load-safe-path ' + ':'.join(folders),
                '-iex', 'set debuginfod enabled off', '-ex', 'set print elements 40', '-ex', 'break Stop',
-               '-ex', 'run']
+               '-ex', 'break Tables', '-ex', 'run']
     for stop, names in STOPS.items():
         command += ['-ex', 'up', '-ex', f'echo == {stop}\\n']
         for name in names:
             command += ['-ex', f'echo {name} =\\040', '-ex', f'output {name}', '-ex', 'echo \\n']
         command += ['-ex', 'continue']
+        if stop == 'texts':
+            # Nothing of this function is constructed yet. Whatever is shown, GDB has to get over it.
+            command += ['-ex', 'info locals', '-ex', 'continue']
     done = subprocess.run(command + [program], capture_output=True, text=True, timeout=120)
     shown = []
     for block in re.findall(r'^== .*?(?=^$|^Breakpoint|^\[Inferior|\Z)', done.stdout, re.S | re.M):

@@ -25,15 +25,20 @@ def limit():
     return shown if shown else 10**9
 
 
+def bounded(count):
+    """Returns a count as read, or less: an object that is not constructed yet may say anything."""
+    return min(int(count), 10000)
+
+
 # --- Reading the standard library's containers and our own -----------------------------------------------
 
 def string(value):
-    return value['_M_dataplus']['_M_p'].string('utf-8', 'replace', int(value['_M_string_length']))
+    return value['_M_dataplus']['_M_p'].string('utf-8', 'replace', bounded(value['_M_string_length']))
 
 
 def std_vector(value):
     begin, end = value['_M_impl']['_M_start'], value['_M_impl']['_M_finish']
-    return [(begin + i).dereference() for i in range(int(end - begin))]
+    return [(begin + i).dereference() for i in range(bounded(end - begin))]
 
 
 def std_list(value, element):
@@ -77,7 +82,7 @@ def chars(value, part=0):
     held = value['chars']
     first, total = int(held['firstSize']), int(held['size'])
     start, length = (0, first) if part == 0 else (first, total - first)
-    return (held['chars'] + start).string('utf-8', 'replace', length) if length else ''
+    return (held['chars'] + start).string('utf-8', 'replace', bounded(length)) if length else ''
 
 
 def plain_text(value):
@@ -93,7 +98,7 @@ def plain_text(value):
         return chars(value, 1) or chars(value)
     if kind == 'OmComposite':
         return ''.join(plain_text(whole(record['data'])) for record, _ in records(value['tree'])
-                       if int(record['data']))
+                       if int(record['data']))[:10000]
     return '?'
 
 
