@@ -157,7 +157,10 @@ def item_line(pointer):
     if not int(pointer):
         return 'none'
     kind = pointer.dynamic_type.target().name
-    return '%s %s' % (KINDS.get(kind, kind), quoted(pointer['title']))
+    try:
+        return '%s %s' % (KINDS.get(kind, kind), quoted(pointer['title']))
+    except gdb.error:
+        return 'item'  # the compiler describes such a class only inside the library
 
 
 def dimension_names(data):
@@ -289,7 +292,7 @@ class Item(Printer):
 
 class PivotTable(Printer):
     def to_string(self):
-        lines = ['table %s' % quoted(self.value['title'])]
+        lines = [item_line(self.value.address)]
         try:
             data = self.value['_my'].dereference()
             names = dimension_names(data)
