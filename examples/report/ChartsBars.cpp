@@ -127,7 +127,9 @@ void Drawing::DrawLegend() {
 
 void Drawing::DrawAxis() {
   const double foot = top + height;
-  for (double value = 0; value <= end * 1.0001; value += step) {
+  const auto steps = static_cast<int>(end * 1.0001 / step);
+  for (int i = 0; i <= steps; ++i) {
+    const double value = i * step;
     const double x = left + Length(value);
     svg += std::string("<path class=\"") + (value == 0 ? "a" : "g") + "\" d=\"M" + At(x) + " " +
            At(top) + "V" + At(foot) + "\"/>\n";
