@@ -85,17 +85,45 @@ TEST_F(Layout, HeaderFlattensADimension) {
   EXPECT_EQ(Texts(PayloadsOf(Category(&path))), "b ");
 }
 
-TEST_F(Layout, IsSparseBelowOnePercent) {
-  Add("a", 10, table.Rows());
-  Add("b", 10, table.Columns());
-  EXPECT_TRUE(IsSparse(table));
-  Set({3, 3});
+TEST_F(Layout, IsSparseBelowOnePercentOfFiftyPlacesAndMore) {
+  OmDimension* const dimension = Add("a", 49, table.Rows());
   EXPECT_FALSE(IsSparse(table));
-  table.Cell({0, 0}, nullptr);  // hides all cells from the walk
+  dimension->AddNewChild(dimension->Root(), OmStringCell("b"), 49, false);
   EXPECT_TRUE(IsSparse(table));
+  Set({3});
+  EXPECT_FALSE(IsSparse(table));
+  table.Cell({60}, nullptr);
+  EXPECT_FALSE(IsSparse(table));
 }
 
-// Deleting can leave more leaves than the count tells, or fewer.
+TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
+  Add("a", 256, table.Rows());
+  for (int i = 0; i < 7; ++i) {
+    table.Rows().push_back(0);  // 2 to the 64th places
+  }
+  Set({5});
+  OmDisplayLayerHeading layers(table, false);
+  ASSERT_TRUE(IsSparse(table));
+  EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), Places{0x0505050505050505});
+  EXPECT_EQ(OmDisplayRowHeading(layers, false, false).NRows(), 0U);
+}
+
+// The root of a dimension may be its only leaf, whose path has a single node.
+TEST_F(Layout, LeavesOutputsAloneForARootThatIsALeaf) {
+  OmDimension lone(OmDimensionNode(OmStringCell("lone"), 0, false, nullptr), nullptr);
+  OmDimension::Node none = lone.AddNewChild(lone.Root(), OmStringCell("x"), 3, false);
+  lone.Delete(none);  // the count is 1 now
+  table.AddDimension(lone);
+  table.Rows().push_back(0);
+  OmDisplayLayerHeading layers(table, false);
+  const OmDisplayRowHeading rows(layers, false, false);
+  std::vector<OmDisplayRowHeading::ConstNode*> dims, cats, all;
+  rows.DimCatNodes(0, dims, cats);
+  rows.DimAllNodes(0, all);
+  EXPECT_TRUE(dims.empty() && cats.empty() && all.empty());
+  EXPECT_EQ(rows.Row(0).size(), 1U);
+}
+
 TEST_F(Layout, CountsCellsOfLeavesBeyondTheCount) {
   OmDimension* const more = Add("more", 3, table.Rows());
   Node last = more->AddNewChild(more->Root(), OmStringCell("last"), 1, false);

@@ -2,10 +2,12 @@
 //
 // What decides is stated cell by cell. The dense search asks for every cell of a place until there
 // is one; the sparse one takes the place of every cell that the iterators visit. Both are done here
-// in one walk over the store's own vectors, which gives the same answers.
+// in one walk over the store's own vectors, which gives the same answers while places stay below
+// the product of the sizes. Where they may not, the sparse search goes cell by cell.
 
 #include <algorithm>
 #include <limits>
+#include <set>
 
 #include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/CellStore.h"
@@ -20,11 +22,11 @@ using Places = std::vector<unsigned long long>;
 // A set of places: a bit for each, or a list where the places are too many for that.
 class PlaceSet {
  public:
-  // Every place will be below `count` where `bounded`.
-  PlaceSet(unsigned long long count, bool bounded) {
+  // Every place will be below `count`.
+  explicit PlaceSet(unsigned long long count) {
     if (count <= kMostBits) {
       bits.resize(static_cast<unsigned long>(count));
-      missing = bounded ? bits.size() : std::numeric_limits<unsigned long>::max();
+      missing = bits.size();
     }
   }
 
@@ -149,10 +151,10 @@ class StoreWalk {
   unsigned long lowestHead;  // the lowest level that adds to the place; levels.size() for none
 };
 
-// Returns the places that the walk finds, ascending.
+// Returns the places that the walk finds, ascending; all of them are below `count`.
 Places FindPlaces(const OmPointerVector* root, const std::vector<Level>& levels,
-                  unsigned long long count, bool bounded) {
-  PlaceSet found(count, bounded);
+                  unsigned long long count) {
+  PlaceSet found(count);
   if (root != nullptr && !levels.empty()) {
     StoreWalk(levels, found).Walk(levels.size() - 1, *root, 0);
   }
@@ -168,8 +170,16 @@ Places Weights(const std::vector<unsigned int>& bases) {
   return weights;
 }
 
+// Tells whether the number of places fits 64 bits. Product() wraps where it does not.
+bool FitsPlaces(const std::vector<unsigned int>& bases) {
+  unsigned long long product = 1;
+  return std::none_of(bases.begin(), bases.end(), [&product](unsigned int base) {
+    return __builtin_mul_overflow(product, base, &product);
+  });
+}
+
 // Replaces every place by those with each of `count` values of a digit that is 0 so far.
-void Spread(Places& places, unsigned long count, unsigned long long weight) {
+void RepeatForEachDigit(Places& places, unsigned long count, unsigned long long weight) {
   const unsigned long n = places.size();
   Places all;
   all.reserve(n * count);
@@ -202,6 +212,25 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeaders(const PuppetVector<short>&
   }
 }
 
+bool OmDisplayLayerHeading::Data::HasLeaves(const std::vector<int>& subscripts,
+                                            const PlaceCalculator& calc) {
+  return std::all_of(calc.Dimensions().begin(), calc.Dimensions().end(), [&](short d) {
+    const OmVector<int>& positions = Header(d)->leafPositions;
+    const auto subscript = static_cast<unsigned long>(subscripts[static_cast<unsigned long>(d)]);
+    return subscript < positions.size() && positions[subscript] >= 0;
+  });
+}
+
+unsigned long long OmDisplayLayerHeading::Data::DisplayPosition(const std::vector<int>& subscripts,
+                                                                const PlaceCalculator& calc) {
+  std::vector<unsigned int> digits;
+  for (const short d : calc.Dimensions()) {
+    const auto subscript = static_cast<unsigned long>(subscripts[static_cast<unsigned long>(d)]);
+    digits.push_back(static_cast<unsigned int>(Header(d)->leafPositions[subscript]));
+  }
+  return digits.empty() ? 0 : calc.Base().Value(digits);
+}
+
 void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
     const PuppetVector<short>& headDims, const PuppetVector<short>& /*otherDims*/, Places& out) {
   const PlaceCalculator calc(headDims, table->SizeVector());
@@ -209,7 +238,7 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
   const Places weights = Weights(bases);
 
   std::vector<Level> levels(headers.size());
-  bool bounded = true;  // no leaf stands at or beyond its dimension's size
+  bool inRange = true;  // no leaf stands at or beyond its dimension's size
   for (unsigned long k = 0; k != bases.size(); ++k) {
     const auto d = static_cast<unsigned long>(headDims[k]);
     const OmDimHeader& header = *headers[d];
@@ -219,15 +248,27 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
     level.next.assign(header.nodePaths.size(), -1);
     level.end = level.first.size();
     level.weight += weights[k];
-    bounded = bounded && header.nodePaths.size() <= bases[k];
+    inRange = inRange && header.nodePaths.size() <= bases[k];
   }
 
   // The iterators visit nothing where the first way down the store ends at a null.
   if (table->FirstCell().Cell() == nullptr) {
     return;
   }
-  Places found = FindPlaces(Store(*table), levels, calc.Size(), bounded);
-  if (!bounded) {
+  if (inRange && FitsPlaces(bases)) {
+    const Places found = FindPlaces(Store(*table), levels, calc.Size());
+    out.insert(out.end(), found.begin(), found.end());
+    return;
+  }
+  std::set<unsigned long long> places;
+  for (OmPivotTable::ConstIterator cell = std::as_const(*table).FirstCell(); cell.Cell() != nullptr;
+       ++cell) {
+    if (const std::vector<int> index = cell.Index(); HasLeaves(index, calc)) {
+      places.insert(DisplayPosition(index, calc));
+    }
+  }
+  Places found(places.begin(), places.end());
+  if (!inRange) {
     // Such a leaf shows as another place, which may be one where a leaf is missing.
     const auto lacksLeaf = [&](unsigned long long place) {
       const PlaceDigits digits(calc, place);
@@ -266,7 +307,7 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
   }
   for (unsigned long k = 0; k != bases.size(); ++k) {
     const OmDimHeader& header = *Header(headDims[k]);
-    if (Contains(otherDims, 0, headDims[k]) || Contains(headDims, k + 1, headDims[k])) {
+    if (Contains(otherDims, 0, headDims[k])) {
       continue;
     }
     Level& level = levels[static_cast<unsigned long>(headDims[k])];
@@ -285,13 +326,18 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
     level.weight = weights[k];
   }
 
-  Places found = FindPlaces(Store(*table), levels, head.Size(), true);
+  if (other.Size() == 0) {
+    return;  // no place to ask for, also where the product of the sizes wraps
+  }
+  Places found = FindPlaces(Store(*table), levels, head.Size());
+  found.erase(std::lower_bound(found.begin(), found.end(), head.Size()), found.end());
   // A dimension that comes again in a later place of the lists takes its subscript from there, so
   // that every leaf will do here.
   for (unsigned long k = 0; k != bases.size(); ++k) {
     if (Contains(otherDims, 0, headDims[k]) || Contains(headDims, k + 1, headDims[k])) {
-      Spread(found, std::min<unsigned long>(bases[k], Header(headDims[k])->nodePaths.size()),
-             weights[k]);
+      RepeatForEachDigit(found,
+                         std::min<unsigned long>(bases[k], Header(headDims[k])->nodePaths.size()),
+                         weights[k]);
     }
   }
   out.swap(found);

@@ -46,6 +46,7 @@ ConstNode* LabelAt(Path* path, unsigned int level, bool dimNamesInCorner) {
 }  // namespace
 
 std::vector<ConstNode*> CategoryDisplay(Path* path, unsigned int levels, bool dimNamesInCorner) {
+  OM_HARDEN(path != nullptr && path->size() != 0, "CategoryDisplay");
   std::vector<ConstNode*> labels;
   labels.reserve(levels);
   ForEachLabel(*path, levels, dimNamesInCorner, [&](ConstNode* node) { labels.push_back(node); });
@@ -53,6 +54,7 @@ std::vector<ConstNode*> CategoryDisplay(Path* path, unsigned int levels, bool di
 }
 
 std::vector<ConstNode*> Category(Path* path) {
+  OM_HARDEN(path != nullptr && path->size() != 0, "Category");
   return {path->begin()};
 }
 
@@ -167,13 +169,14 @@ void OmDisplayRowHeading::Data::GetRowNodeCategories(unsigned long long place, L
 
 // Returns the place of row `r`, or where no row is listed under that number, the number itself.
 unsigned long long OmDisplayRowHeading::Data::PlaceOf(int r) const {
+  OM_HARDEN(r >= 0, "OmDisplayRowHeading::Data::PlaceOf");
   const auto i = static_cast<unsigned long>(r);
   return skipEmpty && i < nonEmptyPlaces.size() ? nonEmptyPlaces[i] : i;
 }
 
 // The same for a caller who has to name a row that is listed.
 unsigned long long OmDisplayRowHeading::Data::ListedPlaceOf(int r) const {
-  OM_HARDEN(r >= 0 && (!skipEmpty || static_cast<unsigned long>(r) < nonEmptyPlaces.size()),
+  OM_HARDEN(!skipEmpty || static_cast<unsigned long>(r) < nonEmptyPlaces.size(),
             "OmDisplayRowHeading::Data::ListedPlaceOf");
   return PlaceOf(r);
 }
@@ -191,7 +194,7 @@ int OmDisplayRowHeading::Data::DimensionIndex(int k) {
 
 // Gives what entry `c` of every Row() is, from the one digit that decides it.
 OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const {
-  OM_HARDEN(c >= 0 && static_cast<unsigned int>(c) < headingWidth,
+  OM_HARDEN(placeCount == 0 || (c >= 0 && static_cast<unsigned int>(c) < headingWidth),
             "OmDisplayRowHeading::Data::Column");
   Labels column(static_cast<unsigned long>(placeCount));
   auto level = static_cast<unsigned int>(c);

@@ -19,12 +19,12 @@ class OmCellText;
 
 // Built from a layer heading, which has to outlive it. What it shows is settled when it is built:
 // it does not follow later layer switches. With skipEmpty only rows that hold a cell are numbered:
-// in the current layer where the table is dense, in any layer where it is sparse (IsSparse), on
-// purpose.
+// in the layer of the last successful switch where the table is dense, in any layer where it is
+// sparse (IsSparse), on purpose.
 //
 // The dimension that the table's axis lists first varies fastest, so axis dimension 0 of the
 // heading is the outermost, the axis's last. Each takes VisibleWidth() columns of labels, side by
-// side. A row number has to be below NRows() unless something else is said.
+// side. A row number is never negative, and with skipEmpty below NRows().
 class OM_API OmDisplayRowHeading {
  public:
   using ConstNode = OmDisplayLayerHeading::ConstNode;
