@@ -1,9 +1,1 @@
-#ifndef PLATFORM_CELLS_CELLPROPERTIES_H
-#define PLATFORM_CELLS_CELLPROPERTIES_H
-
-class OmCellProperties {
- public:
-  int color = -1;
-};
-
-#endif
+#include "platform/cells/CellTexts.h"

@@ -1,14 +1,16 @@
-// The cell texts of this platform: one string each, and a number where the kind has one.
+// The cell texts of this platform: one string each, whatever the kind.
 
 #ifndef PLATFORM_CELLS_CELLTEXT_H
 #define PLATFORM_CELLS_CELLTEXT_H
 
-#include <memory>
+#include <optional>
 #include <string>
 
-class OmCellMetaData;
+#include "backend/tables/om/Vector.h"
+
+class OmCellMetaData {};
+class OmCellProperties {};
 class OmComposite;
-class OmMemoryRegion;
 class OmNumDataValue;
 class OmNumber;
 class OmStringCell;
@@ -21,14 +23,16 @@ class OmCellText {
  public:
   class Visitor;
 
-  OmCellText(const OmCellText&) = delete;
   OmCellText& operator=(const OmCellText&) = delete;
-  virtual ~OmCellText();
+  virtual ~OmCellText() = default;
 
-  static void* operator new(unsigned long size);
-  static void* operator new(unsigned long size, OmMemoryRegion* region);
-  static void operator delete(void* block) noexcept;
-  static void operator delete(void* block, OmMemoryRegion* region) noexcept;
+  static void* operator new(unsigned long size, OmMemoryRegion* region) {
+    return OmMemoryRegion::SelectHeap(region)->Allocate(size);
+  }
+  static void operator delete(void* block) noexcept { OmMemoryRegion::Release(block); }
+  static void operator delete(void* block, OmMemoryRegion*) noexcept {
+    OmMemoryRegion::Release(block);
+  }
 
   virtual OmCellText* Clone(OmMemoryRegion* region = nullptr) const = 0;
   virtual short Compare(const OmCellText& other) const;
@@ -39,22 +43,23 @@ class OmCellText {
 
   virtual void setICUTracker(icuTracker* t) { tracker = t; }
   icuTracker* getICUTracker() const noexcept { return tracker; }
-  bool hasMeta() const noexcept { return meta != nullptr; }
+  bool hasMeta() const noexcept { return meta.has_value(); }
   const OmCellMetaData& getMeta() const { return *meta; }
-  void setMeta(const OmCellMetaData& value);
+  void setMeta(const OmCellMetaData& value) { meta = value; }
 
  protected:
-  explicit OmCellText(std::string text_);
+  explicit OmCellText(std::string text_) : text(std::move(text_)) {}
+  OmCellText(const OmCellText& other) : text(other.text), meta(other.meta) {}
 
  private:
   std::string text;
-  std::unique_ptr<OmCellMetaData> meta;
+  std::optional<OmCellMetaData> meta;
   icuTracker* tracker = nullptr;
 };
 
 class OmCellText::Visitor {
  public:
-  virtual ~Visitor();
+  virtual ~Visitor() = default;
   virtual void Visit(OmNumber& cell) = 0;
   virtual void Visit(OmStringCell& cell) = 0;
   virtual void Visit(OmStringCellUTF8& cell) = 0;

@@ -7,66 +7,49 @@
 #include "backend/tables/om/VectorTree.h"
 #include "platform/cells/CellText.h"
 
-class OmStringCell : public OmCellText {
+template <typename Cell, unsigned long kind>
+class OmCellTextOf : public OmCellText {
  public:
-  explicit OmStringCell(std::string value_, OmMemoryRegion* = nullptr, bool = false)
-      : OmCellText(std::move(value_)) {}
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 1; }
-  void Accept(Visitor& visitor) override;
+  explicit OmCellTextOf(std::string text_) : OmCellText(std::move(text_)) {}
+  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override {
+    return new (region) Cell(static_cast<const Cell&>(*this));
+  }
+  unsigned long Kind() const noexcept override { return kind; }
+  void Accept(Visitor& visitor) override { visitor.Visit(static_cast<Cell&>(*this)); }
 };
 
-class OmStringCellUTF8 : public OmCellText {
+class OmStringCell : public OmCellTextOf<OmStringCell, 1> {
  public:
-  explicit OmStringCellUTF8(std::string value_) : OmCellText(std::move(value_)) {}
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 2; }
-  void Accept(Visitor& visitor) override;
+  explicit OmStringCell(std::string text_, OmMemoryRegion* = nullptr, bool = false)
+      : OmCellTextOf(std::move(text_)) {}
 };
 
-class OmNumber : public OmCellText {
- public:
-  explicit OmNumber(double value_, const Qualtex_Format& format_ = kDefaultFormat);
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 3; }
-  void Accept(Visitor& visitor) override;
-
- private:
-  double value;
-  Qualtex_Format format;
+class OmStringCellUTF8 : public OmCellTextOf<OmStringCellUTF8, 2> {
+  using OmCellTextOf::OmCellTextOf;
 };
 
-class OmVariable : public OmCellText {
+class OmNumber : public OmCellTextOf<OmNumber, 3> {
  public:
-  explicit OmVariable(std::string value_) : OmCellText(std::move(value_)) {}
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 4; }
-  void Accept(Visitor& visitor) override;
+  explicit OmNumber(double value, const Qualtex_Format& format = kDefaultFormat);
 };
 
-class OmNumDataValue : public OmCellText {
- public:
-  explicit OmNumDataValue(std::string value_) : OmCellText(std::move(value_)) {}
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 5; }
-  void Accept(Visitor& visitor) override;
+class OmVariable : public OmCellTextOf<OmVariable, 4> {
+  using OmCellTextOf::OmCellTextOf;
 };
 
-class OmStringDataValue : public OmCellText {
- public:
-  explicit OmStringDataValue(std::string value_) : OmCellText(std::move(value_)) {}
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 6; }
-  void Accept(Visitor& visitor) override;
+class OmNumDataValue : public OmCellTextOf<OmNumDataValue, 5> {
+  using OmCellTextOf::OmCellTextOf;
+};
+
+class OmStringDataValue : public OmCellTextOf<OmStringDataValue, 6> {
+  using OmCellTextOf::OmCellTextOf;
 };
 
 // Its tree stays empty: nothing on this platform composes texts.
-class OmComposite : public OmCellText {
+class OmComposite : public OmCellTextOf<OmComposite, 7> {
  public:
-  OmComposite() : OmCellText("") {}
-  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
-  unsigned long Kind() const noexcept override { return 7; }
-  void Accept(Visitor& visitor) override;
+  OmComposite() : OmCellTextOf("") {}
+  OmComposite(const OmComposite& other) : OmCellTextOf(other) {}
   const OmVectorTree<OmCellText*>& Tree() const noexcept { return tree; }
   OmVectorTree<OmCellText*>& Tree() noexcept { return tree; }
 
