@@ -81,6 +81,44 @@ TEST(Region, KeepsBlocksApartAndCountsThem) {
   EXPECT_EQ(region.BytesHeld(), held);
 }
 
+// Blocks of zeros of all kinds, used again while others live: written where they are marked, they
+// come back as zeros, and what is not marked is nobody's.
+TEST(Region, GivesZerosAgainWhereItsOwnerMarked) {
+  const unsigned int seed = std::random_device{}();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  OmMemoryRegion region(false);
+  std::vector<Held> held;
+  for (int step = 0; step < 600; ++step) {
+    if (held.size() > 20) {
+      std::swap(held[random() % held.size()], held.back());
+      const unsigned long inUse = region.BytesInUse();
+      OmMemoryRegion::Release(held.back().block);
+      EXPECT_GE(inUse, region.BytesInUse() + held.back().bytes);
+      held.pop_back();
+    }
+    const unsigned long bytes = random() % 8 == 0 ? random() % 3000000 : random() % 60000;
+    auto* const block = static_cast<unsigned char*>(region.AllocateZeroed(bytes));
+    ASSERT_EQ(std::count(block, block + bytes, 0), static_cast<long>(bytes)) << bytes;
+    unsigned long* const marks = OmMemoryRegion::Marks(block);
+    EXPECT_EQ(marks != nullptr, bytes > OmMemoryRegion::kMostUnmarked) << bytes;
+    for (int i = 0; i < 50 && bytes != 0; ++i) {
+      const unsigned long at = i == 0 ? bytes - 1 : random() % bytes;
+      block[at] = 0xff;
+      if (marks != nullptr) {
+        marks[at / OmMemoryRegion::kMarkedBytes / 64] |= 1UL
+                                                         << at / OmMemoryRegion::kMarkedBytes % 64;
+      }
+    }
+    held.push_back({block, bytes, 0});
+  }
+  EXPECT_EQ(region.LiveBlocks(), held.size());
+  EXPECT_EQ(OmMemoryRegion::Marks(region.Allocate(50000)), nullptr);
+  region.Limit(region.BytesInUse() + 30000);
+  EXPECT_THROW((void)region.AllocateZeroed(30001), std::bad_alloc);
+  EXPECT_THROW((void)region.AllocateZeroed(2000000), std::bad_alloc);
+}
+
 TEST(Region, CountsEveryBlockWithItsSizeClass) {
   OmMemoryRegion region(false);
   EXPECT_EQ(region.BytesHeld(), 0U);
@@ -160,6 +198,10 @@ TEST(Region, RefusesWhatItCannotHold) {
   EXPECT_EQ(region.BytesHeld(), held);
   region.Limit(0);  // below what is in use
   EXPECT_THROW((void)region.Allocate(0), std::bad_alloc);
+  region.Limit(inUse + 100);
+  OmMemoryRegion::Release(last);
+  EXPECT_EQ(region.Allocate(40), last);
+  EXPECT_THROW((void)region.Allocate(101), std::bad_alloc);
   region.Limit(~0UL);
   OmMemoryRegion::Release(last);
   EXPECT_EQ(region.Allocate(40), last);

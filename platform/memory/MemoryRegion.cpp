@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <new>
 
@@ -25,6 +27,7 @@
 #define ASAN_POISON_MEMORY_REGION(address, size) static_cast<void>(0)
 #define ASAN_UNPOISON_MEMORY_REGION(address, size) static_cast<void>(0)
 #define OM_UNPOISONED inline
+#include <sys/mman.h>
 #endif
 
 static_assert(sizeof(void*) == 8 && sizeof(unsigned long) == 8);
@@ -38,12 +41,26 @@ struct OmMemoryRegion::Chunk {
   Chunk* next;
 };
 
-// Stands in front of a large block. The tag comes last, where every block has it.
+// Stands in front of a large block. The tag comes last, where every block has it. The marks of a
+// block stand in front of this, so that they share its page.
 struct OmMemoryRegion::Large {
   Large* previous;
   Large* next;
   unsigned long bytes;
   unsigned long tag;
+
+  [[nodiscard]] unsigned long* Marks() noexcept;
+  // Fills with zeros what is marked, and clears the marks.
+  void Clear() noexcept;
+  // What a block that the region gives back by itself takes from the system.
+  [[nodiscard]] unsigned long Whole() noexcept;
+  void GiveBack() noexcept;
+};
+
+// Stands at the start of a chunk of pages that read as zeros until somebody writes there.
+struct OmMemoryRegion::ZeroChunk {
+  ZeroChunk* next;
+  unsigned long bytes;
 };
 
 // Locks a region that is shared.
@@ -78,12 +95,30 @@ constexpr unsigned long kTagBytes = 8;
 constexpr unsigned long kStep = 16;
 constexpr unsigned long kLastFineStride = 272;
 constexpr unsigned int kFineClasses = 17;
+// Large blocks: from the system's allocator; of zeros, from a chunk; of zeros, with its own pages.
 constexpr unsigned int kLargeClass = 0x7fff;
+constexpr unsigned int kZeroedClass = 0x7ffe;
+constexpr unsigned int kMappedClass = 0x7ffd;
 constexpr unsigned long kFirstChunk = 1024;
+constexpr unsigned long kLastDoubling = 256UL << 10;
 constexpr unsigned long kLastChunk = 4UL << 20;
+constexpr unsigned long kPage = 4096;
+// Blocks of zeros from this size on have pages of their own, which go back with the block.
+constexpr unsigned long kLeastMapped = 1UL << 20;
+constexpr unsigned long kFirstZeroChunk = 64UL << 10;
+constexpr unsigned long kLastZeroChunk = 16UL << 20;
+// How many released blocks of zeros are looked at for one that will do.
+constexpr int kMostLooks = 16;
+constexpr unsigned long kNoLimit = ~0UL;
 // Left out of each chunk, so that it fills whole pages together with the system's own header.
 constexpr unsigned long kSystemHeader = 16;
 constexpr unsigned long kLargestBlock = 1UL << 39;
+// Where something watches over every block, nothing is done without it.
+#if defined(OM_SEES_ADDRESSES) || (defined(OM_HARDENING) && OM_HARDENING)
+constexpr bool kChecked = true;
+#else
+constexpr bool kChecked = false;
+#endif
 // Bytes behind each block that belong to nobody. A sanitizer sees a read that goes past the block
 // even where the block fills its class.
 #ifdef OM_SEES_ADDRESSES
@@ -186,11 +221,75 @@ inline void MarkReleased([[maybe_unused]] void* block, [[maybe_unused]] bool rel
 #endif
 }
 
+// Bytes that the marks of a block take, a multiple of 16.
+constexpr unsigned long MarksBytes(unsigned long bytes) {
+  return RoundUp(bytes, 128 * OmMemoryRegion::kMarkedBytes) / OmMemoryRegion::kMarkedBytes / 8;
+}
+
+// Takes pages from the system that nobody has touched and that read as zeros. A leak checker
+// follows pointers through the ordinary heap only.
+void* TakePages(unsigned long bytes) {
+#ifdef OM_SEES_ADDRESSES
+  void* const pages = std::calloc(1, bytes);
+  if (pages == nullptr) {
+    throw std::bad_alloc();
+  }
+#else
+  void* const pages =
+      mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) {
+    throw std::bad_alloc();
+  }
+#endif
+  return pages;
+}
+
+void ReturnPages(void* pages, [[maybe_unused]] unsigned long bytes) noexcept {
+#ifdef OM_SEES_ADDRESSES
+  std::free(pages);
+#else
+  munmap(pages, bytes);
+#endif
+}
+
 }  // namespace
+
+unsigned long* OmMemoryRegion::Large::Marks() noexcept {
+  return reinterpret_cast<unsigned long*>(reinterpret_cast<char*>(this) - MarksBytes(bytes));
+}
+
+void OmMemoryRegion::Large::Clear() noexcept {
+  unsigned long* const marks = Marks();
+  char* const block = reinterpret_cast<char*>(this + 1);
+  for (unsigned long at = 0; at < bytes; at += kMarkedBytes) {
+    const unsigned long i = at / kMarkedBytes;
+    if ((marks[i / 64] >> i % 64 & 1) != 0) {
+      std::memset(block + at, 0, std::min(kMarkedBytes, bytes - at));
+    }
+  }
+  std::memset(marks, 0, MarksBytes(bytes));
+}
+
+unsigned long OmMemoryRegion::Large::Whole() noexcept {
+  if (ClassIn(TagOf(this + 1)) == kLargeClass) {
+    return sizeof(Large) + bytes;
+  }
+  return RoundUp(MarksBytes(bytes) + sizeof(Large) + bytes, kPage);
+}
+
+void OmMemoryRegion::Large::GiveBack() noexcept {
+  if (ClassIn(TagOf(this + 1)) == kLargeClass) {
+    ::operator delete(this);
+  } else {
+    ReturnPages(Marks(), Whole());
+  }
+}
 
 OmMemoryRegion::OmMemoryRegion(bool shared) : OmMemoryRegion(shared ? new Lock : nullptr) {}
 
-OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept : lock(lock_), plain(lock_ == nullptr) {
+OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept
+    : lock(lock_), plain(lock_ == nullptr && !kChecked) {
+  static_assert(kClasses == kAllClasses && kMostFine == kLastFineStride - kTagBytes);
   OM_HARDEN(OwnerIn(TagFor(this, 0)) == this, "OmMemoryRegion::OmMemoryRegion");
 }
 
@@ -202,8 +301,13 @@ OmMemoryRegion::~OmMemoryRegion() {
   }
   while (large != nullptr) {
     Large* const next = large->next;
-    ::operator delete(large);
+    large->GiveBack();
     large = next;
+  }
+  while (zeroChunks != nullptr) {
+    ZeroChunk* const next = zeroChunks->next;
+    ReturnPages(zeroChunks, zeroChunks->bytes);
+    zeroChunks = next;
   }
   delete lock;
 }
@@ -216,8 +320,16 @@ OmMemoryRegion* OmMemoryRegion::DefaultHeap() noexcept {
   return heap;
 }
 
-void* OmMemoryRegion::Allocate(unsigned long bytes) {
-  return plain ? Take(bytes) : TakeWithCare(bytes);
+void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
+  return Take(bytes, true);
+}
+
+unsigned long* OmMemoryRegion::Marks(void* block) noexcept {
+  const unsigned int sizeClass = ClassIn(TagOf(block));
+  if (sizeClass != kZeroedClass && sizeClass != kMappedClass) {
+    return nullptr;
+  }
+  return (static_cast<Large*>(block) - 1)->Marks();
 }
 
 void OmMemoryRegion::Release(void* block) noexcept {
@@ -226,30 +338,38 @@ void OmMemoryRegion::Release(void* block) noexcept {
   }
   const unsigned long tag = TagOf(block);
   OmMemoryRegion* const owner = OwnerIn(tag);
-  if (owner->lock == nullptr) {
+  if (owner->plain) {
     owner->Return(block, tag);
-    return;
+  } else {
+    owner->ReturnWithCare(block, tag);
   }
-  const Guard guard(owner->lock);
-  owner->Return(block, tag);
 }
 
 void OmMemoryRegion::WorkingRelease(bool working_) noexcept {
   const Guard guard(lock);
   working = working_;
+  SettlePlain();
 }
 
 void OmMemoryRegion::Limit(unsigned long bytes) noexcept {
   const Guard guard(lock);
+  if (limit == kNoLimit) {
+    counted = InUse().bytes;
+  }
   limit = bytes;
-  if (lock == nullptr) {  // a shared region is never plain, which Allocate reads without the lock
-    plain = limit == ~0UL;
+  SettlePlain();
+}
+
+// A shared region is never plain, which is read without the lock.
+void OmMemoryRegion::SettlePlain() noexcept {
+  if (lock == nullptr) {
+    plain = working && limit == kNoLimit && !kChecked;
   }
 }
 
 unsigned long OmMemoryRegion::BytesInUse() const noexcept {
   const Guard guard(lock);
-  return bytesInUse;
+  return InUse().bytes;
 }
 
 unsigned long OmMemoryRegion::BytesHeld() const noexcept {
@@ -259,58 +379,77 @@ unsigned long OmMemoryRegion::BytesHeld() const noexcept {
 
 unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
   const Guard guard(lock);
-  return liveBlocks;
+  return InUse().blocks;
 }
 
-inline void* OmMemoryRegion::Take(unsigned long bytes) {
+OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
+  Tally tally = given;
+  for (unsigned int c = 0; c != kClasses; ++c) {
+    for (const void* block = freeLists[c]; block != nullptr; block = NextFree(block)) {
+      tally.Take(kStrides[c] - kTagBytes);
+    }
+  }
+  return tally;
+}
+
+// --- Small blocks -------------------------------------------------------------------------------
+
+void* OmMemoryRegion::Take(unsigned long bytes, bool zeroed) {
+  if (plain) {
+    return zeroed ? TakeZeroed(bytes) : TakeAny(bytes);
+  }
+  const Guard guard(lock);
+  const unsigned long size =
+      bytes > kLargestSmall ? bytes : kStrides[SmallClassFor(bytes)] - kTagBytes;
+  if (limit != kNoLimit && (counted > limit || size > limit - counted)) {
+    throw std::bad_alloc();
+  }
+  void* const block = zeroed ? TakeZeroed(bytes) : TakeAny(bytes);
+  counted += SizeOf(block, TagOf(block));
+  return block;
+}
+
+inline void* OmMemoryRegion::TakeAny(unsigned long bytes) {
   if (bytes > kLargestSmall) {
     return TakeLarge(bytes);
   }
   const unsigned int sizeClass = SmallClassFor(bytes);
-  void* block = freeLists[sizeClass];
+  void* const block = freeLists[sizeClass];
   if (block == nullptr) {
     return TakeFromChunk(bytes, sizeClass);
   }
   freeLists[sizeClass] = NextFree(block);
   MarkReleased(block, false);
-  return Count(block, bytes, sizeClass);
-}
-
-inline void* OmMemoryRegion::Count(void* block, [[maybe_unused]] unsigned long bytes,
-                                   unsigned int sizeClass) noexcept {
-  ++liveBlocks;
-  bytesInUse += kStrides[sizeClass] - kTagBytes;
   ASAN_UNPOISON_MEMORY_REGION(block, bytes);
   return block;
 }
 
-[[gnu::noinline]] void* OmMemoryRegion::TakeFromChunk(unsigned long bytes, unsigned int sizeClass) {
+void* OmMemoryRegion::TakeFromChunk([[maybe_unused]] unsigned long bytes, unsigned int sizeClass) {
   const unsigned long stride = kStrides[sizeClass];
   if (static_cast<unsigned long>(bumpEnd - bump) < stride) {
     AddChunk(stride);
   }
+  void* const block = Carve(sizeClass);
+  ASAN_UNPOISON_MEMORY_REGION(block, bytes);
+  return block;
+}
+
+inline void* OmMemoryRegion::Carve(unsigned int sizeClass) noexcept {
   void* const block = bump + kTagBytes;
-  bump += stride;
+  bump += kStrides[sizeClass];
   SetTag(block, TagFor(this, sizeClass));
-  return Count(block, bytes, sizeClass);
+  given.Add(kStrides[sizeClass] - kTagBytes);
+  return block;
 }
 
-// Takes a block of a region that is shared or limited. Not inlined, to keep Allocate small.
-[[gnu::noinline]] void* OmMemoryRegion::TakeWithCare(unsigned long bytes) {
-  const Guard guard(lock);
-  const unsigned long given =
-      bytes > kLargestSmall ? bytes : kStrides[SmallClassFor(bytes)] - kTagBytes;
-  if (bytesInUse > limit || given > limit - bytesInUse) {
-    throw std::bad_alloc();
-  }
-  return Take(bytes);
-}
-
-// Takes as much again as all chunks are, or what one block needs where that is more.
+// Takes as much again as all chunks are, less where that is a lot, or what one block needs where
+// that is more.
 void OmMemoryRegion::AddChunk(unsigned long stride) {
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;
-  const unsigned long usual =
-      chunkBytes == 0 ? kFirstChunk : std::min(std::bit_floor(chunkBytes), kLastChunk);
+  unsigned long usual = std::max(kFirstChunk, std::bit_floor(chunkBytes));
+  if (usual > kLastDoubling) {
+    usual = std::clamp(RoundUp(chunkBytes / 64, kPage), kLastDoubling, kLastChunk);
+  }
   const unsigned long whole =
       std::max(usual, RoundUp(stride + kAround + kSystemHeader, kFirstChunk));
   const unsigned long bytes = whole - kSystemHeader;
@@ -335,10 +474,7 @@ void OmMemoryRegion::RetireChunk() noexcept {
     if (kStrides[sizeClass] > rest) {
       --sizeClass;
     }
-    void* const block = bump + kTagBytes;
-    SetTag(block, TagFor(this, sizeClass));
-    PushFree(block, sizeClass);
-    bump += kStrides[sizeClass];
+    PushFree(Carve(sizeClass), sizeClass);
   }
 }
 
@@ -348,12 +484,136 @@ inline void OmMemoryRegion::PushFree(void* block, unsigned int sizeClass) noexce
   freeLists[sizeClass] = block;
 }
 
+inline void OmMemoryRegion::Return(void* block, unsigned long tag) noexcept {
+  OM_HARDEN((tag & kReleased) == 0, "OmMemoryRegion::Release");
+  const unsigned int sizeClass = ClassIn(tag);
+  OM_HARDEN(sizeClass < kAllClasses || sizeClass >= kMappedClass, "OmMemoryRegion::Release");
+  if (sizeClass >= kMappedClass) {
+    ReturnLarge(static_cast<Large*>(block) - 1);
+    return;
+  }
+  ASAN_POISON_MEMORY_REGION(block, kStrides[sizeClass] - kTagBytes);
+  PushFree(block, sizeClass);
+}
+
+// Takes back a block of a region that is shared, limited or on its way out.
+[[gnu::noinline]] void OmMemoryRegion::ReturnWithCare(void* block, unsigned long tag) noexcept {
+  const Guard guard(lock);
+  const unsigned long size = SizeOf(block, tag);
+  counted -= size;
+  if (working) {
+    Return(block, tag);
+    return;
+  }
+  // Neither used again nor given back before the region goes.
+  OM_HARDEN((tag & kReleased) == 0, "OmMemoryRegion::Release");
+  given.Take(size);
+  MarkReleased(block, true);
+  ASAN_POISON_MEMORY_REGION(block, size);
+}
+
+inline unsigned long OmMemoryRegion::SizeOf(void* block, unsigned long tag) noexcept {
+  const unsigned int sizeClass = ClassIn(tag);
+  return sizeClass < kAllClasses ? kStrides[sizeClass] - kTagBytes
+                                 : (static_cast<Large*>(block) - 1)->bytes;
+}
+
+// --- Large blocks -------------------------------------------------------------------------------
+
 void* OmMemoryRegion::TakeLarge(unsigned long bytes) {
   if (bytes > kLargestBlock) {
     throw std::bad_alloc();
   }
-  const unsigned long whole = sizeof(Large) + bytes;
-  auto* const front = static_cast<Large*>(::operator new(whole));
+  auto* const front = static_cast<Large*>(::operator new(sizeof(Large) + bytes));
+  Link(front, bytes, kLargeClass);
+  return front + 1;
+}
+
+void* OmMemoryRegion::TakeZeroed(unsigned long bytes) {
+  if (bytes <= kMostUnmarked) {
+    return std::memset(TakeAny(bytes), 0, bytes);
+  }
+  if (bytes > kLargestBlock) {
+    throw std::bad_alloc();
+  }
+  if (bytes >= kLeastMapped) {
+    const unsigned long around = MarksBytes(bytes) + sizeof(Large);
+    auto* const pages = static_cast<char*>(TakePages(RoundUp(around + bytes, kPage)));
+    Large* const front = reinterpret_cast<Large*>(pages + around) - 1;
+    Link(front, bytes, kMappedClass);
+    ASAN_POISON_MEMORY_REGION(pages + around + bytes,
+                              RoundUp(around + bytes, kPage) - around - bytes);
+    return front + 1;
+  }
+  Large* front = FindZeroed(bytes);
+  if (front == nullptr) {
+    front = CarveZeroed(bytes);
+  }
+  given.Add(front->bytes);
+  SetTag(front + 1, TagFor(this, kZeroedClass));
+  ASAN_UNPOISON_MEMORY_REGION(front + 1, bytes);
+  return front + 1;
+}
+
+// Returns a released block of zeros, cleared, or null where there is none of about that size.
+OmMemoryRegion::Large* OmMemoryRegion::FindZeroed(unsigned long bytes) noexcept {
+  Large** place = &freeZeroed;
+  for (int i = 0; i != kMostLooks && *place != nullptr; ++i) {
+    Large* const front = *place;
+    const bool allowed = limit == kNoLimit || front->bytes <= limit - counted;
+    if (front->bytes >= bytes && front->bytes / 2 <= bytes && allowed) {
+      *place = front->next;
+      ASAN_UNPOISON_MEMORY_REGION(front + 1, front->bytes);
+      front->Clear();
+      return front;
+    }
+    place = &front->next;
+  }
+  return nullptr;
+}
+
+OmMemoryRegion::Large* OmMemoryRegion::CarveZeroed(unsigned long bytes) {
+  const unsigned long around = MarksBytes(bytes) + sizeof(Large);
+  const unsigned long whole = around + RoundUp(bytes + kRedZone, kStep);
+  if (static_cast<unsigned long>(zerosEnd - zeros) < whole) {
+    // As much again as all such chunks are, in pages that cost nothing before they are reached.
+    const unsigned long chunk =
+        RoundUp(std::max(std::clamp(zeroChunkBytes, kFirstZeroChunk, kLastZeroChunk),
+                         whole + sizeof(ZeroChunk)),
+                kPage);
+    zeroChunks = new (TakePages(chunk)) ZeroChunk{zeroChunks, chunk};
+    zeroChunkBytes += chunk;
+    zeros = reinterpret_cast<char*>(zeroChunks + 1);
+    zerosEnd = reinterpret_cast<char*>(zeroChunks) + chunk;
+  }
+  Large* const front = reinterpret_cast<Large*>(zeros + around) - 1;
+  zeros += whole;
+  bytesHeld += whole;
+  front->bytes = bytes;
+  ASAN_POISON_MEMORY_REGION(&front->tag, kTagBytes);
+  ASAN_POISON_MEMORY_REGION(zeros - kRedZone, kRedZone);
+  return front;
+}
+
+void OmMemoryRegion::ReturnLarge(Large* front) noexcept {
+  given.Take(front->bytes);
+  MarkReleased(front + 1, true);
+  if (ClassIn(TagOf(front + 1)) == kZeroedClass) {
+    ASAN_POISON_MEMORY_REGION(front + 1, front->bytes);
+    front->next = freeZeroed;
+    freeZeroed = front;
+    return;
+  }
+  bytesHeld -= front->Whole();
+  (front->previous != nullptr ? front->previous->next : large) = front->next;
+  if (front->next != nullptr) {
+    front->next->previous = front->previous;
+  }
+  front->GiveBack();
+}
+
+// Lists a new block that the region has to give back by itself.
+void OmMemoryRegion::Link(Large* front, unsigned long bytes, unsigned int sizeClass) noexcept {
   front->previous = nullptr;
   front->next = large;
   front->bytes = bytes;
@@ -361,47 +621,8 @@ void* OmMemoryRegion::TakeLarge(unsigned long bytes) {
     large->previous = front;
   }
   large = front;
-  ++liveBlocks;
-  bytesInUse += bytes;
-  bytesHeld += whole;
-  void* const block = front + 1;
-  SetTag(block, TagFor(this, kLargeClass));
+  SetTag(front + 1, TagFor(this, sizeClass));
+  given.Add(bytes);
+  bytesHeld += front->Whole();
   ASAN_POISON_MEMORY_REGION(&front->tag, kTagBytes);
-  return block;
-}
-
-inline void OmMemoryRegion::Return(void* block, unsigned long tag) noexcept {
-  OM_HARDEN((tag & kReleased) == 0, "OmMemoryRegion::Release");
-  const unsigned int sizeClass = ClassIn(tag);
-  OM_HARDEN(sizeClass < kAllClasses || sizeClass == kLargeClass, "OmMemoryRegion::Release");
-  --liveBlocks;
-  if (sizeClass == kLargeClass) {
-    ReturnLarge(block);
-    return;
-  }
-  const unsigned long bytes = kStrides[sizeClass] - kTagBytes;
-  bytesInUse -= bytes;
-  ASAN_POISON_MEMORY_REGION(block, bytes);
-  if (working) {
-    PushFree(block, sizeClass);
-  } else {
-    MarkReleased(block, true);
-  }
-}
-
-void OmMemoryRegion::ReturnLarge(void* block) noexcept {
-  Large* const front = static_cast<Large*>(block) - 1;
-  bytesInUse -= front->bytes;
-  MarkReleased(block, true);
-  if (!working) {
-    // Stays on the list until the region is destroyed.
-    ASAN_POISON_MEMORY_REGION(block, front->bytes);
-    return;
-  }
-  bytesHeld -= sizeof(Large) + front->bytes;
-  (front->previous != nullptr ? front->previous->next : large) = front->next;
-  if (front->next != nullptr) {
-    front->next->previous = front->previous;
-  }
-  ::operator delete(front);
 }

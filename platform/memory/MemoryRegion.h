@@ -3,9 +3,9 @@
 // Blocks come from chunks that a region takes from the system and gives back as a whole when it is
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
-// first block, 1 KiB then, and as much again as it holds whenever that is used up, 4 MiB at most. A
-// block costs 8 bytes more than its size class. Blocks above 16 KiB are taken from the system one
-// by one. A chunk is given back only with its region.
+// first block, 1 KiB then, and as much again as it holds whenever that is used up; above 256 KiB a
+// 64th of what it holds, 4 MiB at most. A block costs 8 bytes more than its size class. Blocks
+// above 16 KiB are taken from the system one by one. A chunk is given back only with its region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
@@ -16,9 +16,12 @@
 // with true may be used by several threads at once. Destroying a region frees everything that it
 // still holds, without running any destructor of what lives in it.
 //
+// Taking and releasing a small block count nothing, which would cost more than all the rest: what
+// is alive is told from what was carved from chunks, less what the free lists hold.
+//
 // Invariants: `bump` and `bumpEnd` delimit the unused rest of one chunk; each block on freeLists[c]
-// is of class c and counted neither in `bytesInUse` nor in `liveBlocks`; `bytesHeld` is the sum of
-// all chunks and large blocks.
+// is of class c; a block that was ever given out is alive, or on a free list, or no longer in
+// `given`; `bytesHeld` is the sum of all chunks, large blocks and blocks of zeros.
 class OM_PLATFORM_API OmMemoryRegion {
  public:
   explicit OmMemoryRegion(bool shared);
@@ -30,6 +33,17 @@ class OM_PLATFORM_API OmMemoryRegion {
   // std::bad_alloc where there is no memory, where the limit is reached, or where `bytes` is beyond
   // what a block can hold (512 GiB). The region is then as it was.
   [[nodiscard]] void* Allocate(unsigned long bytes);
+
+  // As Allocate, and every byte is zero. A large block comes from pages that nobody has touched,
+  // and has marks: a bit for each kMarkedBytes of it, which the owner sets where it writes. Whoever
+  // looks for what was written need not look at the rest, and the system gives no memory for it.
+  [[nodiscard]] void* AllocateZeroed(unsigned long bytes);
+  // Returns the marks of a live block, the first bit of the first word for its first bytes, or null
+  // for a block that has none.
+  [[nodiscard]] static unsigned long* Marks(void* block) noexcept;
+  static constexpr unsigned long kMarkedBytes = 512;
+  // Blocks up to this size have no marks.
+  static constexpr unsigned long kMostUnmarked = 16384;
 
   // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
   static void Release(void* block) noexcept;
@@ -51,9 +65,10 @@ class OM_PLATFORM_API OmMemoryRegion {
   void Limit(unsigned long bytes) noexcept;
 
   // Bytes of the blocks that are allocated and not released, each counted with the size it was
-  // given (its size class, no header).
+  // given (its size class, no header). Costs a walk over the released blocks, like LiveBlocks().
   unsigned long BytesInUse() const noexcept;
-  // Bytes that the region holds from the system, its free blocks and headers included.
+  // Bytes that the region holds from the system, its free blocks and headers included. Pages that
+  // no block has reached yet do not count.
   unsigned long BytesHeld() const noexcept;
   // Number of blocks that are allocated and not released.
   unsigned long LiveBlocks() const noexcept;
@@ -63,37 +78,74 @@ class OM_PLATFORM_API OmMemoryRegion {
   struct Heap;
   struct Large;
   struct Lock;
+  struct ZeroChunk;
   class Guard;
+
+  // A number of blocks and the sum of their sizes.
+  struct Tally {
+    void Add(unsigned long bytes_) noexcept { ++blocks, bytes += bytes_; }
+    void Take(unsigned long bytes_) noexcept { --blocks, bytes -= bytes_; }
+    unsigned long blocks = 0;
+    unsigned long bytes = 0;
+  };
 
   // 17 classes in steps of 16 bytes, then four for each of six doublings.
   static constexpr unsigned int kClasses = 41;
+  // Blocks up to this size are of the first 17 classes, whose sizes are 8, 24, 40, …
+  static constexpr unsigned long kMostFine = 264;
 
   explicit OmMemoryRegion(Lock* lock_) noexcept;
 
-  void* Take(unsigned long bytes);
-  void* TakeWithCare(unsigned long bytes);
+  void* Take(unsigned long bytes, bool zeroed);
+  void* TakeAny(unsigned long bytes);
   void* TakeFromChunk(unsigned long bytes, unsigned int sizeClass);
-  void* Count(void* block, unsigned long bytes, unsigned int sizeClass) noexcept;
   void* TakeLarge(unsigned long bytes);
+  void* TakeZeroed(unsigned long bytes);
+  Large* FindZeroed(unsigned long bytes) noexcept;
+  Large* CarveZeroed(unsigned long bytes);
+  void* Carve(unsigned int sizeClass) noexcept;
   void AddChunk(unsigned long stride);
   void RetireChunk() noexcept;
   void Return(void* block, unsigned long tag) noexcept;
-  void ReturnLarge(void* block) noexcept;
+  void ReturnWithCare(void* block, unsigned long tag) noexcept;
+  void ReturnLarge(Large* front) noexcept;
   void PushFree(void* block, unsigned int sizeClass) noexcept;
+  void Link(Large* front, unsigned long bytes, unsigned int sizeClass) noexcept;
+  void SettlePlain() noexcept;
+  [[nodiscard]] static unsigned long SizeOf(void* block, unsigned long tag) noexcept;
+  [[nodiscard]] Tally InUse() const noexcept;
 
   Lock* lock;  // null unless the region is shared
-  unsigned long liveBlocks = 0;
-  unsigned long bytesInUse = 0;
+  bool plain;  // neither shared, limited, on its way out nor hardened: nothing has to be asked
   bool working = true;
-  bool plain;  // neither shared nor limited: nothing stands before Take
   char* bump = nullptr;
   char* bumpEnd = nullptr;
-  unsigned long bytesHeld = 0;
+  void* freeLists[kClasses] = {};
+  Tally given;  // blocks that were given out, less large ones and those released on the way out
+  unsigned long counted = 0;  // bytes in use where there is a limit
   unsigned long limit = ~0UL;
+  unsigned long bytesHeld = 0;
   unsigned long chunkBytes = 0;  // what all chunks cost the system; decides the size of the next
   Chunk* chunks = nullptr;
   Large* large = nullptr;
-  void* freeLists[kClasses] = {};
+  char* zeros = nullptr;  // the rest of a chunk of untouched pages
+  char* zerosEnd = nullptr;
+  ZeroChunk* zeroChunks = nullptr;
+  unsigned long zeroChunkBytes = 0;
+  Large* freeZeroed = nullptr;  // released blocks from those chunks
 };
+
+// Inline for what is done most, a small block of a size that was released before: to know the size
+// when compiling makes it three times as fast.
+inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
+  if (plain && bytes <= kMostFine) {
+    void*& list = freeLists[(bytes + 7) / 16];
+    if (void* const block = list; block != nullptr) {
+      list = *static_cast<void**>(block);
+      return block;
+    }
+  }
+  return Take(bytes, false);
+}
 
 #endif

@@ -346,11 +346,22 @@ class CellIterator(Printer):
             return 'cells'
 
 
+# Bytes from one block of a region's size class to the next.
+STRIDES = [16 * (c + 1) for c in range(17)] + [((5 + c % 4) << (6 + c // 4)) + 16 for c in range(24)]
+
+
 class Region(Printer):
     def to_string(self):
         v = self.value
-        return '%d bytes in %d blocks, %d bytes held' % (
-            int(v['bytesInUse']), int(v['liveBlocks']), int(v['bytesHeld']))
+        size, count = int(v['given']['bytes']), int(v['given']['blocks'])
+        lists = v['freeLists']
+        for c in range(lists.type.range()[1] + 1):
+            block = lists[c]
+            while int(block):
+                count -= 1
+                size -= STRIDES[c] - 8
+                block = block.cast(block.type.pointer()).dereference()
+        return '%d bytes in %d blocks, %d bytes held' % (size, count, int(v['bytesHeld']))
 
 
 class Exception_(Printer):
