@@ -288,6 +288,13 @@ TEST(Exhaustion, CellStore) {
          f.root = OmCellStore::Raise(f.root, &f.region);
          f.root = OmCellStore::Lower(f.root);
        }},
+      {"Raise and Lower of nothing, Delete beyond",
+       [](Stores& f) {
+         EXPECT_EQ(OmCellStore::Lower(OmCellStore::Raise(nullptr, &f.region)), nullptr);
+         OmCellStore::Delete(f.root, {0, 99});
+         OmCellStore::Delete(nullptr, {0, 0});
+         freeCellArray(nullptr, 1);
+       }},
       {"Raise",
        [](Stores& f) {
          f.root = OmCellStore::Raise(f.root, &f.region);

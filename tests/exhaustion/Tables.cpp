@@ -300,9 +300,22 @@ TEST(Exhaustion, Tables) {
        After::kRepeatable},
       {"setHelper",
        [](Tables& f) {
-         OmStringCell cell("x");
-         f.table.setHelper(cell);
-         f.seen = Show(&cell);
+         OmStringCell string("s");
+         OmStringCellUTF8 utf8("u");
+         OmVariable variable("v", "");
+         OmNumDataValue number(1, "n");
+         OmStringDataValue value("d", "");
+         OmNumber untied(1);
+         OmComposite composite;
+         *composite.Tree().Root() = new OmStringCell("root");
+         composite.Tree().Child(composite.Tree().Root(), nullptr);
+         std::string shown;
+         for (OmCellText* const cell : std::initializer_list<OmCellText*>{
+                  &string, &utf8, &variable, &number, &value, &untied, &composite}) {
+           f.table.setHelper(*cell);
+           shown += Show(cell);
+         }
+         f.seen = shown + Show(*composite.Tree().Root());
        }},
       {"TableLocale", [](Tables& f) { f.table.TableLocale(kText); }},
       {"setBorderInfo", [](Tables& f) { f.table.setBorderInfo(kText); }},

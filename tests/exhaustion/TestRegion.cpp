@@ -5,6 +5,7 @@
 #include <cstring>
 #include <map>
 #include <new>
+#include <utility>
 
 #include "backend/tables/om/Vector.h"
 #include "platform/memory/MemoryRegion.h"
@@ -32,11 +33,28 @@ struct Uncounted {
   }
 };
 
-using Blocks = std::map<void*, Block, std::less<void*>, Uncounted<std::pair<void* const, Block>>>;
+// What a region would hold in its own fields.
+struct State {
+  unsigned long blocks = 0;
+  unsigned long bytes = 0;
+  unsigned long limit = ~0UL;
+};
 
-Blocks& AllBlocks() {
-  static Blocks& blocks = *new (std::malloc(sizeof(Blocks))) Blocks;
-  return blocks;
+template <typename Key, typename Value>
+using Map = std::map<Key, Value, std::less<Key>, Uncounted<std::pair<const Key, Value>>>;
+
+template <typename Key, typename Value>
+Map<Key, Value>& All() {
+  static auto& all = *new (std::malloc(sizeof(Map<Key, Value>))) Map<Key, Value>;
+  return all;
+}
+
+Map<void*, Block>& Blocks() {
+  return All<void*, Block>();
+}
+
+State& StateOf(const OmMemoryRegion* region) {
+  return All<const OmMemoryRegion*, State>()[region];
 }
 
 long lost = 0;
@@ -44,44 +62,67 @@ long lost = 0;
 }  // namespace
 
 long regions::LiveBlocks() {
-  return static_cast<long>(AllBlocks().size());
+  return static_cast<long>(Blocks().size());
 }
 
 long regions::LostBlocks() {
   return lost;
 }
 
-OmMemoryRegion::OmMemoryRegion(bool) : lock(nullptr), plain(true) {}
-
-OmMemoryRegion::~OmMemoryRegion() {
-  lost += static_cast<long>(liveBlocks);
+#ifdef OM_REGION_INLINE
+// Not plain, so that nothing is taken past this file.
+OmMemoryRegion::OmMemoryRegion(bool) : plain(false) {
+#else
+OmMemoryRegion::OmMemoryRegion(bool) {
+#endif
+  StateOf(this) = State();
 }
 
+OmMemoryRegion::~OmMemoryRegion() {
+  lost += static_cast<long>(StateOf(this).blocks);
+}
+
+#ifdef OM_REGION_INLINE
+void* OmMemoryRegion::Take(unsigned long bytes, bool) {
+#else
 void* OmMemoryRegion::Allocate(unsigned long bytes) {
-  if (allocations::Refuse() || bytes > 1UL << 39 || bytesInUse + bytes > limit) {
+#endif
+  State& state = StateOf(this);
+  if (allocations::Refuse() || bytes > 1UL << 39 || state.bytes + bytes > state.limit) {
     throw std::bad_alloc();
   }
   void* const block = std::malloc(bytes != 0 ? bytes : 1);
   std::memset(block, 0xa5, bytes);
-  AllBlocks().emplace(block, Block{this, bytes});
-  ++liveBlocks;
-  bytesInUse += bytes;
+  Blocks().emplace(block, Block{this, bytes});
+  ++state.blocks;
+  state.bytes += bytes;
   return block;
 }
+
+#ifdef OM_REGION_INLINE
+void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
+  return std::memset(Allocate(bytes), 0, bytes);
+}
+
+unsigned long* OmMemoryRegion::Marks(void*) noexcept {
+  return nullptr;
+}
+#endif
 
 void OmMemoryRegion::Release(void* block) noexcept {
   if (block == nullptr) {
     return;
   }
-  const auto entry = AllBlocks().find(block);
-  if (entry == AllBlocks().end()) {
+  const auto entry = Blocks().find(block);
+  if (entry == Blocks().end()) {
     std::fputs("a block was released that no region has given out\n", stderr);
     std::abort();
   }
-  --entry->second.owner->liveBlocks;
-  entry->second.owner->bytesInUse -= entry->second.bytes;
-  std::memset(block, 0xdd, entry->second.bytes);
-  AllBlocks().erase(entry);
+  const auto [owner, bytes] = entry->second;
+  --StateOf(owner).blocks;
+  StateOf(owner).bytes -= bytes;
+  std::memset(block, 0xdd, bytes);
+  Blocks().erase(entry);
   std::free(block);
 }
 
@@ -90,22 +131,20 @@ OmMemoryRegion* OmMemoryRegion::DefaultHeap() noexcept {
   return &heap;
 }
 
-void OmMemoryRegion::WorkingRelease(bool working_) noexcept {
-  working = working_;
-}
+void OmMemoryRegion::WorkingRelease(bool) noexcept {}
 
 void OmMemoryRegion::Limit(unsigned long bytes) noexcept {
-  limit = bytes;
+  StateOf(this).limit = bytes;
 }
 
 unsigned long OmMemoryRegion::BytesInUse() const noexcept {
-  return bytesInUse;
+  return StateOf(this).bytes;
 }
 
 unsigned long OmMemoryRegion::BytesHeld() const noexcept {
-  return bytesInUse;
+  return StateOf(this).bytes;
 }
 
 unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
-  return liveBlocks;
+  return StateOf(this).blocks;
 }
