@@ -94,14 +94,6 @@ TEST(VectorTreeDeathTest, BrokenRulesEndTheProcess) {
   EXPECT_DEATH((void)Tree::Node(const_cast<Record*>(&stray), 1).Counterpart(other),
                "backend/tables/om/VectorTree:384: Counterpart: Assertion `0 <= offset && offset < "
                "vec.size\\(\\)' failed");
-#if OM_HARDENING
-  Tree::Node node = tree.Root()[0];
-  Tree::Node below = node[0];
-  EXPECT_DEATH(tree.moveChild(node, nullptr, &below), "OmVectorTree::moveChild");
-  EXPECT_DEATH(tree.swapChildren(below, node), "OmVectorTree::swapChildren");
-  EXPECT_DEATH((void)tree.Root().Parent(), "OmVectorTree::Node::Parent");
-  EXPECT_DEATH((void)node[1], "OmVector::operator");
-#endif
 }
 
 TEST(VectorTree, DepthNeedsNoStack) {

@@ -88,6 +88,7 @@ std::vector<int> OmPivotTable::Iterator::Data::Index() const {
 }
 
 OmPivotTable::Iterator::Data* OmPivotTable::Iterator::Data::Hold(Data* cursor) noexcept {
+  OM_HARDEN(cursor != nullptr, "OmPivotTable::Iterator::Iterator");
   ++cursor->holders;
   return cursor;
 }
@@ -100,9 +101,7 @@ void OmPivotTable::Iterator::Data::LetGo(Data* cursor) noexcept {
 
 OmPivotTable::Iterator::Iterator() : Iterator(new Data) {}
 
-OmPivotTable::Iterator::Iterator(Data* cursor_) noexcept : cursor(Data::Hold(cursor_)) {
-  OM_HARDEN(cursor_ != nullptr, "OmPivotTable::Iterator::Iterator");
-}
+OmPivotTable::Iterator::Iterator(Data* cursor_) noexcept : cursor(Data::Hold(cursor_)) {}
 
 OmPivotTable::Iterator::Iterator(const Iterator& other) : Iterator(new Data(*other.cursor)) {}
 
@@ -135,9 +134,7 @@ OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
 OmPivotTable::ConstIterator::ConstIterator() : ConstIterator(new Iterator::Data) {}
 
 OmPivotTable::ConstIterator::ConstIterator(Iterator::Data* cursor_) noexcept
-    : cursor(Iterator::Data::Hold(cursor_)) {
-  OM_HARDEN(cursor_ != nullptr, "OmPivotTable::ConstIterator::ConstIterator");
-}
+    : cursor(Iterator::Data::Hold(cursor_)) {}
 
 OmPivotTable::ConstIterator::ConstIterator(const ConstIterator& other)
     : ConstIterator(new Iterator::Data(*other.cursor)) {}

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "backend/tables/om/Assert.h"
 #include "platform/cells/CellText.h"
 
 namespace {
@@ -59,6 +60,7 @@ void freeCellArray(OmPointerVector* v, int depth) {
   if (v == nullptr) {
     return;
   }
+  OM_HARDEN(depth > 0, "freeCellArray");
   for (void* const element : *v) {
     if (element == nullptr) {
       continue;
@@ -74,6 +76,7 @@ void freeCellArray(OmPointerVector* v, int depth) {
 
 void*& OmCellStore::Slot(OmPointerVector*& root, const std::vector<int>& subscripts,
                          OmMemoryRegion* region) {
+  OM_HARDEN(!subscripts.empty(), "OmCellStore::Slot");
   if (root == nullptr) {
     root = new (region) OmPointerVector(region);
   }
