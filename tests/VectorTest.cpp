@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "tests/support/Choices.h"
-#include "tests/support/Counted.h"
 #include "tests/support/VectorModel.h"
 
 namespace {
@@ -58,29 +57,6 @@ TEST(Vector, RoomFollowsTheRule) {
 
 TEST(Vector, BehavesLikeAStandardVector) {
   Play<VectorModel>(10, 2000);
-}
-
-TEST(Vector, AFailedCopyLeavesNoTrace) {
-  OmMemoryRegion region(false);
-  OmVector<Counted> v(4, Counted(5), &region);
-  const std::vector<int> before = Values(v);
-  const auto unchanged = [&] {
-    EXPECT_EQ(Values(v), before);
-    EXPECT_EQ(region.LiveBlocks(), 1u);
-  };
-  const Counted six(6);
-  EXPECT_EQ(Counted::Exhaust([&] { OmVector<Counted>(v, &region); }, unchanged), 4);
-  EXPECT_EQ(Counted::Exhaust([&] { OmVector<Counted>(3, six, &region); }, unchanged), 3);
-  unchanged();
-  Counted::copiesLeft = 0;
-  EXPECT_THROW(v.insert(v.begin() + 1, six), std::bad_alloc);
-  Counted::copiesLeft = -1;
-  unchanged();
-  v.clear();
-  v.reserve(0);
-  EXPECT_EQ(
-      Counted::Exhaust([&] { v.push_back(six); }, [&] { EXPECT_EQ(region.LiveBlocks(), 0u); }), 1);
-  EXPECT_EQ(Values(v), std::vector<int>{6});
 }
 
 }  // namespace

@@ -30,25 +30,6 @@ struct Counted {
   }
   bool operator==(const Counted& other) const { return value == other.value; }
 
-  // Runs `operation` with copy 0, 1, 2, … failing until it succeeds; `check` runs after each
-  // failure. Returns the number of copies that it takes.
-  template <typename Operation, typename Check>
-  static long Exhaust(Operation operation, Check check) {
-    for (long n = 0;; ++n) {
-      const long before = live;
-      try {
-        copiesLeft = n;
-        operation();
-        copiesLeft = -1;
-        return n;
-      } catch (const std::bad_alloc&) {
-        copiesLeft = -1;
-        EXPECT_EQ(live, before) << "copy " << n;
-        check();
-      }
-    }
-  }
-
   static constexpr unsigned kAlive = 0x600dcafe;
   static inline long live = 0;
   static inline long copiesLeft = -1;  // negative: no limit

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -110,13 +111,15 @@ class TreeModel {
         break;
       case 1: {
         Twin::Twins taken;
+        std::list<Tree::Node> nodes;
+        std::vector<Tree::Node*> pointers;
         for (Twin& kid : a->kids) {
           if (random() % 2 == 0) {
             taken.push_back(&kid);
+            pointers.push_back(&nodes.emplace_back(FindNode(tree, &kid)));
           }
         }
-        std::vector<Tree::Node> nodes = FindNodes(tree, taken);
-        tree.InsertChild(value, Pointers(nodes));
+        tree.InsertChild(value, pointers);
         a->Group(value, taken);
         break;
       }

@@ -131,23 +131,4 @@ typename Tree::Node FindNode(Tree& tree, TreeTwin<V>* twin) {
   return twin->parent != nullptr ? FindNode(tree, twin->parent)[twin->Index()] : tree.Root();
 }
 
-// Returns handles on the records of `twins`.
-template <typename Tree, typename V>
-std::vector<typename Tree::Node> FindNodes(Tree& tree, const std::vector<TreeTwin<V>*>& twins) {
-  std::vector<typename Tree::Node> nodes;
-  for (TreeTwin<V>* twin : twins) {
-    nodes.push_back(FindNode(tree, twin));
-  }
-  return nodes;
-}
-
-template <typename Node>
-std::vector<Node*> Pointers(std::vector<Node>& nodes) {
-  std::vector<Node*> pointers;
-  for (Node& node : nodes) {
-    pointers.push_back(&node);
-  }
-  return pointers;
-}
-
 #endif
