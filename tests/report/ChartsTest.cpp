@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <map>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -74,15 +75,7 @@ TEST(Charts, AgreeWithPlainSums) {
     const report::Bars bars = report::CountBars(data, factor, &outcome, weights);
     EXPECT_EQ(bars.categories.size(), std::min<std::size_t>(factor.Categories().size(), 40));
     EXPECT_EQ(bars.series.size(), std::min<std::size_t>(outcome.Categories().size(), 6));
-    std::map<std::string, double> counted;
-    double drawn = 0;
     double n = 0;
-    for (std::size_t i = 0; i < bars.categories.size(); ++i) {
-      for (const double value : bars.values[i]) {
-        counted[bars.categories[i]] += value;
-        drawn += value;
-      }
-    }
     std::map<std::string, double> plain;
     std::map<std::string, std::map<std::string, double>> pairs;
     std::map<std::string, double> outcomes;
@@ -95,13 +88,15 @@ TEST(Charts, AgreeWithPlainSums) {
         n += weight;
       }
     }
-    EXPECT_EQ(drawn, n);
-    for (const auto& [category, count] : counted) {
-      if (category != "Others") {
-        EXPECT_EQ(count, plain.count(category) != 0 ? plain.at(category) : 0) << category;
-      }
+    double drawn = 0;
+    for (std::size_t i = 0; i < bars.categories.size(); ++i) {
+      const std::string& category = bars.categories[i];
+      const double count = std::accumulate(bars.values[i].begin(), bars.values[i].end(), 0.0);
+      const double expected = plain.count(category) != 0 ? plain.at(category) : 0;
+      EXPECT_TRUE(category == "Others" || count == expected) << category;
+      drawn += count;
     }
-
+    EXPECT_EQ(drawn, n);
     double chiSquare = 0;
     for (const auto& [category, row] : plain) {
       for (const auto& [value, column] : outcomes) {
@@ -130,8 +125,6 @@ TEST(Charts, AgreeWithPlainSums) {
     }
     EXPECT_NEAR(errors, 0, 1e-6);
     EXPECT_NEAR(along, 0, 1e-4);
-    EXPECT_GE(line.rSquared, 0);
-    EXPECT_LE(line.rSquared, 1 + 1e-12);
   }
 }
 
@@ -141,10 +134,10 @@ TEST(Charts, WhatCannotBeDoneIsSaidOrLeftOut) {
   EXPECT_EQ(Items(MakeData({"X"}, {{"1.5"}, {"2.5"}}), options), Titles());
   EXPECT_EQ(Items(MakeData({"G"}, {{"a"}, {"b"}}), options),
             (Titles{"Charts and Models", "G", "G in every combination"}));
-  EXPECT_EQ(Items(MakeData({"X", "Y"}, {{"1.5", "2"}, {"1.5", "3.5"}}), options),
-            (Titles{"Charts and Models", "Regression of X on Y"}));
+  const DataSet numbers = MakeData({"X", "Y"}, {{"1.5", "2"}, {"1.5", "3.5"}});
+  EXPECT_EQ(Items(numbers, options), (Titles{"Charts and Models", "Regression of X on Y"}));
   options.measures = {"Y", "X"};
-  EXPECT_EQ(Items(MakeData({"X", "Y"}, {{"1.5", "2"}, {"1.5", "3.5"}}), options),
+  EXPECT_EQ(Items(numbers, options),
             (Titles{"Charts and Models", "Model left out: X does not vary where Y has a value."}));
   options = report::Options();
   options.rows = {"G"};
@@ -154,11 +147,6 @@ TEST(Charts, WhatCannotBeDoneIsSaidOrLeftOut) {
       (Titles{"Charts and Models", "Bar chart left out: No case has a value of every variable.",
               "H in every combination", "Naive Bayes model of H",
               "Tree left out: No factor tells anything about H."}));
-  options.weight = "W";
-  EXPECT_EQ(Items(MakeData({"G", "H", "W"}, {{"a", "x", "-1"}}), options),
-            (Titles{"Charts and Models",
-                    "Charts and Models stopped: The weight variable W is "
-                    "negative in case 1."}));
 }
 
 }  // namespace
