@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <map>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/CellStore.h"
@@ -19,6 +19,7 @@
 #include "platform/dataio/BackendSettings.h"
 #include "platform/support/IcuTracker.h"
 #include "tests/support/Choices.h"
+#include "tests/support/Show.h"
 #include "tests/support/StoreModel.h"
 #include "tests/support/Tables.h"
 
@@ -40,54 +41,27 @@ class PivotTable : public testing::Test {
   OmPivotTable table{OmStringCell("title"), OmStringCell("Template"), false};
 };
 
-TEST_F(PivotTable, StartsWithItsDefaults) {
-  EXPECT_TRUE(table.Show() && table.showCaption() && table.backendOwns() && table.fastTable());
-  EXPECT_FALSE(table.RotateRowLabels() || table.RotateColumnLabels() || table.IsScratched() ||
-               table.hasMarkers() || table.getLabelsOnly() || table.getImputed() ||
-               table.HasSplits() || table.HasRemovedFootnotes());
-  for (const int number :
-       {table.OptionNumber(), table.MinColumnWidth(), table.MaxColumnWidth(), table.MinRowWidth(),
-        table.MaxRowWidth(), table.getLayerLoc(), table.getStartColor(), table.getEndColor()}) {
-    EXPECT_EQ(number, -1);
-  }
-  EXPECT_EQ(table.TableId(), -1);
-  EXPECT_EQ(table.getNumCells() + table.getLang() + table.getVariableMode() + table.getValueMode(),
-            0);
-  EXPECT_TRUE(table.CornerText() == nullptr && table.Caption() == nullptr &&
-              table.GetTableTitle() == nullptr && table.getICUTracker() == nullptr);
-  EXPECT_EQ(table.TemplateName()->Text(), "Template");
-
-  for (const char* name : {"Warnings", "Notes", "warnings", "Notes "}) {
-    const OmPivotTable named(OmStringCell("t"), OmStringCell(name), true);
-    EXPECT_EQ(named.IsWarnings(), name == std::string("Warnings"));
-    EXPECT_EQ(named.IsNotes(), name == std::string("Notes"));
-    EXPECT_TRUE(named.HasSplits());
-  }
-  table.addMiscProperty("");
-  table.addMiscProperty("a");
-  table.addMiscProperty("b");
-  EXPECT_EQ(table.getMiscProperties(), "a,b");
-}
-
 // Every pair of a setter and a getter, with values that no other pair has.
-TEST_F(PivotTable, KeepsEveryPropertyApart) {
+TEST_F(PivotTable, StartsWithItsDefaultsAndKeepsEveryPropertyApart) {
   using Table = OmPivotTable;
   const struct {
     void (Table::*set)(int) noexcept;
     int (Table::*get)() const noexcept;
-  } numbers[] = {{&Table::OptionNumber, &Table::OptionNumber},
-                 {&Table::MinColumnWidth, &Table::MinColumnWidth},
-                 {&Table::MaxColumnWidth, &Table::MaxColumnWidth},
-                 {&Table::MinRowWidth, &Table::MinRowWidth},
-                 {&Table::MaxRowWidth, &Table::MaxRowWidth},
-                 {&Table::setLayerLoc, &Table::getLayerLoc},
-                 {&Table::setLang, &Table::getLang},
-                 {&Table::setVariableMode, &Table::getVariableMode},
-                 {&Table::setValueMode, &Table::getValueMode},
-                 {&Table::setStartColor, &Table::getStartColor},
-                 {&Table::setEndColor, &Table::getEndColor}};
+    int initial;
+  } numbers[] = {{&Table::OptionNumber, &Table::OptionNumber, -1},
+                 {&Table::MinColumnWidth, &Table::MinColumnWidth, -1},
+                 {&Table::MaxColumnWidth, &Table::MaxColumnWidth, -1},
+                 {&Table::MinRowWidth, &Table::MinRowWidth, -1},
+                 {&Table::MaxRowWidth, &Table::MaxRowWidth, -1},
+                 {&Table::setLayerLoc, &Table::getLayerLoc, -1},
+                 {&Table::setLang, &Table::getLang, 0},
+                 {&Table::setVariableMode, &Table::getVariableMode, 0},
+                 {&Table::setValueMode, &Table::getValueMode, 0},
+                 {&Table::setStartColor, &Table::getStartColor, -1},
+                 {&Table::setEndColor, &Table::getEndColor, -1}};
   int value = 100;
   for (const auto& number : numbers) {
+    EXPECT_EQ((table.*number.get)(), number.initial);
     (table.*number.set)(value++);
   }
   value = 100;
@@ -97,104 +71,89 @@ TEST_F(PivotTable, KeepsEveryPropertyApart) {
   const struct {
     void (Table::*set)(bool) noexcept;
     bool (Table::*get)() const noexcept;
-  } flags[] = {{&Table::Show, &Table::Show},
-               {&Table::RotateRowLabels, &Table::RotateRowLabels},
-               {&Table::RotateColumnLabels, &Table::RotateColumnLabels},
-               {&Table::showCaption, &Table::showCaption},
-               {&Table::setBackendOwns, &Table::backendOwns},
-               {&Table::setFastTable, &Table::fastTable},
-               {&Table::setLabelsOnly, &Table::getLabelsOnly},
-               {&Table::setImputed, &Table::getImputed},
-               {&Table::Scratch, &Table::IsScratched},
-               {&Table::RemovedFootnotes, &Table::HasRemovedFootnotes}};
+    bool initial;
+  } flags[] = {{&Table::Show, &Table::Show, true},
+               {&Table::RotateRowLabels, &Table::RotateRowLabels, false},
+               {&Table::RotateColumnLabels, &Table::RotateColumnLabels, false},
+               {&Table::showCaption, &Table::showCaption, true},
+               {&Table::setBackendOwns, &Table::backendOwns, true},
+               {&Table::setFastTable, &Table::fastTable, true},
+               {&Table::setLabelsOnly, &Table::getLabelsOnly, false},
+               {&Table::setImputed, &Table::getImputed, false},
+               {&Table::Scratch, &Table::IsScratched, false},
+               {&Table::RemovedFootnotes, &Table::HasRemovedFootnotes, false}};
   for (const auto& flag : flags) {
-    for (const auto& other : flags) {
-      (table.*other.set)(&other == &flag);
-    }
+    EXPECT_EQ((table.*flag.get)(), flag.initial);
+    (table.*flag.set)(false);
+  }
+  for (const auto& flag : flags) {
+    (table.*flag.set)(true);
     for (const auto& other : flags) {
       EXPECT_EQ((table.*other.get)(), &other == &flag);
     }
+    (table.*flag.set)(false);
   }
-  table.TableLocale("locale");
-  table.setBorderInfo("border");
-  table.setTableLookInfo("look");
-  table.setTablePropertiesInfo("properties");
-  EXPECT_EQ(table.TableLocale() + table.getBorderInfo() + table.getTableLookInfo() +
-                table.getTablePropertiesInfo(),
-            "localeborderlookproperties");
-  table.setTableCustomWidths({1});
-  table.setTableCustomHeights({2});
-  EXPECT_EQ(table.getTableCustomWidths()[0] + 10 * table.getTableCustomHeights()[0], 21U);
+  EXPECT_TRUE(table.TableId() == -1 && !table.hasMarkers() && !table.HasSplits());
+  for (const char* name : {"Warnings", "Notes", "warnings", "Notes "}) {
+    const OmPivotTable named(OmStringCell("t"), OmStringCell(name), true);
+    EXPECT_EQ(named.IsWarnings(), name == std::string("Warnings"));
+    EXPECT_EQ(named.IsNotes(), name == std::string("Notes"));
+    EXPECT_TRUE(named.HasSplits());
+  }
+  for (const char* property : {"", "a", "b"}) {
+    table.addMiscProperty(property);
+  }
+  EXPECT_EQ(table.getMiscProperties(), "a,b");
 }
 
 TEST_F(PivotTable, TitlesAreCopiesAndNullAfterAFailedCopy) {
   const OmStringCell text("text");
-  const BrittleText brittle(0);
+  EXPECT_TRUE(table.CornerText() == nullptr && table.Caption() == nullptr &&
+              table.GetTableTitle() == nullptr);
   table.CornerText(&text);
   table.Caption(&text);
   table.SetTableTitle(text);
   EXPECT_NE(table.CornerText(), &text);
-  EXPECT_EQ(table.CornerText()->Text() + table.Caption()->Text() + table.TableTitle()->Text(),
+  EXPECT_EQ(Show(table.CornerText()) + Show(table.Caption()) + Show(table.TableTitle()),
             "texttexttext");
-  EXPECT_THROW(table.CornerText(&brittle), std::runtime_error);
-  EXPECT_THROW(table.SetTableTitle(brittle), std::runtime_error);
+  EXPECT_THROW(table.SetTableTitle(BrittleText(0)), std::runtime_error);
   table.Caption(nullptr);
-  EXPECT_TRUE(table.CornerText() == nullptr && table.TableTitle() == nullptr &&
-              table.Caption() == nullptr);
-  table.SetTableTitle(text);
-  EXPECT_EQ(table.GetTableTitle()->Text(), "text");
+  EXPECT_TRUE(table.TableTitle() == nullptr && table.Caption() == nullptr);
 }
 
 TEST_F(PivotTable, ReportsEveryBrokenPreconditionWithItsNumbers) {
-  const OmDimension* const a = AddDimension(table, "a", 2);
+  AddDimension(table, "a", 2);
   AddDimension(table, "b", 2);
   OmPivotTable empty(OmStringCell("t"), OmStringCell("t"), false);
   const OmStringCell x("x");
+  const Subscripts few{0}, none{}, negative{0, -1}, bothNegative{-2, -1};
   const struct {
     std::function<void()> call;
     const char* message;
   } rows[] = {
-      {[&] {
-         OmDimension copy(*a, nullptr);
-         copy.Child(copy.Root().Begin(), x, 0, false);
-       },
-       "OmDimension::Child -- parent is not group, value 1 == 0, value 2 == 0"},
-      {[&] { (void)table.Size(-1); },
-       "OmPivotTable::Size() -- which < 0, value 1 == -1, value 2 == 0"},
-      {[&] { (void)table.Size(3); },
-       "OmPivotTable::Size() -- which < NDimensions(), value 1 == 3, value 2 == 2"},
-      {[&] { (void)table.Dimension(-7); },
-       "OmPivotTable::Dimension() -- which < 0, value 1 == -7, value 2 == 0"},
+      {[&] { (void)table.Size(-1); }, "Size() -- which < 0, value 1 == -1, value 2 == 0"},
+      {[&] { (void)table.Size(3); }, "Size() -- which < NDimensions(), value 1 == 3, value 2 == 2"},
+      {[&] { (void)table.Dimension(-7); }, "Dimension() -- which < 0, value 1 == -7, value 2 == 0"},
       {[&] { (void)std::as_const(table).Dimension(2); },
-       "OmPivotTable::Dimension() -- which < NDimensions(), value 1 == 2, value 2 == 2"},
-      {[&] { (void)table.Cell({0}); },
-       "OmPivotTable::Cell() -- nind != _my->_dimensions.size(), value 1 == 1, value 2 == 2"},
-      {[&] {
-         table.Cell({0, 0, 0}, x);
-       },
-       "OmPivotTable::Cell() -- nind != _my->_dimensions.size(), value 1 == 3, value 2 == 2"},
-      {[&] { empty.Cell({}, x); },
-       "OmPivotTable::Cell() -- nind != _my->_dimensions.size(), value 1 == 0, value 2 == 0"},
-      {[&] {
-         (void)table.Cell({0, -1});
-       },
-       "OmPivotTable::Cell() -- subscript < 0, value 1 == 1.84467e+19, value 2 == 0"},
-      {[&] {
-         table.Cell({-2, -1}, x);
-       },
-       "OmPivotTable::Cell() -- subscript < 0, value 1 == 1.84467e+19, value 2 == 0"},
+       "Dimension() -- which < NDimensions(), value 1 == 2, value 2 == 2"},
+      {[&] { (void)table.Cell(few); },
+       "Cell() -- nind != _my->_dimensions.size(), value 1 == 1, value 2 == 2"},
+      {[&] { empty.Cell(none, x); },
+       "Cell() -- nind != _my->_dimensions.size(), value 1 == 0, value 2 == 0"},
+      {[&] { (void)table.Cell(negative); },
+       "Cell() -- subscript < 0, value 1 == 1.84467e+19, value 2 == 0"},
+      {[&] { table.Cell(bothNegative, x); },
+       "Cell() -- subscript < 0, value 1 == 1.84467e+19, value 2 == 0"},
       {[&] { table.CopyDimensions(empty); },
-       "OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == "
-       "0"},
+       "CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == 0"},
       {[&] { table.EndTable(); },
-       "OmPivotTable::Data::ReindexAxis() -- ndim != nCount, value 1 == 2, value 2 == 0"},
-      {[] { throw OMSException("X", 1.5, 1e7); }, "X, value 1 == 1.5, value 2 == 1e+07"},
+       "Data::ReindexAxis() -- ndim != nCount, value 1 == 2, value 2 == 0"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(Message(row.call), row.message);
+    EXPECT_EQ(Message(row.call), std::string("OmPivotTable::") + row.message);
   }
   EXPECT_EQ(empty.Cell({}), nullptr);
-  EXPECT_EQ(table.getNumCells(), 2) << "calls that throw count too";
+  EXPECT_EQ(table.getNumCells(), 1) << "calls that throw count too";
   EXPECT_EQ(Cells(table), "");
 }
 
@@ -215,14 +174,13 @@ TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {
     for (const char* name : {"a", "b", "c"}) {
       AddDimension(t, name, 1);
     }
-    const auto fill = [](PuppetVector<short>& axis, const std::vector<short>& entries) {
+    const std::pair<PuppetVector<short>&, const std::vector<short>&> axes[] = {
+        {t.Rows(), c.rows}, {t.Columns(), c.columns}, {t.Layers(), c.layers}};
+    for (const auto& [axis, entries] : axes) {
       for (const short entry : entries) {
         axis.push_back(entry);
       }
-    };
-    fill(t.Rows(), c.rows);
-    fill(t.Columns(), c.columns);
-    fill(t.Layers(), c.layers);
+    }
     EXPECT_EQ(Message([&] { t.EndTable(); }) == "nothing thrown", c.ends);
     EXPECT_EQ(t.Rows().size(), c.rowsAfter);
   }
@@ -289,21 +247,24 @@ TEST_F(PivotTable, ReplacedCellsHandOnTheirMetadata) {
 
 TEST(PointerVector, GrowsAsIfAppendedOneByOne) {
   OmMemoryRegion region(false);
-  OmPointerVector v(&region);
   const struct {
-    unsigned long slot, size, capacity;
-  } rows[] = {{100, 101, 101}, {3, 101, 101}, {101, 102, 128}, {256, 257, 512}, {1026, 1027, 1027}};
+    std::vector<unsigned long> slots;
+    unsigned long size, capacity;
+  } rows[] = {{{0}, 1, 4},
+              {{0, 5}, 6, 8},
+              {{100, 3}, 101, 101},
+              {{100, 101}, 102, 128},
+              {{100, 101, 256}, 257, 512},
+              {{100, 101, 256, 1026}, 1027, 1027}};
   for (const auto& row : rows) {
-    v.GrowTo(row.slot);
+    OmPointerVector v(&region);
+    for (const unsigned long slot : row.slots) {
+      v.GrowTo(slot);
+    }
     EXPECT_EQ(v.size(), row.size);
     EXPECT_EQ(v.capacity(), row.capacity);
+    EXPECT_EQ(FindNonZero(v, 0), row.size);
   }
-  OmPointerVector small(&region);
-  small.GrowTo(0);
-  EXPECT_EQ(small.capacity(), 4U);
-  small.GrowTo(5);
-  EXPECT_EQ(small.capacity(), 8U);
-  EXPECT_EQ(FindNonZero(small, 0), 6U);
 }
 
 TEST_F(PivotTable, WalkStartsAtTheEndBehindAStoredNull) {
@@ -337,26 +298,19 @@ TEST_F(PivotTable, DeletingTheOnlyCellFreesItsPathButTheRoot) {
 }
 
 TEST_F(PivotTable, IteratorsShareACursorAndGoInAnyOrder) {
-  AddDimension(table, "a", 3);
-  for (int i = 0; i < 3; ++i) {
-    table.Cell({i}, OmNumber(i));
-  }
-  OmPivotTable::Iterator end;
+  AddDimension(table, "a", 2);
+  table.Cell({0}, OmNumber(0));
+  table.Cell({1}, OmNumber(1));
   auto a = std::make_unique<OmPivotTable::Iterator>(table.FirstCell());
-  auto b = std::make_unique<OmPivotTable::Iterator>();
-  EXPECT_EQ(b->Cell(), nullptr);
-  *b = *a;
+  OmPivotTable::Iterator b;
+  EXPECT_EQ((++b).Cell(), nullptr);
+  b = *a;
   OmPivotTable::Iterator copy(*a);
   ++*a;
-  EXPECT_EQ(b->Index(), Subscripts{1});
+  EXPECT_EQ(b.Index(), Subscripts{1});
   EXPECT_EQ(copy.Index(), Subscripts{0});
   a.reset();
-  ++*b;
-  ++*b;
-  ++*b;
-  EXPECT_EQ(b->Cell(), nullptr);
-  ++ ++end;
-  EXPECT_EQ(end.Cell(), nullptr);
+  EXPECT_EQ((++ ++b).Cell(), nullptr);
 }
 
 TEST_F(PivotTable, StoreAgreesWithAMap) {
@@ -367,70 +321,50 @@ TEST_F(PivotTable, FootnotesAgreeWithAList) {
   Play<FootnoteModel>(20, 200);
 }
 
-TEST_F(PivotTable, FootnotesAreKeptOncePerText) {
-  const OmStringCell a("a");
-  const OmStringCell x("x");
-  const auto note = [&](const OmCellText& text, const OmCellText* marker, int uses,
-                        bool alwaysNew) {
-    OmFootnote footnote(&text, marker, nullptr);
-    footnote.UseCount(uses);
-    return table.Footnote(footnote, alwaysNew);
-  };
-  EXPECT_EQ(note(a, &x, 5, false), 0);
-  EXPECT_EQ(table.Footnotes()[0].UseCount(), 1);
-  EXPECT_EQ(table.Footnotes()[0].Marker()->Text(), "x");
-  EXPECT_EQ(note(a, nullptr, 0, false), 0);
-  EXPECT_EQ(table.Footnotes()[0].Marker(), nullptr);
-  EXPECT_EQ(table.Footnotes()[0].UseCount(), 2);
-  EXPECT_EQ(note(a, nullptr, -3, true), 1);
-  EXPECT_EQ(table.Footnotes()[1].UseCount(), -3);
-  EXPECT_THROW(note(BrittleText(1), nullptr, 0, false), std::runtime_error);
-  EXPECT_EQ(note(OmStringCell("b"), nullptr, -1, false), 3) << "the failed entry stays";
-  EXPECT_EQ(note(OmStringCell("b"), &x, 0, false), 3);
-  EXPECT_EQ(table.Footnotes()[3].UseCount(), 0);
+TEST_F(PivotTable, FootnotesSurviveAFailedCopyAndTheirOwnList) {
+  const OmStringCell b("b");
+  const BrittleText brittle(1);
+  EXPECT_THROW(table.Footnote(OmFootnote(&brittle, nullptr, nullptr), false), std::runtime_error);
+  EXPECT_EQ(table.Footnote(OmFootnote(&b, &b, nullptr), false), 1) << "the failed entry stays";
   // An entry of the list may be handed back, while the list grows.
-  for (int i = 4; i < 20; ++i) {
-    EXPECT_EQ(table.Footnote(table.Footnotes()[3], true), i);
+  for (int i = 2; i < 20; ++i) {
+    EXPECT_EQ(table.Footnote(table.Footnotes()[1], true), i);
   }
-  EXPECT_EQ(table.Footnote(table.Footnotes()[3], false), 3);
-  EXPECT_EQ(table.Footnotes()[3].Marker()->Text(), "x");
-  EXPECT_EQ(table.Footnotes()[19].Text()->Text(), "b");
+  EXPECT_EQ(table.Footnote(table.Footnotes()[1], false), 1);
+  EXPECT_EQ(Show(table.Footnotes()[1].Marker()) + Show(table.Footnotes()[19].Text()), "bb");
 }
 
 TEST_F(PivotTable, TrackersReachEveryTextButTheStatedOnes) {
   const OmStringCell text("text");
   const auto fill = [&](const char* suffix) {
     OmDimension* const dimension = AddDimension(table, std::string("d") + suffix, 1);
-    const OmDimension::Node group = dimension->AddNewChild(dimension->Root(), text, ~0UL, true);
-    dimension->AddNewChild(group, text, 1, false);
     table.CornerText(&text);
     table.Caption(&text);
+    table.SetTableTitle(text);
     const OmStringCell note(std::string("note") + suffix);
     table.Footnote(OmFootnote(&note, &text, nullptr), false);
     return dimension;
   };
+  const auto expectOn = [](const icuTracker* tracker, std::vector<const OmCellText*> texts) {
+    for (const OmCellText* reached : texts) {
+      EXPECT_EQ(reached->getICUTracker(), tracker) << reached->Text();
+    }
+  };
+  EXPECT_EQ(table.getICUTracker(), nullptr);
   OmDimension* const before = fill("before");
   table.Cell({0}, text);
-  table.SetTableTitle(text);
-  EXPECT_EQ(table.Cell({0})->getICUTracker(), nullptr);
-
   BackendSettings settings;
   settings.setFastTables(true);
   settings.setUnicode(false);
   settings.setLocale("en");
   table.setBackendSettings(settings);
   icuTracker* const tracker = table.getICUTracker();
-  ASSERT_NE(tracker, nullptr);
-  ASSERT_NE(table.getU8Tracker(), tracker);
+  ASSERT_TRUE(tracker != nullptr && table.getU8Tracker() != tracker);
   EXPECT_TRUE(table.getU8Tracker()->Unicode() && !tracker->Unicode());
-  for (const OmCellText* reached : {table.Title(), table.TemplateName(), table.TableTitle(),
-                                    before->Name(), before->Root().Begin()->Text(),
-                                    table.Footnotes()[0].Text(), table.Footnotes()[0].Marker()}) {
-    EXPECT_EQ(reached->getICUTracker(), tracker);
-  }
-  for (const OmCellText* passed : {table.CornerText(), table.Caption(), table.Cell({0})}) {
-    EXPECT_EQ(passed->getICUTracker(), nullptr);
-  }
+  expectOn(tracker, {table.Title(), table.TemplateName(), table.TableTitle(), before->Name(),
+                     before->Root().Begin()->Text(), table.Footnotes()[0].Text(),
+                     table.Footnotes()[0].Marker()});
+  expectOn(nullptr, {table.CornerText(), table.Caption(), table.Cell({0})});
 
   OmDimension* const after = fill("after");
   OmComposite composite;
@@ -439,25 +373,19 @@ TEST_F(PivotTable, TrackersReachEveryTextButTheStatedOnes) {
   composite.Tree().Child(composite.Tree().Child(composite.Tree().Root(), nothing), part);
   table.Cell({0, 0}, composite);
   table.Cell({1, 0}, OmNumber(1));
-  table.SetTableTitle(text);
-  OmDimension* const copied = table.AddDimension(*before);
+  const OmDimension* const copied = table.AddDimension(*before);
   settings.setFastTables(false);
   table.setBackendSettings(settings);
-  EXPECT_EQ(table.getICUTracker(), tracker);
-  EXPECT_FALSE(table.fastTable());
+  EXPECT_TRUE(table.getICUTracker() == tracker && !table.fastTable());
   EXPECT_EQ(table.getU8Tracker()->Locale(), "en");
-  settings.setFastTables(true);
-  auto* const stored = dynamic_cast<OmComposite*>(table.Cell({0, 0, 0}));
-  ASSERT_NE(stored, nullptr);
-  for (const OmCellText* reached :
-       {table.CornerText(), table.Caption(), after->Name(), table.Footnotes()[1].Text(),
-        table.Footnotes()[1].Marker(), table.TableTitle(), copied->Name(), table.Cell({0, 0, 0}),
-        *stored->Tree().Root().Begin().Begin()}) {
-    EXPECT_EQ(reached->getICUTracker(), tracker);
-  }
-  EXPECT_EQ(table.Cell({1, 0, 0})->getICUTracker(), nullptr) << "numbers carry no text";
+  auto& stored = dynamic_cast<OmComposite&>(*table.Cell({0, 0, 0}));
+  expectOn(tracker, {table.CornerText(), table.Caption(), after->Name(), table.TableTitle(),
+                     table.Footnotes()[1].Text(), table.Footnotes()[1].Marker(), copied->Name(),
+                     &stored, *stored.Tree().Root().Begin().Begin()});
+  expectOn(nullptr, {table.Cell({1, 0, 0})});  // numbers carry no text
 
   OmPivotTable unicode(OmStringCell("t"), OmStringCell("t"), false);
+  settings.setFastTables(true);
   settings.setUnicode(true);
   unicode.setBackendSettings(settings);
   EXPECT_EQ(unicode.getU8Tracker(), unicode.getICUTracker());
@@ -521,11 +449,6 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   testing::internal::CaptureStdout();
   table.PrintCells(&bottom, 0, 0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), expected.str());
-  expected.str("");
-  expected << "    [3]     [3] " << static_cast<void*>(&cell) << " - x\n";
-  testing::internal::CaptureStdout();
-  table.PrintCells(static_cast<OmPointerVector*>(static_cast<void*>(&cell)), 2, 3);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected.str());
 }
 
 // Everything that a table holds is in its region, and goes with it.
@@ -533,43 +456,36 @@ TEST(TableMemory, IsChargedToTheTablesRegion) {
   OmMemoryRegion* const heap = OmMemoryRegion::DefaultHeap();
   const unsigned long blocksBefore = heap->LiveBlocks();
   {
-    const std::string big(10000, 'x');
-    const OmStringCell text(big);
+    const OmStringCell text(std::string(10000, 'x'));
     OmPivotTable table(OmStringCell("t"), OmStringCell("t"), false);
     OmDimension* const dimension = table.AddDimension(text);
     OmMemoryRegion* const region = dimension->Region();
-    const unsigned long heapBytes = heap->BytesInUse();
-    unsigned long used = region->BytesInUse();
-    const auto grewBy = [&](unsigned long bytes) {
-      const unsigned long before = used;
-      used = region->BytesInUse();
-      EXPECT_GE(used, before + bytes);
-      EXPECT_EQ(heap->BytesInUse(), heapBytes);
-    };
-    table.CornerText(&text);
-    table.Caption(&text);
-    table.SetTableTitle(text);
-    grewBy(30000);
-    const OmDimension::Node group = dimension->Child(dimension->Root(), text, ~0UL, true);
-    const OmDimension::Node leaf = dimension->Child(group, text, 0, false);
-    dimension->insertCategory(text, leaf, dimension->Root()[0], true);
-    grewBy(30000);
-    table.Cell({0}, text);
     OmComposite composite;
     OmCellText* part = text.Clone();
     composite.Tree().Child(composite.Tree().Root(), part);
-    const unsigned long withComposite = heap->BytesInUse();
-    table.Cell({1}, composite);
-    EXPECT_EQ(heap->BytesInUse(), withComposite);
-    EXPECT_GE(region->BytesInUse(), used + 20000);
-    used = region->BytesInUse();
-    {
-      const OmFootnote note(&text, &text, region);
-      table.Footnote(note, false);
+    const OmFootnote note(&text, &text, nullptr);
+    OmDimension::Node leaf = dimension->Root();
+    const struct {
+      std::function<void()> call;
+      unsigned long texts;
+    } rows[] = {{[&] { table.CornerText(&text); }, 1},
+                {[&] { table.Caption(&text); }, 1},
+                {[&] { table.SetTableTitle(text); }, 1},
+                {[&] { leaf = dimension->Child(dimension->Root(), text, 0, false); }, 1},
+                {[&] { dimension->insertCategory(text, leaf, dimension->Root(), true); }, 1},
+                {[&] { table.Cell({0}, text); }, 1},
+                {[&] { table.Cell({1}, composite); }, 1},
+                {[&] { table.Footnote(note, false); }, 2}};
+    const unsigned long heapBytes = heap->BytesInUse();
+    for (const auto& row : rows) {
+      const unsigned long before = region->BytesInUse();
+      row.call();
+      EXPECT_GE(region->BytesInUse(), before + 10000 * row.texts);
+      EXPECT_EQ(heap->BytesInUse(), heapBytes) << "row " << &row - rows;
     }
-    EXPECT_GE(region->BytesInUse(), used + 20000);
+    const unsigned long full = region->BytesInUse();
     table.deleteCell({0});
-    EXPECT_LT(region->BytesInUse(), used + 20000);
+    EXPECT_LT(region->BytesInUse(), full - 10000);
   }
   EXPECT_EQ(heap->LiveBlocks(), blocksBefore);
 }
