@@ -6,7 +6,6 @@
 namespace {
 
 std::atomic<long> live{0};
-thread_local long made = 0;
 thread_local long remaining = -1;
 thread_local bool failsOnce = false;
 thread_local long refused = 0;
@@ -43,29 +42,18 @@ long allocations::Live() {
   return live;
 }
 
-long allocations::Made() {
-  return made;
-}
-
-void* operator new(std::size_t bytes) {
-  if (allocations::Refuse()) {
-    throw std::bad_alloc();
-  }
-  void* const block = std::malloc(bytes != 0 ? bytes : 1);
-  if (block == nullptr) {
-    throw std::bad_alloc();
-  }
-  ++made;
-  ++live;
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  void* const block = allocations::Refuse() ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
+  live += block != nullptr ? 1 : 0;
   return block;
 }
 
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  try {
-    return operator new(bytes);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
+void* operator new(std::size_t bytes) {
+  void* const block = operator new(bytes, std::nothrow);
+  if (block == nullptr) {
+    throw std::bad_alloc();
   }
+  return block;
 }
 
 void operator delete(void* block) noexcept {

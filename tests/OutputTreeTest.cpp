@@ -4,19 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
-#include <random>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "backend/tables/om/Heading.h"
 #include "backend/tables/om/TextBlock.h"
 #include "platform/cells/StringCell.h"
-#include "platform/memory/MemoryRegion.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/Choices.h"
 #include "tests/support/ListModel.h"
 
@@ -80,51 +75,6 @@ std::vector<std::string> Outline(ListTree<OmOutputPart*>& tree) {
   return lines;
 }
 
-// The recursion whose result OmOutputTree::Prune has to give, over the ids of the items.
-void PruneByRecursion(ListTree<int>& tree, const ListTree<int>::Node& n, std::vector<int>& log) {
-  const auto end = n.End();
-  for (auto child = n.Begin(); child != end;) {
-    auto next = child;
-    ++next;
-    PruneByRecursion(tree, child, log);
-    child = next;
-  }
-  log.push_back(*n);
-  tree.Prune(n);
-}
-
-TEST(OutputTree, PrunesAsTheRecursionDoes) {
-  for (unsigned seed = 1; seed <= 300; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    std::vector<int> expected;
-    std::vector<int> log;
-    ListTree<int> model(0);
-    auto tree = std::make_unique<OmOutputTree>();
-    // Levels may jump, so that siblings of unequal levels and stale cursors occur.
-    for (int id = 1, level = 1; id <= 30; ++id, level += 2 - static_cast<int>(random() % 4)) {
-      level = level < 1 ? 1 : level;
-      model.List().emplace_back(level, id);
-      tree->List().emplace_back(level, new Logged(id, log));
-    }
-    const std::size_t index = 1 + random() % 30;
-    const auto modelNode = NodeAt(model, index);
-    PartNode node = NodeAt<OmOutputPart*>(*tree, index);
-    const int level = node.Level() + 1 - static_cast<int>(random() % 3);
-    std::next(model.List().begin(), static_cast<std::ptrdiff_t>(index))->Level() = level;
-    std::next(tree->List().begin(), static_cast<std::ptrdiff_t>(index))->Level() = level;
-    PruneByRecursion(model, modelNode, expected);
-    tree->Prune(node);
-    ASSERT_EQ(expected, log);
-    for (auto& entry : model.List()) {
-      expected.push_back(entry.Data());
-    }
-    expected.erase(std::find(expected.begin(), expected.end(), 0));
-    tree.reset();
-    ASSERT_EQ(expected, log) << "the rest in document order";
-  }
-}
-
 TEST(OutputTree, StartsWithItsRoot) {
   OmOutputTree tree;
   const PartNode root = NodeAt<OmOutputPart*>(tree, 0);
@@ -156,62 +106,61 @@ TEST(OutputTree, ThrowingDestructorsLeaveTheRestOwned) {
   EXPECT_EQ((std::vector<int>{2, -3, 1, 4, -5, 6}), log);
 }
 
-// A heading with two items, the first of which has a leaf and an item with a leaf below it.
-std::unique_ptr<OmOutputTree> SmallDocument(std::vector<int>& log) {
+// A document of items 1, 2, … on these levels, behind the root.
+std::unique_ptr<OmOutputTree> Document(const std::vector<int>& levels, std::vector<int>& log) {
   auto tree = std::make_unique<OmOutputTree>();
-  for (const auto& [id, level] : {std::pair(1, 1), {2, 2}, {3, 3}, {4, 3}, {5, 4}, {6, 2}}) {
-    tree->List().emplace_back(level, nullptr);
-    tree->List().back().Data() = new Logged(id, log);
+  for (const int level : levels) {
+    const int id = static_cast<int>(tree->List().size());
+    tree->List().emplace_back(level, new Logged(id, log));
   }
   return tree;
 }
 
+TEST(OutputTree, PrunesChildrenFirst) {
+  const struct {
+    std::vector<int> levels;  // siblings may have unequal levels
+    int cursor;               // the level that the cursor on item 2 keeps
+    std::vector<int> deleted;
+  } rows[] = {
+      {{1, 1, 3, 2, 4, 2, 1}, 1, {3, 5, 4, 6, 2, 1, 7}},
+      {{1, 2, 3, 3, 4, 2, 1}, 1, {3, 5, 4, 6, 2, 1, 7}},
+      {{1, 2, 3, 4, 3, 2, 1}, 3, {2, 1, 3, 4, 5, 6, 7}},
+  };
+  for (const auto& row : rows) {
+    std::vector<int> log;
+    auto tree = Document(row.levels, log);
+    int& level = std::next(tree->List().begin(), 2)->Level();
+    level = row.cursor;
+    PartNode node = NodeAt<OmOutputPart*>(*tree, 2);
+    level = row.levels[1];
+    tree->Prune(node);
+    tree.reset();
+    EXPECT_EQ(row.deleted, log) << "the rest in document order";
+  }
+}
+
 TEST(Amputate, PutsAMessageInPlace) {
-  struct Row {
+  const struct {
     std::size_t index;
     std::vector<int> deleted;
     std::vector<std::string> outline;
     std::size_t result;
-  };
-  const Row rows[] = {
+  } rows[] = {
       {0, {3, 5, 4, 2, 6, 1}, {"0 Output", "1 T !"}, 1},
       {1, {3, 5, 4, 2, 6}, {"0 Output", "1 1", "2 T !"}, 2},
       {2, {2}, {"0 Output", "1 1", "2 3", "2 4", "3 5", "2 2 !", "2 6"}, 2},
       {5, {5}, {"0 Output", "1 1", "2 2", "3 3", "3 4", "4 5 !", "2 6"}, 5},
   };
   const OmStringCell title("T");
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.index);
     std::vector<int> log;
-    const auto tree = SmallDocument(log);
+    const auto tree = Document({1, 2, 3, 3, 4, 2}, log);
     const PartNode result = Amputate(NodeAt<OmOutputPart*>(*tree, row.index), &title, "!");
     EXPECT_EQ(row.deleted, log);
     EXPECT_EQ(row.outline, Outline(*tree));
     EXPECT_TRUE(result == NodeAt<OmOutputPart*>(*tree, row.result));
   }
-}
-
-TEST(Amputate, LosesNothingWithoutMemory) {
-  const OmStringCell title("a title");
-  const std::string message(100, 'm');
-  std::vector<int> log;
-  Amputate(NodeAt<OmOutputPart*>(*SmallDocument(log), 5), &title, message);
-  const long live = allocations::Live();
-  const unsigned long texts = OmMemoryRegion::DefaultHeap()->LiveBlocks();
-  EXPECT_TRUE(allocations::FailsAt(0, [] { OmOutputTree tree; }));
-  for (const std::size_t index : {1U, 2U, 5U}) {
-    for (long n = 0, failed = 1; failed != 0; ++n) {
-      log.clear();
-      auto tree = SmallDocument(log);
-      failed = allocations::FailsAt(
-          n, [&] { Amputate(NodeAt<OmOutputPart*>(*tree, index), &title, message); });
-      EXPECT_EQ(failed == 0, n >= 3) << "a block, its text, an entry";
-      tree.reset();
-      EXPECT_EQ(6U, log.size());
-    }
-  }
-  EXPECT_EQ(live, allocations::Live());
-  EXPECT_EQ(texts, OmMemoryRegion::DefaultHeap()->LiveBlocks());
 }
 
 TEST(OutputTree, HoldsDeepDocuments) {

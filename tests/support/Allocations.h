@@ -1,5 +1,5 @@
 // Failure of the ordinary heap, for tests: every operator new of the test program passes through
-// here, those of the libraries included. Regions take their chunks elsewhere and are not touched.
+// here, those of the libraries and the chunks of regions included.
 
 #ifndef TESTS_SUPPORT_ALLOCATIONS_H
 #define TESTS_SUPPORT_ALLOCATIONS_H
@@ -20,22 +20,20 @@ long Refused();
 long Asked();
 // Allocations that were made and not given back, over all threads.
 long Live();
-// Allocations that this thread made so far.
-long Made();
 
 // Runs `operation` with its allocation number `n` failing. Returns whether it failed with
 // bad_alloc.
 template <typename Operation>
 bool FailsAt(long n, Operation operation) {
+  bool failed = false;
+  FailAfter(n);
   try {
-    FailAfter(n);
     operation();
-    FailAfter(-1);
-    return false;
   } catch (const std::bad_alloc&) {
-    FailAfter(-1);
-    return true;
+    failed = true;
   }
+  FailAfter(-1);
+  return failed;
 }
 
 }  // namespace allocations

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <list>
 #include <map>
 #include <string>
@@ -25,29 +24,21 @@ class DocumentModel {
   void Step() {
     const Place place = places[static_cast<unsigned long>(random.Below(Count()))];
     Node node(tree, std::next(tree.List().begin(), place.index));
-    switch (random.Below(8)) {
-      case 0:
-        if (place.level != 0) {
-          tree.Prune(node);
-          place.siblings->erase(place.item);
-        }
-        break;
-      case 1:
-        if (place.level != 0) {
+    const int operation = random.Below(8);
+    if (operation <= 1) {
+      if (place.level != 0) {
+        if (operation == 1) {
           place.siblings->splice(place.item, place.item->children);
-          tree.Erase(node);
-          place.siblings->erase(place.item);
         }
-        break;
-      case 2:
-        Replace(node, place);
-        break;
-      case 3:
-      case 4:
-        FillTable(node, *place.item);
-        break;
-      default:
-        Add(node, *place.item);
+        operation == 0 ? tree.Prune(node) : tree.Erase(node);
+        place.siblings->erase(place.item);
+      }
+    } else if (operation == 2) {
+      Replace(node, place);
+    } else if (operation <= 4) {
+      FillTable(node, *place.item);
+    } else {
+      Add(node, *place.item);
     }
     places.clear();
     List(outline, 0);
@@ -101,16 +92,14 @@ class DocumentModel {
     const OmStringCell title("title");
     const Node result = Amputate(node, &title, message);
     Item& item = *place.item;
-    ASSERT_EQ((*result)->Title()->Text(),
-              place.level > 1 ? item.children.empty() ? item.title : item.children.front().title
-                              : "title");
     if (place.level > 1) {
       item.children.push_back({item.title, message, false, {}, {}});
+      ASSERT_EQ((*result)->Title()->Text(), item.children.front().title);
       place.siblings->splice(place.item, item.children);
       place.siblings->erase(place.item);
     } else {
-      item.children.clear();
-      item.children.push_back({"title", message, false, {}, {}});
+      item.children.assign(1, {"title", message, false, {}, {}});
+      ASSERT_EQ((*result)->Title()->Text(), "title");
     }
   }
 

@@ -41,8 +41,7 @@ class ListModel {
 
   void Step() {
     const int step = ++count;
-    const std::size_t index =
-        static_cast<std::size_t>(random.Below(static_cast<int>(parents.size())));
+    const auto index = static_cast<std::size_t>(random.Below(static_cast<int>(parents.size())));
     auto node = NodeAt(tree, index);
     const int value = *node;
     const auto operation = index == 0 ? 9 : random() % 10;

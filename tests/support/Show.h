@@ -12,15 +12,11 @@
 #include "platform/cells/CellTexts.h"
 
 // Not through a stream: that would keep the failure of an allocation to itself.
-inline std::string AsText(const std::string& text) {
-  return text;
-}
-inline std::string AsText(bool value) {
-  return value ? "yes" : "no";
-}
-template <typename Number>
-requires std::is_arithmetic_v<Number> || std::is_enum_v<Number> std::string AsText(Number value) {
-  if constexpr (std::is_enum_v<Number>) {
+template <typename Value>
+std::string AsText(const Value& value) {
+  if constexpr (std::is_convertible_v<Value, std::string>) {
+    return value;
+  } else if constexpr (std::is_enum_v<Value>) {
     return std::to_string(static_cast<long>(value));
   } else {
     return std::to_string(value);
@@ -60,11 +56,11 @@ inline std::string Show(const OmFootnote& note) {
 }
 
 inline std::string Show(const OmVector<OmFootnote>& notes) {
-  std::string shown = "[";
+  std::string shown;
   for (const OmFootnote& note : notes) {
     shown += Show(note) + " ";
   }
-  return shown + "]";
+  return "[" + shown + "]";
 }
 
 inline std::string Show(const OmDimensionNode& node) {
