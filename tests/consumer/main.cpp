@@ -11,11 +11,6 @@
 
 namespace {
 
-OmFootnote Note(const char* text) {
-  const OmStringCell cell(text);
-  return OmFootnote(&cell, nullptr, nullptr);
-}
-
 OmPivotTable* CountTable() {
   auto* const table = new OmPivotTable(OmStringCell("Sex by class"), OmStringCell("Counts"), false);
   OmDimension* const sex = table->AddDimension(OmStringCell("Sex"));
@@ -30,7 +25,8 @@ OmPivotTable* CountTable() {
   table->Cell({0, 0}, OmNumber(145, whole));
   table->Cell({1, 0}, OmNumber(180, whole));
   table->Cell({1, 1}, OmNumber(179, whole));
-  table->Footnote(Note("Crew left out."), false);
+  const OmStringCell note("Crew left out.");
+  table->Footnote(OmFootnote(&note, nullptr, nullptr), false);
   table->EndTable();
   return table;
 }

@@ -54,8 +54,8 @@ inline std::string Show(const Twin& twin) {
 inline unsigned int MaxSubscript(const Twin& twin) {
   unsigned int largest = 0;
   for (const Twin& kid : twin.kids) {
-    largest = std::max(largest, kid.value.group ? MaxSubscript(kid)
-                                                : static_cast<unsigned int>(kid.value.subscript));
+    const auto subscript = static_cast<unsigned int>(kid.value.subscript);
+    largest = std::max(largest, kid.value.group ? MaxSubscript(kid) : subscript);
   }
   return largest;
 }
@@ -94,6 +94,7 @@ class DimensionModel {
     EXPECT_EQ(other.LiveBlocks(), 0u);
   }
 
+ private:
   Choices& random;
   unsigned long elsewhere = OmMemoryRegion::DefaultHeap()->LiveBlocks();
   OmMemoryRegion region{false};
@@ -101,7 +102,6 @@ class DimensionModel {
   Twin root;
   unsigned int categories = 0;
 
- private:
   static const Category& At(const Twin* above, int i) {
     return std::next(above->kids.begin(), i)->value;
   }
@@ -161,7 +161,8 @@ class DimensionModel {
       case 2: {
         const bool before = random() % 2 == 0;
         const Category category{made.label, MaxSubscript(root) + 1};
-        dimension.insertCategory(text, node, node.Parent(), before);
+        EXPECT_EQ(dimension.insertCategory(text, node, node.Parent(), before).Subscript(),
+                  category.subscript);
         a->parent->Add(Twin(category), before ? a->value : a->After());
         ++categories;
         break;

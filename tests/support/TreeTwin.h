@@ -47,12 +47,13 @@ struct TreeTwin {
     const auto next = std::next(Place());
     return next != parent->kids.end() ? std::optional<V>(next->value) : std::nullopt;
   }
+  auto First(const std::optional<V>& wanted) {
+    return std::find_if(kids.begin(), kids.end(),
+                        [&](const TreeTwin& kid) { return wanted && kid.value == *wanted; });
+  }
   // Adds a copy in front of the first child with the value, or at the end.
   void Add(const TreeTwin& child, const std::optional<V>& before = std::nullopt) {
-    const auto place = std::find_if(kids.begin(), kids.end(), [&before](const TreeTwin& kid) {
-      return before && kid.value == *before;
-    });
-    kids.emplace(place, child, this);
+    kids.emplace(First(before), child, this);
   }
   void Delete() { parent->kids.erase(Place()); }
 
@@ -61,16 +62,14 @@ struct TreeTwin {
       return;
     }
     TreeTwin group(label);
-    const auto place = taken.front()->Place();
-    const bool goesFirst = place == kids.begin();
-    const auto previous = goesFirst ? place : std::prev(place);
+    const auto place = static_cast<long>(taken.front()->Index());
     for (TreeTwin* kid : taken) {
       group.Add(*kid);
     }
     for (TreeTwin* kid : taken) {
       kid->Delete();
     }
-    const auto next = goesFirst ? kids.begin() : std::next(previous);
+    const auto next = std::next(kids.begin(), place);
     Add(group, next != kids.end() ? std::optional<V>(next->value) : std::nullopt);
   }
   // Dissolves the first sibling that equals this one.
@@ -78,44 +77,42 @@ struct TreeTwin {
     if (parent == nullptr || kids.empty()) {
       return;
     }
-    std::list<TreeTwin>& beside = parent->kids;
-    const auto first = std::find_if(beside.begin(), beside.end(),
-                                    [this](const TreeTwin& kid) { return kid.value == value; });
+    TreeTwin* const above = parent;
+    const auto first = above->First(value);
     if (!first->kids.empty()) {
       for (const TreeTwin& kid : first->kids) {
-        beside.emplace(first, kid, parent);
+        above->kids.emplace(first, kid, above);
       }
-      beside.erase(first);
+      above->kids.erase(first);
     }
   }
   void Move(TreeTwin* before, TreeTwin* newParent) {
-    TreeTwin* const to = before != nullptr ? before->parent : newParent;
     const TreeTwin copy(*this);
-    const std::optional<V> sibling =
-        before != nullptr ? std::optional<V>(before->value) : std::nullopt;
+    std::optional<V> sibling;
+    if (before != nullptr) {
+      newParent = before->parent;
+      sibling = before->value;
+    }
     Delete();
-    to->Add(copy, sibling);
+    newParent->Add(copy, sibling);
   }
   static void Swap(TreeTwin* a, TreeTwin* b) {
     TreeTwin* const parentA = a->parent;
     TreeTwin* const parentB = b->parent;
     const TreeTwin copyA(*a);
     const TreeTwin copyB(*b);
-    std::optional<V> afterA = a->After();
-    std::optional<V> afterB = b->After();
-    const bool follows = parentA == parentB && std::next(a->Place()) == b->Place();
-    if (follows) {
-      afterA = afterB;
-    } else if (parentA == parentB && std::next(b->Place()) == a->Place()) {
-      afterB = afterA;
-    }
+    const bool together = parentA == parentB;
+    const bool follows = together && std::next(a->Place()) == b->Place();
+    const bool leads = together && std::next(b->Place()) == a->Place();
+    const std::optional<V> afterA = follows ? b->After() : a->After();
+    const std::optional<V> afterB = leads ? a->After() : b->After();
     a->Delete();
     b->Delete();
     if (follows) {
       parentB->Add(copyB, afterA);
-      parentA->Add(copyA, afterB);
-    } else {
-      parentA->Add(copyA, afterB);
+    }
+    parentA->Add(copyA, afterB);
+    if (!follows) {
       parentB->Add(copyB, afterA);
     }
   }

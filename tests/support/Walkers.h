@@ -27,31 +27,23 @@ void Verify(const OmVector<T>& vector) {
 }
 
 // Every link leads to the record that holds the child, every record is in the region of the root,
-// and the handles count the depth. Written as a loop, for trees deeper than the stack.
+// and the vectors are whole. Written as a loop, for trees deeper than the stack.
 template <typename T>
 void VerifyTree(const OmVectorTreeData<T>& root) {
-  struct Step {
-    const OmVectorTreeData<T>* record;
-    unsigned int next;
-  };
-  std::vector<Step> way{{&root, 0}};
-  while (!way.empty()) {
-    Step& step = way.back();
-    if (step.next == 0) {
-      Verify(step.record->Children());
-      EXPECT_EQ(step.record->Region(), root.Region());
+  std::vector<const OmVectorTreeData<T>*> todo{&root};
+  while (!todo.empty()) {
+    const OmVectorTreeData<T>& record = *todo.back();
+    todo.pop_back();
+    Verify(record.Children());
+    EXPECT_EQ(record.Region(), root.Region());
+    for (const OmVectorTreeData<T>& child : record.Children()) {
+      EXPECT_EQ(child.Parent(), &record);
+      todo.push_back(&child);
     }
-    if (step.next == step.record->Size()) {
-      way.pop_back();
-      continue;
-    }
-    const OmVectorTreeData<T>& child = (*step.record)[step.next++];
-    EXPECT_EQ(child.Parent(), step.record);
-    way.push_back({&child, 0});
   }
 }
 
-// Every label and index is in the region of the dimension.
+// Every index is in the region of the dimension, and the handles count the depth.
 inline void Verify(const OmDimension& dimension) {
   VerifyTree<OmDimensionNode>(dimension);
   std::vector<OmDimension::ConstNode> todo{dimension.Root()};

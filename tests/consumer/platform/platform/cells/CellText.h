@@ -17,7 +17,11 @@ class OmStringCell;
 class OmStringCellUTF8;
 class OmStringDataValue;
 class OmVariable;
-class icuTracker;
+
+class icuTracker {
+ public:
+  icuTracker(bool, const std::string&) {}
+};
 
 class OmCellText {
  public:

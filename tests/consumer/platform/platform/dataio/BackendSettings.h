@@ -8,10 +8,7 @@ class BackendSettings {
   long long getMaxCells() const noexcept { return 1000000; }
   bool getFastTables() const noexcept { return false; }
   bool getUnicode() const noexcept { return true; }
-  const std::string& getLocale() const noexcept { return locale; }
-
- private:
-  std::string locale;
+  std::string getLocale() const { return ""; }
 };
 
 #endif
