@@ -345,6 +345,21 @@ TEST(HardeningDeathTest, EveryBrokenConditionEndsTheProcess) {
   }
 }
 
+#else
+
+TEST(Hardening, OffAWrongNumberReachesNoForeignMemory) {
+  Objects o;
+  EXPECT_EQ(o.layers->getDimensionIndex(-1), -1);
+  EXPECT_EQ(o.layers->VisibleWidth(7), 0);
+  const OmDisplayRowHeading rows(*o.layers, true, false);
+  EXPECT_EQ(rows.getDimensionIndex(-1), -1);
+  EXPECT_EQ(rows.VisibleWidth(3), 0);
+  EXPECT_EQ(rows.Column(99), std::deque<OmDisplayRowHeading::ConstNode*>(rows.NRows()));
+  o.table.deleteCell({0});
+  o.table.deleteCell({9, 9, 9});
+  EXPECT_NE(o.table.Cell({0, 0, 0}), nullptr);
+}
+
 #endif
 
 }  // namespace

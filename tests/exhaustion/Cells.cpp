@@ -162,13 +162,11 @@ struct Regions : ExhaustionFixture {
 TEST(Exhaustion, Region) {
   static const Operation<Regions> kRows[] = {
       {"Allocate", [](Regions& f) { f.block = f.region.Allocate(9); }},
-#ifdef OM_REGION_INLINE
       {"AllocateZeroed",
        [](Regions& f) {
          f.block = f.region.AllocateZeroed(9);
          EXPECT_EQ(OmMemoryRegion::Marks(f.block), nullptr);
        }},
-#endif
       {"Limit",
        [](Regions& f) {
          f.region.Limit(4);

@@ -383,6 +383,23 @@ TEST(Exhaustion, Tables) {
   exhaustion::Run(kRows);
 }
 
+// A table whose list of dimensions is full.
+struct Crowded : Tables {
+  Crowded() {
+    for (const char* name : {"c", "d"}) {
+      Fill(*table.AddDimension(OmStringCell(name)));
+    }
+  }
+};
+
+TEST(Exhaustion, CrowdedTables) {
+  static const Operation<Crowded> kRows[] = {
+      {"AddDimension", [](Crowded& f) { f.table.AddDimension(kCell); }},
+      {"AddDimension, a copy", [](Crowded& f) { f.table.AddDimension(*f.table.Dimension(0)); }},
+  };
+  exhaustion::Run(kRows);
+}
+
 // Formats leave their records in the default heap on purpose.
 struct Formatted : Tables {
   static constexpr bool kLeavesRecords = true;

@@ -69,12 +69,8 @@ long regions::LostBlocks() {
   return lost;
 }
 
-#ifdef OM_REGION_INLINE
 // Not plain, so that nothing is taken past this file.
 OmMemoryRegion::OmMemoryRegion(bool) : plain(false) {
-#else
-OmMemoryRegion::OmMemoryRegion(bool) {
-#endif
   StateOf(this) = State();
 }
 
@@ -82,11 +78,7 @@ OmMemoryRegion::~OmMemoryRegion() {
   lost += static_cast<long>(StateOf(this).blocks);
 }
 
-#ifdef OM_REGION_INLINE
 void* OmMemoryRegion::Take(unsigned long bytes, bool) {
-#else
-void* OmMemoryRegion::Allocate(unsigned long bytes) {
-#endif
   State& state = StateOf(this);
   if (allocations::Refuse() || bytes > 1UL << 39 || state.bytes + bytes > state.limit) {
     throw std::bad_alloc();
@@ -99,7 +91,6 @@ void* OmMemoryRegion::Allocate(unsigned long bytes) {
   return block;
 }
 
-#ifdef OM_REGION_INLINE
 void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
   return std::memset(Allocate(bytes), 0, bytes);
 }
@@ -107,7 +98,6 @@ void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
 unsigned long* OmMemoryRegion::Marks(void*) noexcept {
   return nullptr;
 }
-#endif
 
 void OmMemoryRegion::Release(void* block) noexcept {
   if (block == nullptr) {

@@ -52,7 +52,8 @@ def matching(text, start):
 
 
 def private_operations():
-    """(class, operation, parameters) of all that stands in a private or protected section."""
+    """(class, operation, parameters) of all that stands in a private or protected section, and of a class
+    there (class, name)."""
     found = set()
     for header in [*ROOT.glob("backend/**/*.h"), *ROOT.glob("platform/**/*.h")]:
         text = re.sub(r"//.*", "", header.read_text())
@@ -62,6 +63,7 @@ def private_operations():
             name = (owner.group(2) or owner.group(1)).split("::")[-1]
             for section in re.finditer(r"^ (?:private|protected):(.*?)(?=^ public:|\Z)", owner.group(3), re.M | re.S):
                 body = section.group(1)
+                found |= {(name, nested) for nested in re.findall(r"\b(?:class|struct) (\w+)", body)}
                 for call in re.finditer(r"(~?\w+|operator \w+)\(", body):
                     found.add((name, call.group(1), parameters(matching(body, call.end() - 1))))
     return found
@@ -97,14 +99,16 @@ def main():
                          for member in members if name.replace(" ", "").startswith(member)
                          and re.match(r"[\w =<>!\[\]*+-]+\(", name.replace(" ", "")[len(member):])}
         else:
-            called |= symbols(path, "U", "--undefined-only")
+            # What is inline stands in the object itself.
+            called |= symbols(path, "UW")
 
     hidden = private_operations()
     operations = {name for name in exported
                   if "~" not in name and "operator delete" not in name and "::Data" not in name
                   # Of vectors of characters alone, which clang 14 overlooks in an instance.
                   and "OmFootnote>::OmVector(char const*" not in name
-                  and not ("(" in name and parts(name) in hidden)}
+                  and not ("(" in name and parts(name) in hidden)
+                  and not any(pair in hidden for pair in re.findall(r"(\w+)::(?=(\w+)::)", name))}
     missing = sorted(operations - called)
     for name in missing:
         print(f"not in the table: {name}")
