@@ -136,15 +136,12 @@ class ReportTest(unittest.TestCase):
                 lines = {'Count': [], 'Row %': [], 'Column %': []}
                 for column in across:
                     n = total[row + column + layer]
-                    whole_row = total[row + (None,) * len(columns) + layer]
-                    whole_column = total[(None,) * len(rows) + column + layer]
                     lines['Count'].append(n or None)
-                    lines['Row %'].append(n and 100 * n / whole_row or None)
-                    lines['Column %'].append(n and 100 * n / whole_column or None)
-                if not columns:
-                    del lines['Row %']
-                if not rows:
-                    del lines['Column %']
+                    for statistic, whole in (('Row %', row + (None,) * len(columns) + layer),
+                                             ('Column %', (None,) * len(rows) + column + layer)):
+                        lines[statistic].append(n and 100 * n / total[whole] or None)
+                for statistic in ['Row %'] * (not columns) + ['Column %'] * (not rows):
+                    del lines[statistic]
                 for statistic, expected in lines.items():
                     actual = cells[tuple(v or 'Total' for v in row) + (statistic,)]
                     self.assertEqual(len(actual), len(expected))
@@ -310,9 +307,8 @@ class ReportTest(unittest.TestCase):
 
     def test_a_terminal_is_safe_from_data(self):
         path = self.file('a\x1b[31m,"b\nc"\n"x\x07\u202ey",1\nz\x9b,2\n')
-        for arguments, lines in (((), 9), (('--rows', 'nothing'), 1)):
+        for arguments in ((), ('--rows', 'nothing')):
             _, out, error = run(path, *arguments)
-            self.assertGreaterEqual((out + error).count('\n'), lines)
             self.assertFalse([c for c in (out + error).replace('\n', '')
                               if unicodedata.category(c) in ('Cc', 'Cf')])
         self.assertEqual(error.count('\n'), 1)
