@@ -122,7 +122,7 @@ TEST(OutputTree, PrunesChildrenFirst) {
     int cursor;               // the level that the cursor on item 2 keeps
     std::vector<int> deleted;
   } rows[] = {
-      {{1, 1, 3, 2, 4, 2, 1}, 1, {3, 5, 4, 6, 2, 1, 7}},
+      {{1, 1, 3, 2, 3, 2, 1}, 1, {3, 4, 5, 6, 2, 1, 7}},
       {{1, 2, 3, 3, 4, 2, 1}, 1, {3, 5, 4, 6, 2, 1, 7}},
       {{1, 2, 3, 4, 3, 2, 1}, 3, {2, 1, 3, 4, 5, 6, 7}},
   };
