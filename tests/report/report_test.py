@@ -247,9 +247,8 @@ class ReportTest(unittest.TestCase):
                 ('a,b\n1,2\n', ('--width', '3'), r'--width'),
                 ('a,b\n1,2\n', ('--nonsense',), r'--nonsense')):
             with self.subTest(message=message):
-                path = os.path.join(self.folder.name, 'none.csv')
-                if content is not None:
-                    self.file(content, 'none.csv')
+                path = self.file(content, 'none.csv') if content is not None else \
+                    os.path.join(self.folder.name, 'none.csv')
                 status, out, error = run(path, *arguments)
                 self.assertEqual((status, out), (2, ''))
                 self.assertRegex(error, message)
