@@ -259,13 +259,13 @@ class ReportTest(unittest.TestCase):
         path = self.write(['G', 'H', 'T', 'M', 'W', 'E'],
                           [['ab'[i % 2], 'xyz'[i % 3], name, i / 2, -1 if i == 9 else 1, '']
                            for i, name in enumerate(names)])
-
         every = ['Frequencies', 'Crosstabulation', 'Descriptives', 'Charts and Models']
         good = ('--rows', 'G', '--columns', 'H')
         cases = (
             (('--measures', 'M,T'), 'Descriptives', 'T holds no number.'),
             (('--layers', 'T'), 'Crosstabulation', 'T has more than 4096 different values.'),
             (('--layers', 'E'), 'Crosstabulation', 'E holds no value.'),
+            (('--weight', 'E'), 'Frequencies', 'No case has a weight.'),
             (('--weight', 'W'), 'Frequencies', 'The weight variable W is negative in case 10.'))
         for arguments, failed, message in cases:
             out = report(path, *good, *arguments, '--ascii')
