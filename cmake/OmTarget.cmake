@@ -32,9 +32,14 @@ function(om_library target name)
     SOVERSION ${PROJECT_VERSION_MAJOR}
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
-    POSITION_INDEPENDENT_CODE ON)
+    POSITION_INDEPENDENT_CODE ON
+    BUILD_RPATH_USE_ORIGIN ON)
   # So that a debugger can show what an optimised library holds; packages split it off.
   target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-g>)
+  # With this and the relative path to the other library, a library does not depend on the folder that it was built in.
+  target_compile_options(${target} PRIVATE
+    $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+    $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   # Public, because the containers are templates: every side of the seam has to agree.
   target_compile_definitions(${target} PUBLIC $<$<BOOL:${OM_HARDENING}>:OM_HARDENING=1>)
