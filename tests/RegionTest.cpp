@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "backend/tables/om/Vector.h"
 #include "platform/memory/MemoryRegion.h"
 
 namespace {

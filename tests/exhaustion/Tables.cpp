@@ -295,7 +295,11 @@ TEST(Exhaustion, Tables) {
          settings.setUnicode(false);
          f.table.setBackendSettings(settings);
          OmPivotTable fresh(kCell, kCell, false);
+         fresh.Footnote(f.note, true);
          fresh.setBackendSettings(settings);
+         OmPivotTable unicode(kCell, kCell, false);
+         settings.setUnicode(true);
+         unicode.setBackendSettings(settings);
        },
        After::kRepeatable},
       {"setHelper",
@@ -370,6 +374,9 @@ TEST(Exhaustion, Tables) {
        [](Tables& f) {
          const Quiet quiet;
          f.table.Print();
+         OmPivotTable bare(kCell, kCell, false);
+         bare.SetTableTitle(kCell);
+         bare.Print();
        }},
       {"PrintCells",
        [](Tables& f) {
