@@ -74,6 +74,8 @@ struct Objects {
   OmOutputTree tree;
 };
 
+#if OM_HARDENING
+
 struct Row {
   const char* check;  // "operation: condition"
   void (*broken)(Objects& o);
@@ -326,8 +328,6 @@ TEST(Hardening, TableHoldsEveryCheckOfTheSources) {
     EXPECT_TRUE(found.contains(check) || check.starts_with("ListTree::")) << check;
   }
 }
-
-#if OM_HARDENING
 
 TEST(HardeningDeathTest, EveryBrokenConditionEndsTheProcess) {
   for (const Row& row : kRows) {
