@@ -1,0 +1,126 @@
+// Thousands of small tables, as a procedure makes them: the bare store of each, and whole tables
+// with dimensions, titles and axes.
+
+#include <memory>
+
+#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/Dimension.h"
+#include "benchmarks/Measure.h"
+#include "benchmarks/Stores.h"
+
+namespace {
+
+const Subscripts kSizes{4, 5, 2};
+
+template <typename Store>
+class Bare : public Store {
+ public:
+  Bare() : Store(kSizes.size()) {}
+};
+
+// A region with a store in it, as a table holds them, and nothing else of a table.
+class BareStore {
+ public:
+  BareStore() = default;
+  BareStore(const BareStore&) = delete;
+  BareStore& operator=(const BareStore&) = delete;
+  ~BareStore() {
+    region.WorkingRelease(false);
+    freeCellArray(root, static_cast<int>(kSizes.size()));
+  }
+  void Set(const Subscripts& at, double value) {
+    OmPointerVector* v = root;
+    for (unsigned long k = at.size() - 1; k != 0; --k) {
+      v->GrowTo(static_cast<unsigned long>(at[k]));
+      void*& slot = (*v)[static_cast<unsigned long>(at[k])];
+      if (slot == nullptr) {
+        slot = new (&region) OmPointerVector(&region);
+      }
+      v = static_cast<OmPointerVector*>(slot);
+    }
+    v->GrowTo(static_cast<unsigned long>(at[0]));
+    (*v)[static_cast<unsigned long>(at[0])] = OmNumber(value).Clone(&region);
+  }
+
+ private:
+  OmMemoryRegion region{false};
+  OmPointerVector* root = new (&region) OmPointerVector(&region);
+};
+
+class WholeTable {
+ public:
+  WholeTable() : table(OmStringCell("Frequencies"), OmStringCell("Frequencies"), false) {
+    for (unsigned long d = 0; d != kSizes.size(); ++d) {
+      OmDimension* const dimension = table.AddDimension(OmStringCell("Dimension"));
+      for (int i = 0; i != kSizes[d]; ++i) {
+        dimension->AddNewChild(dimension->Root(), OmStringCell("Category"),
+                               static_cast<unsigned long>(i), false);
+      }
+    }
+    const OmStringCell text("A title");
+    table.SetTableTitle(text);
+    table.Caption(&text);
+    table.CornerText(&text);
+    table.Rows().push_back(0);
+    table.Columns().push_back(1);
+    table.Layers().push_back(2);
+    table.EndTable();
+  }
+  void Set(const Subscripts& at, double value) { table.Cell(at, OmNumber(value)); }
+
+ private:
+  OmPivotTable table;
+};
+
+template <typename Table>
+void Small(benchmark::State& state) {
+  const auto tables = static_cast<unsigned long>(state.range(0));
+  const Addresses cells = Addresses::All(kSizes);
+  std::vector<std::unique_ptr<Table>> all(tables);
+  const auto build = [&] {
+    auto table = std::make_unique<Table>();
+    cells.ForEach([&](const Subscripts& at) { table->Set(at, at[0]); });
+    return table;
+  };
+  for (auto _ : state) {
+    const double before = ResidentBytes();
+    double built = 0;
+    Phase(state, "alive", tables, [&] {
+      std::generate(all.begin(), all.end(), build);
+      built = ResidentBytes();
+      for (auto& table : all) {
+        table.reset();
+      }
+    });
+    state.counters["bytes"] = (built - before) / static_cast<double>(tables);
+    Phase(state, "life", tables, [&] {
+      for (unsigned long i = 0; i != tables; ++i) {
+        benchmark::DoNotOptimize(build());
+      }
+    });
+  }
+}
+
+template <typename Table>
+void Register(const std::string& side) {
+  for (const long tables : {10000L, 100000L, 1000000L}) {
+    benchmark::RegisterBenchmark(("Small/" + side).c_str(), Small<Table>)
+        ->Arg(tables)
+        ->Iterations(1);
+  }
+}
+
+[[maybe_unused]] const bool kRegistered = [] {
+  Register<BareStore>("ours");
+  Register<WholeTable>("whole_table");
+  Register<Bare<MapOfVectors<3>>>("map_of_vectors");
+  Register<Bare<HashOfArrays<3>>>("hash_of_arrays");
+  Register<Bare<FlatOfArrays<3>>>("flat_of_arrays");
+  Register<Bare<FlatOfPacked<3>>>("flat_of_packed");
+  Register<Bare<BTreeOfArrays<3>>>("btree_of_arrays");
+  Register<Bare<TreeStore<PlainNew>>>("tree_of_new");
+  Register<Bare<TreeStore<Pool>>>("tree_of_pool");
+  return true;
+}();
+
+}  // namespace
