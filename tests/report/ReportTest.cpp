@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -16,6 +18,9 @@
 #include "examples/report/DataSet.h"
 #include "examples/report/DisplayText.h"
 #include "examples/report/DocumentParts.h"
+#include "examples/report/Options.h"
+#include "examples/report/Plan.h"
+#include "examples/report/Procedures.h"
 #include "examples/report/Statistics.h"
 #include "examples/report/TextReport.h"
 #include "platform/cells/CellTexts.h"
@@ -134,6 +139,28 @@ TEST_F(TextReportTest, MissingAxesAndEmptyTables) {
   EXPECT_NE(Text().find("| corner |"), std::string::npos);
   table->Show(false);
   EXPECT_EQ(Text(), "\n");
+}
+
+// The crosstabulation of the demonstration, as the library dumps it.
+TEST(Report, DumpsTheTableOfTheDemonstration) {
+  report::Options options;
+  options.rows = {"Class", "Sex"};
+  options.columns = {"Survived"};
+  options.layers = {"Age"};
+  const report::DataSet data = report::ReadDataSet(REPORT_DATA "/titanic.csv");
+  OmOutputTree document;
+  report::BuildDocument(data, report::MakePlan(data, options), document);
+  std::string dump;
+  for (auto& entry : document.List()) {
+    const auto* const part = dynamic_cast<OmPivotTable*>(entry.Data());
+    if (part != nullptr && part->NDimensions() == 5) {
+      testing::internal::CaptureStdout();
+      part->Print();
+      dump += testing::internal::GetCapturedStdout();
+    }
+  }
+  std::ifstream kept(REPORT_EXPECTED "/demo_dump.txt");
+  EXPECT_EQ(dump, std::string(std::istreambuf_iterator<char>(kept), {}));
 }
 
 TEST(Report, BrokenLinesFitAndLoseNothing) {
