@@ -1,29 +1,15 @@
 #include "examples/report/HtmlGrid.h"
 
-#include <algorithm>
 #include <ostream>
 #include <string>
 
 #include "backend/tables/om/PivotTable.h"
-#include "platform/cells/CellTexts.h"
+#include "examples/report/ShownCell.h"
+#include "platform/cells/CellText.h"
 
 namespace report {
 
 namespace {
-
-// Tells numbers from texts.
-class NumberTest : public OmCellText::Visitor {
- public:
-  void Visit(OmNumber&) override { isNumber = true; }
-  void Visit(OmNumDataValue&) override { isNumber = true; }
-  void Visit(OmStringCell&) override { isNumber = false; }
-  void Visit(OmStringCellUTF8&) override { isNumber = false; }
-  void Visit(OmVariable&) override { isNumber = false; }
-  void Visit(OmStringDataValue&) override { isNumber = false; }
-  void Visit(OmComposite&) override { isNumber = false; }
-
-  bool isNumber = false;
-};
 
 std::string Attribute(const char* name, unsigned span) {
   return span > 1 ? std::string(" ") + name + "=" + std::to_string(span) : std::string();
@@ -193,19 +179,14 @@ void HtmlGrid::WriteBody(std::ostream& out) const {
 }
 
 void HtmlGrid::WriteCells(std::ostream& out, std::vector<int>& subscripts) const {
-  NumberTest test;
   for (unsigned column = 0; column < columnSpans.Places(); ++column) {
     columns.Fill(subscripts, static_cast<int>(column));
-    // A category may be without a subscript; there is no cell then.
-    const bool addressed = std::all_of(subscripts.begin(), subscripts.end(),
-                                       [](int subscript) { return subscript >= 0; });
-    OmCellText* cell = addressed ? layer.Table().Cell(subscripts) : nullptr;
+    OmCellText* const cell = ShownCell(layer.Table(), subscripts);
     if (cell == nullptr) {
       out << "<td></td>";
       continue;
     }
-    cell->Accept(test);
-    out << (test.isNumber ? "<td>" : "<td class=text>") << footnotes.Marked(cell) << "</td>";
+    out << (IsNumber(*cell) ? "<td>" : "<td class=text>") << footnotes.Marked(cell) << "</td>";
   }
 }
 

@@ -19,6 +19,7 @@
 #include "backend/tables/om/Vector.h"
 #include "examples/report/CellFootnotes.h"
 #include "examples/report/DisplayText.h"
+#include "examples/report/ShownCell.h"
 #include "examples/report/TextGrid.h"
 #include "platform/cells/CellTexts.h"
 
@@ -28,20 +29,6 @@ namespace {
 
 using ConstNode = OmVectorTree<OmDimensionNode>::ConstNode;
 using Labels = std::deque<ConstNode*>;
-
-// Tells numbers from texts.
-class NumberTest : public OmCellText::Visitor {
- public:
-  void Visit(OmNumber&) override { isNumber = true; }
-  void Visit(OmNumDataValue&) override { isNumber = true; }
-  void Visit(OmStringCell&) override { isNumber = false; }
-  void Visit(OmStringCellUTF8&) override { isNumber = false; }
-  void Visit(OmVariable&) override { isNumber = false; }
-  void Visit(OmStringDataValue&) override { isNumber = false; }
-  void Visit(OmComposite&) override { isNumber = false; }
-
-  bool isNumber = false;
-};
 
 // Tells whether two headings show one label in place `i`, below or beside the same ones.
 bool SameLabels(const Labels& a, const Labels& b, std::size_t i) {
@@ -195,16 +182,13 @@ void TextReport::LayerGrid::BuildRowHeads(TextGrid& grid) const {
 void TextReport::LayerGrid::BuildCells(TextGrid& grid) const {
   std::vector<int> subscripts;
   layer.Fill(subscripts);
-  NumberTest test;
   for (std::size_t row = 0; row < rows.NRows(); ++row) {
     rows.Fill(subscripts, static_cast<int>(row));
     for (std::size_t column = 0; column < columns.NColumns(); ++column) {
       columns.Fill(subscripts, static_cast<int>(column));
-      OmCellText* cell = table.Cell(subscripts);
-      if (cell != nullptr) {
-        cell->Accept(test);
+      if (OmCellText* const cell = ShownCell(table, subscripts); cell != nullptr) {
         Set(grid.At(headRows + row, headColumns + column), cell,
-            test.isNumber ? TextGrid::Align::kRight : TextGrid::Align::kLeft);
+            IsNumber(*cell) ? TextGrid::Align::kRight : TextGrid::Align::kLeft);
       }
     }
   }
