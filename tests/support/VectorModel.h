@@ -1,10 +1,12 @@
-// A vector beside a standard vector.
+// A vector and its room beside a standard vector and the rule for it.
 
 #ifndef TESTS_SUPPORT_VECTORMODEL_H
 #define TESTS_SUPPORT_VECTORMODEL_H
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
 #include <vector>
 
 #include "backend/tables/om/Vector.h"
@@ -12,21 +14,15 @@
 #include "tests/support/Counted.h"
 #include "tests/support/Walkers.h"
 
-inline std::vector<int> Values(const OmVector<Counted>& vector) {
-  std::vector<int> values;
-  for (const Counted& element : vector) {
-    values.push_back(element.value);
-  }
-  return values;
-}
-
 class VectorModel {
  public:
   explicit VectorModel(Choices& random_) : random(random_) {}
 
   void Step() {
-    const int step = count++;
-    const long at = random.Below(static_cast<int>(twin.size()) + 1);
+    const int step = ++count;
+    const int size = static_cast<int>(twin.size());
+    const int at = random.Below(size + 1);
+    const int to = at + random.Below(size - at + 1) % 4;
     const auto place = static_cast<unsigned long>(at);
     switch (random() % 8) {
       case 0:
@@ -39,60 +35,70 @@ class VectorModel {
         twin.insert(twin.begin() + at, step);
         break;
       case 3:
-        if (place != twin.size()) {
+        if (at != size) {
           v.push_back(v[place]);  // its own element
           twin.push_back(twin[place]);
         }
         break;
       case 4:
-        if (place != twin.size()) {
+        if (at != size) {
           v.erase(v.begin() + at);
           twin.erase(twin.begin() + at);
         }
         break;
-      case 5: {
-        const long to = at + random.Below(static_cast<int>(twin.size() - place + 1)) % 4;
+      case 5:
         v.erase(v.begin() + at, v.begin() + to);
         twin.erase(twin.begin() + at, twin.begin() + to);
         break;
-      }
       case 6:
         v.resize(place + 8, step);
         twin.resize(place + 8, step);
+        room = std::max(room, place + 8);
         break;
       default:
         if (random() % 50 == 0) {
           v.clear();
           twin.clear();
+          room = 0;
         }
         v.reserve(place);
+        room = std::max(room, place);
     }
-
+    if (room < twin.size()) {
+      room = std::max(4UL, std::bit_ceil(twin.size()));
+    }
     Verify(v);
-    ASSERT_EQ(Values(v), twin);
+    ExpectTwin(v);
+    ASSERT_EQ(v.capacity(), room);
     ASSERT_EQ(Counted::live - alive, static_cast<long>(twin.size()));
+    ASSERT_EQ(region.LiveBlocks(), room != 0 ? 1u : 0u);
   }
 
   void End() {
-    EXPECT_EQ(Values(OmVector<Counted>(v)), twin);
+    const OmVector<Counted> copy(v, nullptr);
+    ExpectTwin(copy);
+    EXPECT_EQ(copy.capacity(), twin.size());
+    EXPECT_EQ(copy.Region(), OmMemoryRegion::DefaultHeap());
     Counted::ended.clear();
     v.destroy_elements();
     EXPECT_EQ(Counted::ended, twin);
     for (Counted& element : v) {
       new (&element) Counted(0);
     }
-    v.clear();
-    EXPECT_EQ(Counted::live, alive);
-    EXPECT_EQ(region.LiveBlocks(), 0U);
   }
 
  private:
+  void ExpectTwin(const OmVector<Counted>& vector) {
+    ASSERT_TRUE(std::equal(vector.begin(), vector.end(), twin.begin(), twin.end()));
+  }
+
   Choices& random;
   long alive = Counted::live;
   int count = 0;
   OmMemoryRegion region{false};
   OmVector<Counted> v{&region};
   std::vector<int> twin;
+  unsigned long room = 0;
 };
 
 #endif
