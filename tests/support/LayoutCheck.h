@@ -53,8 +53,11 @@ class RandomTable {
     for (int d = 0; d != n; ++d) {
       AddDimension(many ? 2 : large ? 16 : 8);
     }
-    FillAxes();
     StoreCells();
+    if (n != 0 && OneIn(4)) {
+      AddDimension(4);  // the cells are now those of its subscript 0
+    }
+    FillAxes();
     table.setLayerLoc(Below(12) - 2);
     table.CornerText(Below(2) == 0 ? nullptr : &corner);
   }
@@ -165,13 +168,14 @@ void CheckHeading(const LayoutModel& model, const OmDisplayLayerHeading& layers,
     ASSERT_EQ(heading.DimensionAt(static_cast<int>(k)), dims[k]);
   }
 
-  std::vector<Payloads> across(heading.Width());
-  for (unsigned long r = 0; r != places.size(); ++r) {
+  std::vector<Payloads> across(heading.Width(), Payloads(places.size()));
+  for (unsigned long i = 0; i != places.size(); ++i) {
+    const unsigned long r = corner ? i : places.size() - 1 - i;
     const int row = static_cast<int>(r);
     const Payloads labels = model.Labels(dims, places[r], widths, corner);
     ASSERT_EQ(PayloadsOf(heading.Labels(row)), labels);
     for (unsigned long c = 0; c != labels.size(); ++c) {
-      across[c].push_back(labels[c]);
+      across[c][r] = labels[c];
     }
 
     Payloads categories, roots, leaves, all;

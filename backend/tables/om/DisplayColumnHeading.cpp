@@ -56,9 +56,7 @@ std::deque<ConstNode*> OmDisplayColumnHeading::Row(int r) const {
 }
 
 std::deque<ConstNode*> OmDisplayColumnHeading::Column(int c) const {
-  std::deque<ConstNode*> column;
-  data->GetRowNodes(data->ListedPlaceOf(c), column);
-  return column;
+  return data->GetRowNodes(data->ListedPlaceOf(c));
 }
 
 std::deque<ConstNode*> OmDisplayColumnHeading::ColumnCategories(int c) const {

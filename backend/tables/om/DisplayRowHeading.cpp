@@ -1,6 +1,7 @@
 #include "backend/tables/om/DisplayRowHeading.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -12,6 +13,11 @@ namespace {
 
 using ConstNode = OmDisplayRowHeading::ConstNode;
 using Path = OmVector<ConstNode>;
+
+// A run of equal labels that is worth an insertion of its own.
+constexpr unsigned long long kLongRun = 64;
+// The most labels for one insertion, so that what it reserves is still at hand when it is filled.
+constexpr unsigned long kAtOnce = 1024;
 
 // Calls `sink` with each of the `levels` labels of a path, root first, and null where there are
 // fewer.
@@ -150,15 +156,63 @@ bool OmDisplayRowHeading::Data::CollectCornerLabels() {
   return found;
 }
 
-void OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place, Labels& out) const {
-  ForEachPath(place, [&](unsigned long k, Path* path) {
-    if (path != nullptr) {
-      ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
-                   [&](ConstNode* node) { out.push_back(node); });
-    } else {
-      out.insert(out.end(), levelsPerDim[k], nullptr);
+// Appends the labels of `path`, which may be null, of axis dimension `k`.
+void OmDisplayRowHeading::Data::AppendLabels(unsigned long k, Path* path,
+                                             std::vector<ConstNode*>& out) const {
+  if (path == nullptr) {
+    out.insert(out.end(), levelsPerDim[k], nullptr);
+    return;
+  }
+  ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
+               [&](ConstNode* node) { out.push_back(node); });
+}
+
+// Makes `shown` the one that `place` is in.
+void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
+  const unsigned long inner = levelsPerDim.size() - 1;
+  shown.length = 0;
+  if (shown.leaves == 0) {
+    std::deque<Path>& paths = Layer().Header(placeCalculator.Dimensions()[inner])->nodePaths;
+    shown.innerLabels.clear();
+    shown.innerLabels.reserve(paths.size() * levelsPerDim[inner]);
+    for (Path& path : paths) {
+      AppendLabels(inner, &path, shown.innerLabels);
     }
-  });
+    shown.leaves = paths.size();
+  }
+  shown.row.clear();
+  shown.row.reserve(headingWidth);
+  const LayerData::PlaceDigits digits(placeCalculator, place);
+  for (unsigned long k = 0; k != inner; ++k) {
+    AppendLabels(k, PathAt(k, digits[k]), shown.row);
+  }
+  shown.row.resize(headingWidth);
+  shown.first = place - digits[inner];
+  shown.length = inner == 0 ? std::numeric_limits<unsigned long long>::max()
+                            : LayerData::DigitReader(placeCalculator, inner).Base();
+}
+
+// Rows that differ in the innermost dimension only come one after the other, as a rule.
+OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place) {
+  if (levelsPerDim.empty()) {
+    return {};
+  }
+  if (place - shown.first >= shown.length) {
+    EnterRun(place);
+  }
+  const unsigned long long digit = place - shown.first;
+  const unsigned long levels = levelsPerDim.back();
+  ConstNode** const end = shown.row.data() + headingWidth;
+  if (digit < shown.leaves) {
+    ConstNode* const* label = shown.innerLabels.data() + digit * levels;
+    for (ConstNode** entry = end - levels; entry != end; ++entry) {
+      *entry = *label++;
+    }
+  } else {
+    std::fill(end - levels, end, nullptr);
+  }
+  // At once: filling a deque one by one costs more than anything else here.
+  return Labels(end - headingWidth, end);
 }
 
 void OmDisplayRowHeading::Data::GetRowNodeCategories(unsigned long long place, Labels& out) const {
@@ -196,13 +250,14 @@ int OmDisplayRowHeading::Data::DimensionIndex(int k) {
 OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const {
   OM_HARDEN(placeCount == 0 || (c >= 0 && static_cast<unsigned int>(c) < headingWidth),
             "OmDisplayRowHeading::Data::Column");
-  Labels column(static_cast<unsigned long>(placeCount));
+  Labels column;
   auto level = static_cast<unsigned int>(c);
   unsigned long k = 0;
   while (k != levelsPerDim.size() && level >= levelsPerDim[k]) {
     level -= levelsPerDim[k++];
   }
-  if (column.empty() || k == levelsPerDim.size()) {
+  if (placeCount == 0 || k == levelsPerDim.size()) {
+    column.resize(static_cast<unsigned long>(placeCount));
     return column;
   }
 
@@ -210,8 +265,9 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
   const auto labelOf = [&](unsigned int digit) {
     return LabelAt(PathAt(k, digit), level, dimNamesInCorner);
   };
-  auto entry = column.begin();
   if (skipEmpty) {
+    column.resize(nonEmptyPlaces.size());
+    auto entry = column.begin();
     unsigned int last = digitOf(nonEmptyPlaces[0]);
     ConstNode* label = labelOf(last);
     for (const unsigned long long place : nonEmptyPlaces) {
@@ -224,15 +280,26 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
     return column;
   }
 
-  // Every label stands for a run of rows, and the runs repeat.
+  // Every label stands for a run of rows, and the runs repeat. A deque takes many entries at once
+  // at a fraction of what each alone costs.
   const unsigned long long stride = digitOf.Stride() == 0 ? placeCount : digitOf.Stride();
-  const auto left = [&] { return column.end() - entry; };
-  for (unsigned int digit = 0; digit != digitOf.Base() && left() != 0; ++digit) {
-    const auto run = std::min(stride, static_cast<unsigned long long>(left()));
-    entry = std::fill_n(entry, static_cast<long>(run), labelOf(digit));
+  const auto left = [&] { return placeCount - column.size(); };
+  if (stride >= kLongRun) {
+    for (unsigned int digit = 0; left() != 0; digit = digit + 1 == digitOf.Base() ? 0 : digit + 1) {
+      column.insert(column.end(), std::min(stride, left()), labelOf(digit));
+    }
+    return column;
+  }
+  const auto period = static_cast<unsigned long>(std::min(stride * digitOf.Base(), placeCount));
+  std::vector<ConstNode*> runs;
+  runs.reserve(period + stride);
+  for (unsigned int digit = 0; runs.size() < period; ++digit) {
+    runs.insert(runs.end(), stride, labelOf(digit));
   }
   while (left() != 0) {
-    entry = std::copy_n(column.begin(), std::min(entry - column.begin(), left()), entry);
+    const unsigned long from = column.size() % period;
+    const unsigned long n = std::min<unsigned long>({kAtOnce, period - from, left()});
+    column.insert(column.end(), &runs[from], &runs[from] + n);
   }
   return column;
 }
@@ -322,9 +389,7 @@ const std::vector<unsigned long long>& OmDisplayRowHeading::getNonEmptyRows() co
 }
 
 std::deque<ConstNode*> OmDisplayRowHeading::Row(int r) const {
-  std::deque<ConstNode*> row;
-  data->GetRowNodes(data->ListedPlaceOf(r), row);
-  return row;
+  return data->GetRowNodes(data->ListedPlaceOf(r));
 }
 
 std::deque<ConstNode*> OmDisplayRowHeading::RowCategories(int r) const {

@@ -28,7 +28,8 @@ struct OmDisplayRowHeading::Data {
   [[nodiscard]] std::vector<const Path*> FindNodes(unsigned long long place) const;
   // Tells whether a dimension's name was placed in the corner.
   bool CollectCornerLabels();
-  void GetRowNodes(unsigned long long place, Labels& out) const;
+  // Returns the labels of the categories at a place, levelsPerDim of each axis dimension.
+  [[nodiscard]] Labels GetRowNodes(unsigned long long place);
   void GetRowNodeCategories(unsigned long long place, Labels& out) const;
 
   // What the row and the column heading offer alike.
@@ -56,12 +57,27 @@ struct OmDisplayRowHeading::Data {
   unsigned int headingWidth = 0;                   // sum of levelsPerDim
 
  private:
+  // The places that differ in the digit of the innermost dimension only, those of the row asked for
+  // last among them. A place is in it where place - first < length.
+  struct Run {
+    unsigned long long first = 0;
+    unsigned long long length = 0;
+    std::vector<ConstNode*> row;  // labels of the outer dimensions, then those of the last row
+    // Of all categories of the innermost dimension, levelsPerDim of each, once a row was asked for.
+    std::vector<ConstNode*> innerLabels;
+    unsigned long leaves = 0;
+  };
+
+  void AppendLabels(unsigned long k, Path* path, std::vector<ConstNode*>& out) const;
+  void EnterRun(unsigned long long place);
   [[nodiscard]] LayerData& Layer() const noexcept;
   // Returns the path of category `digit` of axis dimension `k`, or null.
   [[nodiscard]] Path* PathAt(unsigned long k, unsigned int digit) const;
   // Calls `visit(k, path)` for every axis dimension; a path may be null.
   template <typename Visit>
   void ForEachPath(unsigned long long place, Visit visit) const;
+
+  Run shown;
 };
 
 #endif
