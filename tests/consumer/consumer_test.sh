@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds and runs a program outside the tree against the library, the way that the first argument names.
+# Builds the programs of two guides outside the tree against the library, the way that the first argument names.
+# They print what they print in the build that the library comes from.
 #
 # usage: consumer_test.sh installed|subdirectory|platform|packages BUILD [CXX...]
 set -euo pipefail
@@ -14,16 +15,17 @@ trap 'rm -rf "$work"' EXIT
 
 fail() { echo "$way: $*" >&2; exit 1; }
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "$*"; }; }
-expect() { diff "$here/expected.txt" <("$@") || fail "$* prints something else"; }
+expect() { diff <("$build/snippets/$1") <("$2") || fail "$2 prints something else"; }
 
-# consumer <compiler> <cmake argument>... configures, builds and runs the program.
+# consumer <compiler> <cmake argument>... configures, builds and runs the programs.
 consumer() {
   local compiler=$1 folder=$work/consumer-${1##*/}
   shift
   quietly cmake -S "$here" -B "$folder" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" "$@"
-  quietly cmake --build "$folder" --target consumer
-  expect "$folder/consumer"
+  quietly cmake --build "$folder" --target consumer reader
+  expect layout "$folder/consumer"
+  expect read "$folder/reader"
 }
 
 # What is installed below $1 is what callers may see, and knows neither where it was built nor where it was.
@@ -49,8 +51,8 @@ installed)
   done
   config=$(dirname "$(find "$work/moved" -name om.pc)")
   read -ra flags <<<"$(PKG_CONFIG_PATH=$config pkg-config --cflags --libs om)"
-  quietly "$1" -std=c++20 "$here/main.cpp" -o "$work/plain" "${flags[@]}" "-Wl,-rpath,$(dirname "$config")"
-  expect "$work/plain"
+  quietly "$1" -std=c++20 "$source/docs/snippets/read.cpp" -o "$work/plain" "${flags[@]}" "-Wl,-rpath,$(dirname "$config")"
+  expect read "$work/plain"
   ;;
 subdirectory)
   consumer "$1" -DOM_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=OFF

@@ -1,9 +1,6 @@
 // Makes one of everything that the debugger's printers show, and stops where a debugger looks at
 // it.
 
-#include <string>
-#include <vector>
-
 #include "backend/tables/om/om.h"
 #include "platform/cells/CellTexts.h"
 
@@ -17,8 +14,9 @@ __attribute__((noinline)) void Stop() {
 OmPivotTable* NewTable() {
   auto* const table = new OmPivotTable(OmStringCell("Survival"), OmStringCell("Counts"), false);
   OmDimension* const fate = table->AddDimension(OmStringCell("Fate"));
-  fate->Child(fate->Root(), OmStringCell("Saved"), 0, false);
-  fate->Child(fate->Root(), OmStringCell("Lost"), 1, false);
+  for (const char* label : {"Saved", "Lost"}) {
+    fate->Child(fate->Root(), OmStringCell(label), fate->NumCategories(), false);
+  }
   OmDimension* const cls = table->AddDimension(OmStringCell("Class"));
   auto group =
       cls->Child(cls->Root(), OmStringCell("Passengers"), OmDimensionNode::kNoSubscript, true);
@@ -29,8 +27,7 @@ OmPivotTable* NewTable() {
   table->Rows().push_back(1);
   table->Cell({0, 0}, OmNumber(203));
   table->Cell({1, 2}, OmNumber(673));
-  const OmStringCell note("Third class left out.");
-  const OmStringCell marker("a");
+  const OmStringCell note("Third class left out."), marker("a");
   table->Footnote(OmFootnote(&note, &marker, nullptr), false);
   table->EndTable();
   return table;
@@ -38,11 +35,11 @@ OmPivotTable* NewTable() {
 
 void Containers() {
   const OmMemoryRegion region(false);
-  OmVector<int> numbers(nullptr);
-  for (int i = 1; i < 6; ++i) {
-    numbers.push_back(i * i);
-  }
   const OmVector<int> none(nullptr);
+  OmVector<int> numbers(nullptr);
+  for (const int i : {1, 4, 9, 16, 25}) {
+    numbers.push_back(i);
+  }
   PuppetVector<short> axis(-1);
   axis.push_back(2);
   Stop();
@@ -52,16 +49,13 @@ void Texts() {
   const OmStringCell plain("plain \xc3\xa9", nullptr, true);
   const OmStringCellUTF8 utf8("utf8");
   const OmNumber number(2.5);
-  const OmVariable variable("age", "Age in years");
-  const OmVariable unlabelled("age", "");
-  const OmNumDataValue numValue(1, "Yes");
-  const OmNumDataValue bareValue(1, "");
+  const OmVariable variable("age", "Age in years"), unlabelled("age", "");
+  const OmNumDataValue numValue(1, "Yes"), bareValue(1, "");
   const OmStringDataValue stringValue("m", "Male");
   OmComposite composite;
   composite.Tree().Child(composite.Tree().Root(), new OmStringCell("Mean "));
   composite.Tree().Child(composite.Tree().Root(), new OmNumber(3));
-  const OmCellText& any = number;
-  static_cast<void>(any);
+  [[maybe_unused]] const OmCellText& any = number;
   Stop();
 }
 
@@ -74,25 +68,22 @@ void Tables() {
   procedure.Child(new OmChart(OmStringCell("Bars"), "", 1));
   root.Child(nullptr);
   auto& table = static_cast<OmPivotTable&>(**place);
-  const OmOutputTree::Node end = root.End();
+  [[maybe_unused]] const OmOutputTree::Node end = root.End();
   OmDimension& dimension = *table.Dimension(1);
   const OmDimension::ConstNode group = dimension.Root().Begin();
   const OmDimension::ConstNode nowhere;
-  const OmDimensionNode& category = *group[1];
+  [[maybe_unused]] const OmDimensionNode& category = *group[1];
   OmPivotTable::Iterator cell = table.FirstCell();
   ++cell;
   const OmPivotTable::ConstIterator atEnd;
-  const OmFootnote& note = table.Footnotes()[0];
+  [[maybe_unused]] const OmFootnote& note = table.Footnotes()[0];
   OmPivotTable empty(OmStringCell("Empty"), OmStringCell(""), false);
-  static_cast<void>(category), static_cast<void>(note), static_cast<void>(end);
-  {
-    OmDisplayLayerHeading layers(table, false);
-    layers.SwitchLayer(0);
-    const OmDisplayRowHeading rows(layers, true, true);
-    const OmDisplayColumnHeading columns(layers, false);
-    const OmDimHeader header(&dimension, nullptr);
-    Stop();
-  }
+  OmDisplayLayerHeading layers(table, false);
+  layers.SwitchLayer(0);
+  const OmDisplayRowHeading rows(layers, true, true);
+  const OmDisplayColumnHeading columns(layers, false);
+  const OmDimHeader header(&dimension, nullptr);
+  Stop();
 }
 
 void Errors() {
@@ -106,8 +97,5 @@ void Errors() {
 }  // namespace
 
 int main() {
-  Containers();
-  Texts();
-  Tables();
-  Errors();
+  Containers(), Texts(), Tables(), Errors();
 }

@@ -3,10 +3,12 @@
 #ifndef PLATFORM_CELLS_CELLTEXT_H
 #define PLATFORM_CELLS_CELLTEXT_H
 
+#include <cstdio>
 #include <optional>
 #include <string>
 
-#include "backend/tables/om/Vector.h"
+#include "backend/tables/om/Format.h"
+#include "backend/tables/om/VectorTree.h"
 
 class OmCellMetaData {};
 class OmCellProperties {};
@@ -25,7 +27,17 @@ class icuTracker {
 
 class OmCellText {
  public:
-  class Visitor;
+  class Visitor {
+   public:
+    virtual ~Visitor() = default;
+    virtual void Visit(OmNumber& cell) = 0;
+    virtual void Visit(OmStringCell& cell) = 0;
+    virtual void Visit(OmStringCellUTF8& cell) = 0;
+    virtual void Visit(OmVariable& cell) = 0;
+    virtual void Visit(OmNumDataValue& cell) = 0;
+    virtual void Visit(OmStringDataValue& cell) = 0;
+    virtual void Visit(OmComposite& cell) = 0;
+  };
 
   OmCellText& operator=(const OmCellText&) = delete;
   virtual ~OmCellText() = default;
@@ -39,10 +51,13 @@ class OmCellText {
   }
 
   virtual OmCellText* Clone(OmMemoryRegion* region = nullptr) const = 0;
-  virtual short Compare(const OmCellText& other) const;
+  virtual short Compare(const OmCellText& other) const {
+    const int order = Text().compare(other.Text());
+    return static_cast<short>((order > 0) - (order < 0));
+  }
   virtual unsigned long Kind() const noexcept = 0;
   virtual std::string Text() const { return text; }
-  virtual void Print(unsigned int indent) const;
+  virtual void Print(unsigned int) const { std::printf("%s", text.c_str()); }
   virtual void Accept(Visitor& visitor) = 0;
 
   virtual void setICUTracker(icuTracker* t) { tracker = t; }
@@ -55,22 +70,52 @@ class OmCellText {
   explicit OmCellText(std::string text_) : text(std::move(text_)) {}
   OmCellText(const OmCellText& other) : text(other.text), meta(other.meta) {}
 
- private:
   std::string text;
+
+ private:
   std::optional<OmCellMetaData> meta;
   icuTracker* tracker = nullptr;
 };
 
-class OmCellText::Visitor {
+template <typename Cell, unsigned long kind>
+class OmCellTextOf : public OmCellText {
  public:
-  virtual ~Visitor() = default;
-  virtual void Visit(OmNumber& cell) = 0;
-  virtual void Visit(OmStringCell& cell) = 0;
-  virtual void Visit(OmStringCellUTF8& cell) = 0;
-  virtual void Visit(OmVariable& cell) = 0;
-  virtual void Visit(OmNumDataValue& cell) = 0;
-  virtual void Visit(OmStringDataValue& cell) = 0;
-  virtual void Visit(OmComposite& cell) = 0;
+  explicit OmCellTextOf(std::string text_ = "", OmMemoryRegion* = nullptr, bool = false)
+      : OmCellText(std::move(text_)) {}
+  OmCellText* Clone(OmMemoryRegion* region = nullptr) const override {
+    return new (region) Cell(static_cast<const Cell&>(*this));
+  }
+  unsigned long Kind() const noexcept override { return kind; }
+  void Accept(Visitor& visitor) override { visitor.Visit(static_cast<Cell&>(*this)); }
+};
+
+class OmStringCell : public OmCellTextOf<OmStringCell, 1> {
+  using OmCellTextOf::OmCellTextOf;
+};
+
+class OmStringCellUTF8 : public OmCellTextOf<OmStringCellUTF8, 2> {};
+class OmNumber : public OmCellTextOf<OmNumber, 3> {
+ public:
+  explicit OmNumber(double value, const Qualtex_Format& format = kDefaultFormat) {
+    char fixed[400];
+    std::snprintf(fixed, sizeof fixed, "%.*f", format.Decimals(), value);
+    text = fixed;
+  }
+};
+
+class OmVariable : public OmCellTextOf<OmVariable, 4> {};
+class OmNumDataValue : public OmCellTextOf<OmNumDataValue, 5> {};
+class OmStringDataValue : public OmCellTextOf<OmStringDataValue, 6> {};
+// Its tree stays empty: nothing on this platform composes texts.
+class OmComposite : public OmCellTextOf<OmComposite, 7> {
+ public:
+  OmComposite() = default;
+  OmComposite(const OmComposite& other) : OmCellTextOf(other) {}
+  const OmVectorTree<OmCellText*>& Tree() const noexcept { return tree; }
+  OmVectorTree<OmCellText*>& Tree() noexcept { return tree; }
+
+ private:
+  OmVectorTree<OmCellText*> tree{nullptr, nullptr};
 };
 
 #endif

@@ -1,1 +1,1 @@
-#include "platform/cells/CellTexts.h"
+#include "platform/cells/CellText.h"
