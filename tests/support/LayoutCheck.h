@@ -1,332 +1,448 @@
-// The three headings of random tables, with every flag and random hiding, held to LayoutModel.
+// The three headings of random tables, with every flag and random hiding, held to a second reading
+// of the table's layout.
 
 #ifndef TESTS_SUPPORT_LAYOUTCHECK_H
 #define TESTS_SUPPORT_LAYOUTCHECK_H
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <numeric>
-#include <utility>
+#include <set>
 #include <vector>
 
+#include "backend/tables/MultiBase.h"
+#include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/DisplayColumnHeading.h"
 #include "backend/tables/om/DisplayLayerHeading.h"
 #include "backend/tables/om/DisplayRowHeading.h"
 #include "tests/support/Choices.h"
-#include "tests/support/LayoutModel.h"
 #include "tests/support/Tables.h"
 
 namespace layout_model {
 
 using ConstNode = OmDisplayLayerHeading::ConstNode;
 using Node = OmVectorTree<OmDimensionNode>::Node;
-using Nodes = std::deque<ConstNode*>;
-using Dims = LayoutModel::Dims;
-using Payloads = LayoutModel::Payloads;
-using Places = std::vector<unsigned long long>;
+using Dims = std::vector<unsigned long>;
+using Payloads = std::vector<const OmDimensionNode*>;
+using Place = unsigned long long;
+using Places = std::vector<Place>;
 using Subscripts = std::vector<int>;
 
 constexpr unsigned long kNone = ~0UL;
 
-inline const OmDimensionNode* PayloadOf(const ConstNode* node) {
-  return node != nullptr ? &**node : nullptr;
-}
-inline const OmDimensionNode* PayloadOf(const ConstNode& node) {
-  return &*node;
-}
-
-template <typename List>
-Payloads PayloadsOf(const List& nodes) {
+template <typename Nodes>
+Payloads PayloadsOf(const Nodes& nodes) {
   Payloads payloads;
-  for (const auto& node : nodes) {
-    payloads.push_back(PayloadOf(node));
+  for (const ConstNode* const node : nodes) {
+    payloads.push_back(node != nullptr ? &**node : nullptr);
   }
   return payloads;
 }
 
-class RandomTable {
+// The layout straight from the table's trees and cells: recursive, cell by cell, and without any of
+// the headings' own parts.
+class LayoutModel {
  public:
-  explicit RandomTable(Choices& random_) : random(random_) {
-    const bool many = OneIn(30), large = OneIn(3);
-    const int n = many ? 10 : OneIn(10) ? 0 : 1 + Below(4);
-    for (int d = 0; d != n; ++d) {
-      AddDimension(many ? 2 : large ? 16 : 8);
+  explicit LayoutModel(OmPivotTable& table_) : table(table_), leaves(table_.NDimensions()) {
+    for (unsigned long d = 0; d != leaves.size(); ++d) {
+      sizes.push_back(static_cast<Place>(table.Size(static_cast<int>(d))));
+      if (sizes[d] != 0) {
+        Collect(d, {}, table.Dimension(static_cast<int>(d))->Root());
+      }
     }
-    StoreCells();
-    if (n != 0 && OneIn(4)) {
-      AddDimension(4);  // the cells are now those of its subscript 0
-    }
-    FillAxes();
-    table.setLayerLoc(Below(12) - 2);
-    table.CornerText(Below(2) == 0 ? nullptr : &corner);
   }
 
-  int Below(int n) { return random.Below(n); }
-  bool OneIn(int n) { return random.OneIn(n); }
+  static Dims Reversed(const PuppetVector<short>& axis) {
+    Dims dims(axis.begin(), axis.end());
+    std::reverse(dims.begin(), dims.end());
+    return dims;
+  }
 
-  OmPivotTable table{OmStringCell("title"), OmStringCell("Template"), false};
+  Places AllPlaces(const Dims& dims) const {
+    Place count = 1;
+    for (const unsigned long d : dims) {
+      count *= sizes[d];
+    }
+    Places places(count);
+    std::iota(places.begin(), places.end(), Place{0});
+    return places;
+  }
+
+  // The path to the leaf of each dimension at a place, root first; empty where none stands.
+  std::vector<Payloads> Leaves(const Dims& dims, Place place) const {
+    std::vector<Payloads> result(dims.size());
+    for (unsigned long k = dims.size(); k-- != 0;) {
+      const Place digit = k == 0 ? place : place % sizes[dims[k]];
+      place = k == 0 ? 0 : place / sizes[dims[k]];
+      if (digit < leaves[dims[k]].size()) {
+        result[k] = leaves[dims[k]][digit];
+      }
+    }
+    return result;
+  }
+
+  // Returns whether a leaf of every dimension stands at the place.
+  bool Fill(const Dims& dims, Place place, Subscripts& subscripts) const {
+    subscripts.resize(leaves.size(), 0);
+    unsigned long k = 0;
+    unsigned long found = 0;
+    for (const Payloads& path : Leaves(dims, place)) {
+      const unsigned long d = dims[k++];
+      subscripts[d] = path.empty() ? subscripts[d] : Subscript(path);
+      found += path.empty() ? 0 : 1;
+    }
+    return found == k;
+  }
+
+  Places NonEmpty(const Dims& head, const Dims& others, Subscripts current) const {
+    std::set<Place> places;
+    for (auto cell = table.FirstCell(); Sparse() && cell.Cell() != nullptr; ++cell) {
+      Place place = 0;
+      bool known = true;
+      for (const unsigned long d : head) {
+        // Of the leaves that carry the subscript the last.
+        const auto leaf =
+            std::find_if(leaves[d].rbegin(), leaves[d].rend(),
+                         [&](const Payloads& path) { return Subscript(path) == cell.Index()[d]; });
+        known = known && leaf != leaves[d].rend();
+        place = place * sizes[d] + static_cast<Place>(leaves[d].rend() - leaf - 1);
+      }
+      if (known && Fill(head, place, current)) {
+        places.insert(place);
+      }
+    }
+    for (const Place place : Sparse() ? Places() : AllPlaces(head)) {
+      if (Fill(head, place, current) && AnyCell(others, 0, current)) {
+        places.insert(place);
+      }
+    }
+    return {places.begin(), places.end()};
+  }
+
+  bool Sparse() const {
+    Place total = 1;
+    for (const Place size : sizes) {
+      total *= size;
+    }
+    Place stored = 0;
+    for (auto cell = table.FirstCell(); cell.Cell() != nullptr; ++cell) {
+      ++stored;
+    }
+    return stored < (total + 50) / 100;
+  }
+
+  // The visible nodes above the label-hiding group nearest the root.
+  static Payloads Visible(const Payloads& path, bool corner) {
+    Payloads visible;
+    for (const OmDimensionNode* const node : path) {
+      if (node->IsGroup() && node->HideLabels()) {
+        break;
+      }
+      if (!node->Hide() && !(corner && node == path[0])) {
+        visible.push_back(node);
+      }
+    }
+    return visible;
+  }
+
+  // The width of each dimension over the leaves of some places, or over all where there are none.
+  std::vector<unsigned long> Widths(const Dims& dims, const Places& places, bool corner) const {
+    std::vector<unsigned long> widths(dims.size(), 0);
+    for (unsigned long k = 0; k != dims.size(); ++k) {
+      std::vector<Payloads> shown;
+      for (const Place place : places) {
+        shown.push_back(Leaves(dims, place)[k]);
+      }
+      const std::vector<Payloads>& all = leaves[dims[k]];
+      for (const Payloads& path : places.empty() ? all : shown) {
+        widths[k] = std::max(widths[k], Visible(path, false).size());
+      }
+      if (corner && widths[k] != 0 && !all.empty() && !all[0][0]->Hide()) {
+        --widths[k];
+      }
+    }
+    return widths;
+  }
+
+  OmPivotTable& table;
+  std::vector<std::vector<Payloads>> leaves;  // by dimension, in display order
+  Places sizes;                               // by dimension
 
  private:
-  void AddDimension(int most) {
-    OmDimension& dimension = *table.AddDimension(OmStringCell("root"));
-    dimension.Root()->Hide(OneIn(3));
-    dimension.Root()->HideLabels(OneIn(12));
-    subscriptStyle = Below(6);
-    Grow(dimension, dimension.Root(), OneIn(20) ? 0 : 1 + Below(most), 0);
-    // Deleting leaves links that are stale, and counts that differ from the number of leaves.
-    for (int i = OneIn(3) ? Below(3) : 0; i != 0 && dimension.Root().Count() != 0; --i) {
-      Node victim = dimension.Root()[static_cast<unsigned long>(
-          Below(static_cast<int>(dimension.Root().Count())))];
-      dimension.Delete(victim);
+  static int Subscript(const Payloads& path) { return static_cast<int>(path.back()->Subscript()); }
+
+  void Collect(unsigned long d, Payloads path, OmVectorTree<OmDimensionNode>::ConstNode node) {
+    path.push_back(&*node);
+    if (!node->IsGroup()) {
+      leaves[d].push_back(path);
+    }
+    for (auto child = node.Begin(); node->IsGroup() && child != node.End(); ++child) {
+      Collect(d, path, child);
     }
   }
 
-  void Grow(OmDimension& dimension, const Node& parent, int n, int depth) {
-    for (int i = 0; i != n; ++i) {
-      const bool group = depth < 4 && OneIn(4);
-      Node child = dimension.AddNewChild(parent, OmStringCell("x"),
-                                         group ? kNone : Subscript(dimension), group);
-      child->Hide(OneIn(5));
-      child->HideLabels(OneIn(8));
-      if (group) {
-        Grow(dimension, child, Below(4), depth + 1);
-      }
+  // Tries every subscript of `others` from number k on.
+  bool AnyCell(const Dims& others, unsigned long k, Subscripts& probe) const {
+    if (k == others.size()) {
+      return std::all_of(probe.begin(), probe.end(),
+                         [](int subscript) { return subscript >= 0; }) &&
+             table.Cell(probe) != nullptr;
     }
+    bool found = false;
+    for (Place s = 0; s != sizes[others[k]] && !found; ++s) {
+      probe[others[k]] = static_cast<int>(s);
+      found = AnyCell(others, k + 1, probe);
+    }
+    return found;
   }
-
-  // In order, in order with some gone astray, or at random with repeats and numbers beyond the
-  // count.
-  unsigned long Subscript(const OmDimension& dimension) {
-    const unsigned long next = dimension.NumCategories();
-    if (subscriptStyle < 3 && (subscriptStyle == 0 || !OneIn(4))) {
-      return next;
-    }
-    const int most = subscriptStyle == 3 ? 2 : static_cast<int>(next) + 3;
-    return OneIn(15) ? kNone : static_cast<unsigned long>(Below(most));
-  }
-
-  void FillAxes() {
-    std::vector<short> order(table.NDimensions());
-    std::iota(order.begin(), order.end(), static_cast<short>(0));
-    for (int i = static_cast<int>(order.size()); i > 1; --i) {
-      std::swap(order[static_cast<unsigned long>(i - 1)],
-                order[static_cast<unsigned long>(Below(i))]);
-    }
-    PuppetVector<short>* const axes[] = {&table.Rows(), &table.Columns(), &table.Layers()};
-    for (const short d : order) {
-      // Now and then on no axis, or on two, or twice on one.
-      for (int times = OneIn(10) ? Below(3) : 1; times != 0; --times) {
-        axes[Below(3)]->push_back(d);
-      }
-    }
-  }
-
-  void StoreCells() {
-    int room = 1;
-    for (const int size : table.SizeVector()) {
-      room *= size + 1;
-    }
-    int n = table.NDimensions() == 0 ? 0 : OneIn(2) ? 1 + Below(6) : Below(2 + room / 3);
-    for (const int nulls = OneIn(4) ? 1 : 20; n != 0; --n) {
-      Subscripts subscripts;
-      for (const int size : table.SizeVector()) {
-        subscripts.push_back(Below(size + (OneIn(8) ? 3 : 1)));
-      }
-      if (OneIn(nulls * 10)) {
-        table.Cell(subscripts, nullptr);
-      } else {
-        table.Cell(subscripts, OmNumber(n));
-      }
-    }
-  }
-
-  Choices& random;
-  int subscriptStyle = 0;
-  OmStringCell corner{"corner"};
 };
 
-// Holds one row or column heading to the model. `Adapter` tells rows and columns alike.
-template <typename Adapter>
+// Has columns for rows.
+struct TurnedHeading : OmDisplayColumnHeading {
+  using Base = OmDisplayColumnHeading;
+  using Base::Base;
+  unsigned int NRows() const { return Base::NColumns(); }
+  unsigned int NColumns() const { return Base::NRows(); }
+  unsigned short VisibleWidth(int k) const { return Base::VisibleHeight(k); }
+  const Places& getNonEmptyRows() const { return Base::getNonEmptyColumns(); }
+  std::deque<ConstNode*> Row(int r) const { return Base::Column(r); }
+  std::deque<ConstNode*> RowCategories(int r) const { return Base::ColumnCategories(r); }
+  std::deque<ConstNode*> Column(int c) const { return Base::Row(c); }
+};
+
+template <typename Heading>
 void CheckHeading(const LayoutModel& model, const OmDisplayLayerHeading& layers,
-                  const Adapter& heading, const Dims& dims, const Dims& others, bool skipEmpty,
-                  bool corner) {
+                  const Heading& heading, const Dims& dims, const Dims& others, bool corner) {
   Places places;
-  if (skipEmpty) {
+  if (heading.SkipEmpty()) {
     places = model.NonEmpty(dims, others, layers.getCurrentCellIndex());
   }
-  const std::vector<int> widths = model.Widths(dims, places, corner);
-  if (!skipEmpty) {
+  const std::vector<unsigned long> widths = model.Widths(dims, places, corner);
+  if (!heading.SkipEmpty()) {
     places = model.AllPlaces(dims);
   }
-  ASSERT_EQ(heading.Count(), places.size());
-  ASSERT_EQ(heading.ListedPlaces(), places);
-  ASSERT_EQ(heading.Width(),
-            static_cast<unsigned int>(std::accumulate(widths.begin(), widths.end(), 0)));
+  ASSERT_EQ(heading.NRows(), places.size());
+  ASSERT_EQ(heading.getNonEmptyRows(), places);
+  ASSERT_EQ(heading.NColumns(), std::accumulate(widths.begin(), widths.end(), 0UL));
   for (unsigned long k = 0; k != dims.size(); ++k) {
-    ASSERT_EQ(heading.WidthOf(static_cast<int>(k)), widths[k]);
-    ASSERT_EQ(heading.DimensionAt(static_cast<int>(k)), dims[k]);
+    ASSERT_EQ(heading.VisibleWidth(static_cast<int>(k)), widths[k]);
+    ASSERT_EQ(heading.getDimensionIndex(static_cast<int>(k)), static_cast<int>(dims[k]));
   }
 
-  std::vector<Payloads> across(heading.Width(), Payloads(places.size()));
+  std::vector<Payloads> across(heading.NColumns(), Payloads(places.size()));
   for (unsigned long i = 0; i != places.size(); ++i) {
     const unsigned long r = corner ? i : places.size() - 1 - i;
     const int row = static_cast<int>(r);
-    const Payloads labels = model.Labels(dims, places[r], widths, corner);
-    ASSERT_EQ(PayloadsOf(heading.Labels(row)), labels);
+    Payloads labels, categories, roots, leaves, all;
+    for (const Payloads& path : model.Leaves(dims, places[r])) {
+      const Payloads visible = LayoutModel::Visible(path, corner);
+      labels.insert(labels.end(), visible.begin(), visible.end());
+      labels.resize(labels.size() + widths[categories.size()] - visible.size(), nullptr);
+      categories.push_back(path.empty() ? nullptr : path.back());
+      if (path.size() > 1) {
+        roots.push_back(path.front());
+        leaves.push_back(path.back());
+        all.insert(all.end(), path.begin(), path.end());
+      }
+    }
+    ASSERT_EQ(PayloadsOf(heading.Row(row)), labels);
+    ASSERT_EQ(PayloadsOf(heading.RowCategories(row)), categories);
     for (unsigned long c = 0; c != labels.size(); ++c) {
       across[c][r] = labels[c];
     }
-
-    Payloads categories, roots, leaves, all;
-    for (const LayoutModel::Leaf* leaf : model.Leaves(dims, places[r])) {
-      categories.push_back(leaf == nullptr ? nullptr : leaf->path.back());
-      if (leaf != nullptr && leaf->path.size() > 1) {
-        roots.push_back(leaf->path.front());
-        leaves.push_back(leaf->path.back());
-        all.insert(all.end(), leaf->path.begin(), leaf->path.end());
-      }
-    }
-    ASSERT_EQ(PayloadsOf(heading.Categories(row)), categories);
     std::vector<ConstNode*> dimNodes, catNodes, allNodes;
-    heading.get().DimCatNodes(row, dimNodes, catNodes);
-    heading.get().DimAllNodes(row, allNodes);
+    heading.DimCatNodes(row, dimNodes, catNodes);
+    heading.DimAllNodes(row, allNodes);
     ASSERT_EQ(PayloadsOf(dimNodes), roots);
     ASSERT_EQ(PayloadsOf(catNodes), leaves);
     ASSERT_EQ(PayloadsOf(allNodes), all);
-
     Subscripts subscripts(2, 77), expected(2, 77);
-    heading.get().Fill(subscripts, row);
+    heading.Fill(subscripts, row);
     model.Fill(dims, places[r], expected);
     ASSERT_EQ(subscripts, expected);
   }
-  for (unsigned int c = 0; c != heading.Width(); ++c) {
-    ASSERT_EQ(PayloadsOf(heading.Across(static_cast<int>(c))), across[c]);
+  for (unsigned long c = 0; c != across.size(); ++c) {
+    ASSERT_EQ(PayloadsOf(heading.Column(static_cast<int>(c))), across[c]);
   }
 }
 
-struct AsRows : std::reference_wrapper<const OmDisplayRowHeading> {
-  using reference_wrapper::reference_wrapper;
-  unsigned int Count() const { return get().NRows(); }
-  unsigned int Width() const { return get().NColumns(); }
-  int WidthOf(int k) const { return get().VisibleWidth(k); }
-  int DimensionAt(int k) const { return get().getDimensionIndex(k); }
-  const Places& ListedPlaces() const { return get().getNonEmptyRows(); }
-  Nodes Labels(int r) const { return get().Row(r); }
-  Nodes Categories(int r) const { return get().RowCategories(r); }
-  Nodes Across(int c) const { return get().Column(c); }
-};
-
-struct AsColumns : std::reference_wrapper<const OmDisplayColumnHeading> {
-  using reference_wrapper::reference_wrapper;
-  unsigned int Count() const { return get().NColumns(); }
-  unsigned int Width() const { return get().NRows(); }
-  int WidthOf(int k) const { return get().VisibleHeight(k); }
-  int DimensionAt(int k) const { return get().getDimensionIndex(k); }
-  const Places& ListedPlaces() const { return get().getNonEmptyColumns(); }
-  Nodes Labels(int c) const { return get().Column(c); }
-  Nodes Categories(int c) const { return get().ColumnCategories(c); }
-  Nodes Across(int r) const { return get().Row(r); }
-};
-
 inline void CheckCorner(const LayoutModel& model, const OmDisplayRowHeading& heading,
                         const Dims& dims) {
-  std::vector<const OmCellText*> expected;
+  const bool corner = heading.DimNamesInCorner();
+  std::vector<const OmCellText*> expected(corner || heading.NRows() != 0 ? heading.NColumns() : 0);
   bool found = false;
-  for (unsigned long k = 0; heading.DimNamesInCorner() && k != dims.size(); ++k) {
-    const auto& leaves = model.leaves[static_cast<unsigned long>(dims[k])];
-    if (!leaves.empty()) {
-      const OmDimensionNode& root = *leaves[0].path[0];
-      std::vector<const OmCellText*> names{root.Hide() ? nullptr : root.Text()};
-      names.resize(heading.VisibleWidth(static_cast<int>(k)));
-      found = found || (!names.empty() && names[0] != nullptr);
-      expected.insert(expected.end(), names.begin(), names.end());
+  unsigned long at = 0;
+  for (unsigned long k = 0; corner && k != dims.size(); ++k) {
+    const unsigned long width = heading.VisibleWidth(static_cast<int>(k));
+    if (width != 0 && !model.leaves[dims[k]][0][0]->Hide()) {
+      expected[at] = model.leaves[dims[k]][0][0]->Text();
+      found = true;
     }
+    at += width;
   }
-  if (heading.NRows() != 0 && !found) {
-    expected.assign(heading.NColumns(), nullptr);
-    if (!expected.empty()) {
-      expected[0] = model.table.CornerText();
-    }
+  if (heading.NRows() != 0 && !found && !expected.empty()) {
+    expected[0] = model.table.CornerText();
   }
   ASSERT_EQ(heading.CornerText(), expected);
 }
 
 inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers, const Dims& dims,
-                        const Dims& others, bool skipEmpty) {
-  const std::vector<int> start(model.leaves.size(), 0);
-  const Places places = skipEmpty ? model.NonEmpty(dims, others, start) : model.AllPlaces(dims);
-  ASSERT_EQ(layers.getLayer(), -1);
-  ASSERT_EQ(layers.LastLayer(), !places.empty());
-  ASSERT_EQ(layers.getLayer(), static_cast<int>(places.size()) - 1);
+                        const Dims& others) {
+  Subscripts current(model.leaves.size(), 0);
+  const Places places =
+      layers.SkipEmpty() ? model.NonEmpty(dims, others, current) : model.AllPlaces(dims);
+  const int n = static_cast<int>(places.size());
+  ASSERT_EQ(layers.LastLayer(), n != 0);
+  ASSERT_FALSE(layers.SwitchLayer(-2) || layers.SwitchLayer(n));
+  ASSERT_EQ(layers.getLayer(), n - 1);
   for (unsigned long i = 0; i != dims.size(); ++i) {
     ASSERT_EQ(layers.VisibleWidth(static_cast<int>(i)), model.Widths(dims, {}, false)[i]);
   }
-  layers.SwitchLayer(-1);
-  Subscripts current = layers.getCurrentCellIndex();
-  for (unsigned long n = 0; n != places.size(); ++n) {
+  ASSERT_FALSE(layers.SwitchLayer(-1));
+  current = layers.getCurrentCellIndex();
+  for (const Place place : places) {
     ASSERT_TRUE(layers.NextLayer());
-    model.Fill(dims, places[n], current);
-    ASSERT_EQ(layers.getCurrentCellIndex(), current);
     Subscripts filled, expected;
     layers.Fill(filled);
-    model.Fill(dims, places[n], expected);
+    model.Fill(dims, place, expected);
     ASSERT_EQ(filled, expected);
-    const auto stand = model.Leaves(dims, places[n]);
+    model.Fill(dims, place, current);
+    ASSERT_EQ(layers.getCurrentCellIndex(), current);
+    const std::vector<Payloads> stand = model.Leaves(dims, place);
     for (unsigned long i = 0; i != dims.size(); ++i) {
       Payloads labels;
-      for (const OmDimensionNode* node : stand[i] != nullptr ? stand[i]->path : Payloads()) {
+      for (const OmDimensionNode* const node : stand[i]) {
         if (!node->Hide() && node->IsGroup() && node->HideLabels()) {
           break;
         }
         labels.push_back(node->Hide() ? nullptr : node);
       }
       ASSERT_EQ(PayloadsOf(layers.Nodes(static_cast<int>(i))), labels);
-      std::vector<ConstNode*> all;
+      // The root and the category stay what they are where these are one.
+      ConstNode* none = nullptr;
+      std::vector<ConstNode*> all, ends(2, none);
       layers.DimAllNodes(static_cast<int>(i), all);
-      ASSERT_EQ(PayloadsOf(all),
-                stand[i] != nullptr && stand[i]->path.size() > 1 ? stand[i]->path : Payloads());
+      layers.DimCatNodes(static_cast<int>(i), ends[0], ends[1]);
+      const bool apart = stand[i].size() > 1;
+      ASSERT_EQ(PayloadsOf(all), apart ? stand[i] : Payloads());
+      ASSERT_EQ(PayloadsOf(ends),
+                apart ? Payloads({stand[i].front(), stand[i].back()}) : Payloads(2, nullptr));
     }
   }
   ASSERT_FALSE(layers.NextLayer());
-}
 
-inline void CheckTable(RandomTable& random) {
-  OmPivotTable& table = random.table;
-  const LayoutModel model(table);
-  const Dims rows = LayoutModel::Reversed(table.Rows());
-  const Dims columns = LayoutModel::Reversed(table.Columns());
-  Dims others = columns;
-  others.insert(others.end(), rows.begin(), rows.end());
-  ASSERT_EQ(IsSparse(table), model.Sparse());
-  for (const bool skipEmpty : {false, true}) {
-    OmDisplayLayerHeading layers(table, random.OneIn(2));
-    ASSERT_NO_FATAL_FAILURE(CheckLayers(model, layers, LayoutModel::Reversed(table.Layers()),
-                                        others, layers.SkipEmpty()));
-    layers.SwitchLayer(random.Below(4) - 1);
-    const bool corner = random.OneIn(2);
-    const OmDisplayRowHeading rowHeading(layers, skipEmpty, corner);
-    ASSERT_NO_FATAL_FAILURE(
-        CheckHeading(model, layers, AsRows(rowHeading), rows, columns, skipEmpty, corner));
-    ASSERT_NO_FATAL_FAILURE(CheckCorner(model, rowHeading, rows));
-    const OmDisplayColumnHeading columnHeading(layers, skipEmpty);
-    ASSERT_NO_FATAL_FAILURE(
-        CheckHeading(model, layers, AsColumns(columnHeading), columns, rows, skipEmpty, false));
+  // A restored number is followed by Fill() at once, by the current subscripts at the next switch.
+  const int restored = layers.restoreLayer();
+  ASSERT_EQ(layers.getLayer(), restored);
+  ASSERT_EQ(layers.getCurrentCellIndex(), current);
+  if (layers.SkipEmpty() || restored < n) {
+    Subscripts filled, expected;
+    layers.Fill(filled);
+    if (restored >= 0 && restored < n) {
+      model.Fill(dims, places[static_cast<unsigned long>(restored)], expected);
+    }
+    ASSERT_EQ(filled, expected);
   }
 }
 
+// Every step makes a table and holds its headings to the model.
 class LayoutPlay {
  public:
   explicit LayoutPlay(Choices& random_) : random(random_) {}
 
   void Step() {
-    RandomTable table(random);
-    CheckTable(table);
+    OmPivotTable table(text, text, false);
+    const bool many = OneIn(30), large = OneIn(3);
+    const int n = many ? 10 : OneIn(10) ? 0 : 1 + Below(4);
+    PuppetVector<short>* const axes[] = {&table.Rows(), &table.Columns(), &table.Layers()};
+    for (int d = 0; d != n; ++d) {
+      Plant(table, many ? 2 : large ? 16 : 8);
+      // Now and then on no axis, or on two, or twice on one.
+      for (int times = OneIn(10) ? Below(3) : 1; times != 0; --times) {
+        PuppetVector<short>& axis = *axes[Below(3)];
+        axis.insert(axis.begin() + Below(static_cast<int>(axis.size()) + 1), static_cast<short>(d));
+      }
+      if (d == n - 1 || (large && d == 0)) {  // dimensions that are added raise the cells
+        StoreCells(table);
+      }
+    }
+    table.setLayerLoc(Below(12) - 2);
+    table.CornerText(OneIn(2) ? nullptr : &text);
+    Check(table);
   }
   void End() {}
 
  private:
+  int Below(int n) { return random.Below(n); }
+  bool OneIn(int n) { return random.OneIn(n); }
+
+  void Plant(OmPivotTable& table, int most) {
+    const int hide = Below(3);
+    const int kind = Below(12);  // a root may be a leaf itself
+    const OmDimensionNode root(text, kNone, kind != 1, nullptr);
+    OmDimension& dimension = *table.AddDimension(OmDimension(root, nullptr));
+    dimension.Root()->Hide(hide == 0);
+    dimension.Root()->HideLabels(kind == 0);
+    Grow(dimension, dimension.Root(), OneIn(20) ? 0 : 1 + Below(most), Below(5), 0);
+    // Deleting leaves links that are stale, and counts that differ from the number of leaves.
+    for (int i = OneIn(3) ? Below(3) : 0; i != 0 && dimension.Root().HasChild(); --i) {
+      Node victim = OneIn(3) ? dimension.Root().Back() : dimension.Root()[0];
+      dimension.Delete(victim);
+    }
+  }
+
+  // Subscripts come in order, or one `inAstray` at random: with repeats, beyond the count or none.
+  void Grow(OmDimension& dimension, const Node& parent, int n, int inAstray, int depth) {
+    for (; n != 0; --n) {
+      const bool group = depth < 4 && OneIn(4);
+      const auto next = static_cast<int>(dimension.NumCategories());
+      const bool astray = inAstray != 0 && OneIn(inAstray);
+      const int subscript = !astray ? next : OneIn(15) ? -1 : Below(inAstray == 1 ? 2 : next + 3);
+      Node child = dimension.AddNewChild(
+          parent, text, group ? kNone : static_cast<unsigned long>(subscript), group);
+      child->Hide(OneIn(5));
+      child->HideLabels(OneIn(8));
+      Grow(dimension, child, group ? Below(4) : 0, inAstray, depth + 1);
+    }
+  }
+
+  void StoreCells(OmPivotTable& table) {
+    const std::vector<int> sizes = table.SizeVector();
+    const auto most = static_cast<int>(Product(sizes));
+    const int nulls = OneIn(4) ? 10 : 200;
+    for (int n = OneIn(2) ? 1 + Below(6) : Below(2 + most / 2); n != 0; --n) {
+      Subscripts subscripts;
+      for (const int size : sizes) {
+        subscripts.push_back(Below(size + (OneIn(8) ? 3 : 1)));
+      }
+      table.Cell(subscripts, OneIn(nulls) ? nullptr : &text);
+    }
+  }
+
+  void Check(OmPivotTable& table) {
+    const LayoutModel model(table);
+    const Dims rows = LayoutModel::Reversed(table.Rows());
+    const Dims columns = LayoutModel::Reversed(table.Columns());
+    Dims both = columns;
+    both.insert(both.end(), rows.begin(), rows.end());
+    ASSERT_EQ(IsSparse(table), model.Sparse());
+    for (const bool skipEmpty : {false, true}) {
+      OmDisplayLayerHeading layers(table, OneIn(2));
+      ASSERT_NO_FATAL_FAILURE(
+          CheckLayers(model, layers, LayoutModel::Reversed(table.Layers()), both));
+      layers.SwitchLayer(Below(4) - 1);
+      const OmDisplayRowHeading heading(layers, skipEmpty, OneIn(2));
+      ASSERT_NO_FATAL_FAILURE(
+          CheckHeading(model, layers, heading, rows, columns, heading.DimNamesInCorner()));
+      ASSERT_NO_FATAL_FAILURE(CheckCorner(model, heading, rows));
+      const TurnedHeading turned(layers, skipEmpty);
+      ASSERT_NO_FATAL_FAILURE(CheckHeading(model, layers, turned, columns, rows, false));
+    }
+  }
+
   Choices& random;
+  const OmStringCell text{"text"};
 };
 
 }  // namespace layout_model

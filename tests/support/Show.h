@@ -16,19 +16,15 @@ template <typename Value>
 std::string AsText(const Value& value) {
   if constexpr (std::is_convertible_v<Value, std::string>) {
     return value;
-  } else if constexpr (std::is_enum_v<Value>) {
-    return std::to_string(static_cast<long>(value));
   } else {
-    return std::to_string(value);
+    return std::to_string(+value);
   }
 }
 
 // Joins texts, numbers and flags.
 template <typename... Values>
 std::string Fields(const Values&... values) {
-  std::string fields;
-  ((fields += AsText(values) + "|"), ...);
-  return fields;
+  return (std::string() + ... + (AsText(values) + "|"));
 }
 
 template <typename Sequence>
@@ -44,11 +40,10 @@ inline std::string Show(const OmCellText* text) {
   if (text == nullptr) {
     return "null";
   }
-  std::string shown = text->Text() + (text->getICUTracker() != nullptr ? "~" : "");
-  if (text->hasMeta()) {
-    shown += "{" + Fields(text->getMeta().Style(), ListOf(text->getMeta().Footnotes())) + "}";
-  }
-  return shown;
+  const std::string shown = text->Text() + (text->getICUTracker() != nullptr ? "~" : "");
+  return text->hasMeta()
+             ? shown + Fields("{", text->getMeta().Style(), ListOf(text->getMeta().Footnotes()))
+             : shown;
 }
 
 inline std::string Show(const OmFootnote& note) {
@@ -60,7 +55,7 @@ inline std::string Show(const OmVector<OmFootnote>& notes) {
   for (const OmFootnote& note : notes) {
     shown += Show(note) + " ";
   }
-  return "[" + shown + "]";
+  return shown;
 }
 
 inline std::string Show(const OmDimensionNode& node) {

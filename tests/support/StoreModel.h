@@ -6,9 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iterator>
+#include <array>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,26 +18,27 @@
 #include "tests/support/Tables.h"
 #include "tests/support/Walkers.h"
 
-// "0,2=x 1,0=y" for every cell in the iterators' order.
-inline std::string Cells(const OmPivotTable& table) {
-  std::string text;
-  for (OmPivotTable::ConstIterator cell = table.FirstCell(); cell.Cell() != nullptr; ++cell) {
-    text += text.empty() ? "" : " ";
-    for (const int subscript : cell.Index()) {
-      text += std::to_string(subscript) + ",";
-    }
-    text.back() = '=';
-    text += cell.Cell()->Text();
-  }
-  return text;
+// Adds "0,2=x" to a list of cells.
+inline void ListCell(std::string& list, const std::vector<int>& subscripts,
+                     const std::string& text) {
+  list += (list.empty() ? "" : " ") + ListOf(subscripts);
+  list.back() = '=';
+  list += text;
 }
 
-// Random setting, clearing, deleting and adding of dimensions against a map from the subscripts,
-// last dimension first, to what was stored.
+// "0,2=x 1,0=y" for every cell in the iterators' order.
+inline std::string Cells(const OmPivotTable& table) {
+  std::string list;
+  for (OmPivotTable::ConstIterator cell = table.FirstCell(); cell.Cell() != nullptr; ++cell) {
+    ListCell(list, cell.Index(), cell.Cell()->Text());
+  }
+  return list;
+}
+
+// Random setting, clearing, deleting and adding of dimensions against a map from the subscripts to
+// what was stored: a text, or nothing for a null.
 class StoreModel {
  public:
-  using Subscripts = std::vector<int>;
-
   explicit StoreModel(Choices& random_) : random(random_), nulls(random.OneIn(2)) {
     AddDimension(t, "d", 2);
   }
@@ -46,79 +46,67 @@ class StoreModel {
   void Step() {
     const int step = count++;
     const auto n = static_cast<unsigned long>(t.NDimensions());
-    Subscripts key(n);
-    for (int& subscript : key) {
-      subscript = random.OneIn(100) ? random.Below(201) : random.Below(n > 2 ? 3 : 7);
+    Key key{};
+    for (auto subscript = key.end() - static_cast<long>(n); subscript != key.end(); ++subscript) {
+      *subscript = random.OneIn(100) ? random.Below(201) : random.Below(n > 2 ? 3 : 7);
     }
-    const Subscripts subscripts(key.rbegin(), key.rend());
+    const std::vector<int> subscripts = Subscripts(key);
     const int what = random.Below(20);
     if (what < 12) {
-      const std::string text = std::to_string(step);
-      t.Cell(subscripts, OmStringCell(text));
-      twin[key] = text;
+      twin[key] = std::to_string(step);
+      t.Cell(subscripts, OmStringCell(twin[key]));
     } else if (what < 14 && nulls) {
+      twin[key] = "";
       t.Cell(subscripts, nullptr);
-      twin[key] = std::nullopt;
-    } else if (what < 19) {
-      if (twin.contains(key)) {
-        t.deleteCell(subscripts);
-        twin[key] = std::nullopt;
-        const auto sameVector = [&](const auto& entry) {
-          return std::equal(key.begin(), key.end() - 1, entry.first.begin());
-        };
-        if (std::none_of(twin.begin(), twin.end(), [&](const auto& entry) {
-              return sameVector(entry) && entry.second.has_value();
-            })) {
-          std::erase_if(twin, sameVector);
-        }
+    } else if (what < 19 && twin.contains(key)) {
+      twin[key] = "";
+      t.deleteCell(subscripts);
+      if (!VectorHoldsCell(key)) {
+        std::erase_if(twin, [&](const auto& entry) { return SameVector(entry.first, key); });
       }
-    } else if (n < 4 && step > 100 && !twin.empty()) {
+    } else if (what == 19 && n < key.size() && step > 100 && !twin.empty()) {
       AddDimension(t, "d", 2);
-      std::map<Subscripts, std::optional<std::string>> raised;
-      for (const auto& [old, text] : twin) {
-        Subscripts longer{0};
-        longer.insert(longer.end(), old.begin(), old.end());
-        raised[longer] = text;
-      }
-      twin.swap(raised);
       return;
     }
-    const auto found = twin.find(key);
     const OmCellText* const cell = t.Cell(subscripts);
-    ASSERT_EQ(cell == nullptr ? "" : cell->Text(),
-              found == twin.end() ? "" : found->second.value_or(""));
+    ASSERT_EQ(cell == nullptr ? "" : cell->Text(), twin.contains(key) ? twin[key] : "");
   }
 
   void End() {
     std::string expected;
-    const auto first = twin.begin();
-    bool over = first == twin.end();
-    if (!over) {  // the first vector has to hold a cell, or the walk is over at once
-      over = std::none_of(first, twin.end(), [&](const auto& entry) {
-        return entry.second.has_value() &&
-               std::equal(entry.first.begin(), entry.first.end() - 1, first->first.begin());
-      });
-    }
-    for (auto entry = first; !over && entry != twin.end(); ++entry) {
-      if (!entry->second.has_value()) {
-        continue;
+    // The first vector has to hold a cell, or the walk is over at once.
+    if (!twin.empty() && VectorHoldsCell(twin.begin()->first)) {
+      for (const auto& [key, text] : twin) {
+        if (!text.empty()) {
+          ListCell(expected, Subscripts(key), text);
+        }
       }
-      expected += expected.empty() ? "" : " ";
-      for (auto s = entry->first.rbegin(); s != entry->first.rend(); ++s) {
-        expected += std::to_string(*s) + (s + 1 == entry->first.rend() ? "=" : ",");
-      }
-      expected += *entry->second;
     }
     ASSERT_EQ(Cells(t), expected);
     Verify(t);
   }
 
  private:
+  // The last dimension's subscript first; 0 in front for dimensions that are still to come.
+  using Key = std::array<int, 4>;
+
+  [[nodiscard]] std::vector<int> Subscripts(const Key& key) const {
+    return {key.rbegin(), key.rbegin() + static_cast<long>(t.NDimensions())};
+  }
+  static bool SameVector(const Key& a, const Key& b) {
+    return std::equal(a.begin(), a.end() - 1, b.begin());
+  }
+  [[nodiscard]] bool VectorHoldsCell(const Key& key) const {
+    return std::any_of(twin.begin(), twin.end(), [&](const auto& entry) {
+      return SameVector(entry.first, key) && !entry.second.empty();
+    });
+  }
+
   Choices& random;
   bool nulls;
   int count = 0;
   OmPivotTable t{OmStringCell("t"), OmStringCell("t"), false};
-  std::map<Subscripts, std::optional<std::string>> twin;
+  std::map<Key, std::string> twin;
 };
 
 // Footnotes, new or used again, with and without markers and counts of their own.
@@ -127,39 +115,33 @@ class FootnoteModel {
   explicit FootnoteModel(Choices& random_) : random(random_) {}
 
   void Step() {
-    const std::string text(1, static_cast<char>('a' + random.Below(6)));
-    const std::string marker = random.OneIn(2) ? "" : std::to_string(random.Below(9));
-    const OmStringCell textCell(text);
-    const OmStringCell markerCell(marker);
-    OmFootnote note(&textCell, marker.empty() ? nullptr : &markerCell, nullptr);
+    const OmStringCell text(std::string(1, static_cast<char>('a' + random.Below(6))));
+    const OmStringCell marker(random.OneIn(2) ? "null" : std::to_string(random.Below(9)));
+    OmFootnote note(&text, marker.Text() == "null" ? nullptr : &marker, nullptr);
     note.UseCount(random.Below(5) - 2);
     const bool alwaysNew = random.OneIn(5);
-    const auto known = std::find_if(twin.begin(), twin.end(),
-                                    [&](const Note& other) { return other.text == text; });
-    const auto index = alwaysNew || known == twin.end()
-                           ? twin.size()
-                           : static_cast<std::size_t>(known - twin.begin());
-    ASSERT_EQ(table.Footnote(note, alwaysNew), static_cast<int>(index));
-    if (index == twin.size()) {
-      twin.push_back({text, marker, note.UseCount() < 0 ? note.UseCount() : 1});
+    const auto known = std::find_if(twin.begin(), twin.end(), [&](const Note& other) {
+      return !alwaysNew && other.text == text.Text();
+    });
+    ASSERT_EQ(table.Footnote(note, alwaysNew), known - twin.begin());
+    if (known == twin.end()) {
+      twin.push_back({text.Text(), marker.Text(), note.UseCount() < 0 ? note.UseCount() : 1});
     } else {
-      twin[index].marker = marker;
-      ++twin[index].uses;
+      known->marker = marker.Text();
+      ++known->uses;
     }
-    std::string expected = "[";
+    std::string expected;
     for (const Note& other : twin) {
-      expected +=
-          Fields(other.text, other.marker.empty() ? "null" : other.marker, other.uses) + " ";
+      expected += Fields(other.text, other.marker, other.uses) + " ";
     }
-    ASSERT_EQ(Show(table.Footnotes()), expected + "]");
+    ASSERT_EQ(Show(table.Footnotes()), expected);
     Verify(table);
   }
   void End() {}
 
  private:
   struct Note {
-    std::string text;
-    std::string marker;
+    std::string text, marker;
     int uses;
   };
 

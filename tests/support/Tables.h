@@ -7,6 +7,7 @@
 #include <string>
 
 #include "backend/tables/om/Dimension.h"
+#include "backend/tables/om/Exception.h"
 #include "backend/tables/om/PivotTable.h"
 #include "platform/cells/CellTexts.h"
 
@@ -20,27 +21,28 @@ inline OmDimension* AddDimension(OmPivotTable& table, const std::string& name, i
   return dimension;
 }
 
-// A text that can be copied `left` times, its copies one time less each; -1 sets no limit.
-class BrittleText : public OmCellText {
- public:
-  explicit BrittleText(int left_) : left(left_) {}
+// Returns what the exception of a call says.
+template <typename Call>
+std::string Message(Call call) {
+  try {
+    call();
+  } catch (const OMSException& error) {
+    return error.what();
+  }
+  return "nothing thrown";
+}
 
+// A text that can be copied `left` times, its copies one time less each.
+class BrittleText : public OmStringCell {
+ public:
+  explicit BrittleText(int left_) : OmStringCell("brittle"), left(left_) {}
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region) const override {
-    if (left == 0) {
-      throw std::runtime_error("no more copies");
-    }
-    left -= left > 0 ? 1 : 0;
-    return new (region) BrittleText(left);
+    return left == 0 ? throw std::runtime_error("no more copies")
+                     : new (region) BrittleText(left - 1);
   }
-  [[nodiscard]] short Compare(const OmCellText& other) const override {
-    return static_cast<short>(Text().compare(other.Text()));
-  }
-  [[nodiscard]] unsigned long Kind() const noexcept override { return 4711; }
-  [[nodiscard]] std::string Text() const override { return "brittle"; }
-  void Accept(Visitor&) override {}
 
  private:
-  mutable int left;
+  int left;
 };
 
 #endif
