@@ -115,6 +115,20 @@ class StoreWalk {
       if (s >= end) {
         return;
       }
+      if (k != 0) {
+        // A vector of the store is as a rule nowhere near the one before it, and most of the work
+        // is to wait for it. Written out because a function that does no more than this is one
+        // without an effect to the compiler, which drops its calls.
+        if (s + 2 * kAhead < end) {
+          __builtin_prefetch(v[s + 2 * kAhead]);
+        }
+        if (s + kAhead < end && v[s + kAhead] != nullptr) {
+          const auto& next = *static_cast<const OmPointerVector*>(v[s + kAhead]);
+          for (unsigned long i = 0; i < std::min(next.size(), 4 * kLine); i += kLine) {
+            __builtin_prefetch(&next[i]);
+          }
+        }
+      }
       if (!level.head) {
         Descend(k, v[s], place);
         continue;
@@ -145,6 +159,9 @@ class StoreWalk {
     }
     return false;
   }
+
+  static constexpr unsigned long kAhead = 16;  // vectors
+  static constexpr unsigned long kLine = 8;    // pointers to a line of the cache
 
   const std::vector<Level>& levels;
   PlaceSet& found;
