@@ -5,6 +5,8 @@
 //   om_fuzz NAME [FILE|FOLDER]...
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -12,9 +14,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <regex>
 #include <string>
+#include <vector>
 
-#include "fuzz/Records.h"
+#include "backend/tables/om/Chart.h"
+#include "examples/report/CsvReader.h"
+#include "platform/support/Converter.h"
 #include "tests/support/DimensionModel.h"
 #include "tests/support/DocumentModel.h"
 #include "tests/support/LayoutCheck.h"
@@ -24,8 +31,8 @@
 namespace {
 
 template <typename Model>
-void PlayModel(const unsigned char* data, unsigned long size) {
-  Choices choices(data, size);
+void PlayModel(const std::string& bytes) {
+  Choices choices(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
   Model model(choices);
   // The bound is for steps that take no choice.
   for (int step = 0; step != 3000 && !choices.Done(); ++step) {
@@ -34,12 +41,74 @@ void PlayModel(const unsigned char* data, unsigned long size) {
   model.End();
 }
 
-struct Target {
-  const char* name;
-  void (*play)(const unsigned char* data, unsigned long size);
-};
+// The map information of a chart, delivered in two chunks.
+void CheckMapInfo(const std::string& record) {
+  const auto half = static_cast<unsigned int>(record.size() / 2);
+  OmChart chart(OmStringCell("chart"), "", 1);
+  chart.SetMapInfo(record.data(), half);
+  chart.SetMapInfo(record.data() + half, static_cast<unsigned int>(record.size()) - half);
+  std::string texts[4];
+  chart.getMapInfo(texts[0], texts[1], texts[2], texts[3]);
+  EXPECT_EQ(chart.hasMap(), !record.empty());
+  EXPECT_LE((texts[0] + texts[1] + texts[2] + texts[3]).size(), record.size());
+}
 
-constexpr Target kTargets[] = {
+using CsvRecords = std::vector<std::vector<std::string>>;
+
+// Reads the whole text at once, up to where it breaks the rules. Returns whether it keeps them.
+bool ReadCsvText(const std::string& text, CsvRecords& records) {
+  static const std::regex pattern(R"re([ \t]*(?:"((?:[^"]|"")*)"|([^",\r\n]*?))[ \t]*([,\r\n]))re");
+  static const std::regex twoQuotes("\"\"");
+  static QualtexMBConverter* const utf8 = QualtexMBConverterNew_A("UTF-32");
+  if (text.find('\0') != std::string::npos) {
+    return false;
+  }
+  unsigned long at = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  while ((at = text.find_first_not_of(" \t\r\n", at)) != std::string::npos) {
+    std::vector<std::string> record;
+    std::string all, converted;
+    std::smatch field;
+    do {
+      if (!std::regex_search(text.begin() + static_cast<long>(at), text.end(), field, pattern,
+                             std::regex_constants::match_continuous)) {
+        return false;
+      }
+      record.push_back(std::regex_replace(field.str(1), twoQuotes, "\"") + field.str(2));
+      all += record.back();
+      at += field.str().size();
+    } while (field.str(3) == ",");
+    if (QualtexMBU8ToGeneric(utf8, converted, all) != 0) {
+      return false;
+    }
+    records.push_back(record);
+  }
+  return true;
+}
+
+// The sample program's comma-separated files, beside a naive reader.
+void CheckCsv(const std::string& text) {
+  const int file = memfd_create("csv", 0);
+  ASSERT_EQ(write(file, text.data(), text.size()), static_cast<long>(text.size()));
+  lseek(file, 0, SEEK_SET);
+  CsvRecords records, expected;
+  bool whole = true;
+  try {
+    report::ReadCsv(
+        "/proc/self/fd/" + std::to_string(file),
+        [&](const report::CsvRecord& record) {
+          records.emplace_back(record.fields.begin(), record.fields.end());
+        },
+        [](std::uint64_t, std::uint64_t) {});
+  } catch (const report::InputError&) {
+    whole = false;
+  }
+  close(file);
+  EXPECT_EQ(whole, ReadCsvText(text + "\n", expected));
+  EXPECT_EQ(records, expected);
+}
+
+using Target = void (*)(const std::string& bytes);
+const std::map<std::string, Target> kTargets = {
     {"vector", PlayModel<VectorModel>},
     {"dimension", PlayModel<dimension_model::DimensionModel>},
     {"store", PlayModel<StoreModel>},
@@ -51,17 +120,16 @@ constexpr Target kTargets[] = {
 };
 
 // Returns the fuzzer, whose failed expectations end the process as a finding.
-const Target& Begin(const char* name) {
+Target Begin(const char* name) {
   int argc = 0;
   testing::InitGoogleTest(&argc, static_cast<char**>(nullptr));
   GTEST_FLAG_SET(break_on_failure, true);
-  for (const Target& target : kTargets) {
-    if (name != nullptr && target.name == std::string(name)) {
-      return target;
-    }
+  const auto target = kTargets.find(name != nullptr ? name : "");
+  if (target == kTargets.end()) {
+    std::fputs("which fuzzer?\n", stderr);
+    std::exit(2);
   }
-  std::fputs("which fuzzer?\n", stderr);
-  std::exit(2);
+  return target->second;
 }
 
 }  // namespace
@@ -69,8 +137,8 @@ const Target& Begin(const char* name) {
 #ifdef OM_LIBFUZZER
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-  static const Target& target = Begin(std::getenv("OM_FUZZER"));
-  target.play(data, size);
+  static const Target target = Begin(std::getenv("OM_FUZZER"));
+  target(std::string(reinterpret_cast<const char*>(data), size));
   return 0;
 }
 
@@ -78,13 +146,12 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
 
 int main(int, char** argv) {
   namespace fs = std::filesystem;
-  const Target& target = Begin(argv[1]);
+  const Target target = Begin(argv[1]);
   unsigned long inputs = 0;
   const auto play = [&](const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
     std::fprintf(stderr, "%s\r", path.filename().c_str());
-    target.play(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    target(std::string(std::istreambuf_iterator<char>(file), {}));
     ++inputs;
   };
   for (char** path = argv + 2; *path != nullptr; ++path) {

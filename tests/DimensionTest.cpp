@@ -1,3 +1,5 @@
+// Dimensions, and the vector trees that they are.
+
 #include "backend/tables/om/Dimension.h"
 
 #include <gtest/gtest.h>
@@ -7,17 +9,31 @@
 
 #include "backend/tables/om/Exception.h"
 #include "platform/cells/CellTexts.h"
-#include "platform/support/IcuTracker.h"
 #include "tests/support/Choices.h"
 #include "tests/support/DimensionModel.h"
+#include "tests/support/VectorModel.h"
 
 namespace {
 
 using namespace dimension_model;
 
 struct Dimension : testing::Test {
-  Node Add(const Node& above, const char* label, bool group = false) {
+  Node Add(const Node& above, const std::string& label, bool group = false) {
     return dimension.AddNewChild(above, OmStringCell(label), 6, group);
+  }
+  // Adds categories, each with one of the same label below.
+  void AddPairs(const std::string& labels) {
+    for (const char label : labels) {
+      Add(Add(root, {label}), {label});
+    }
+  }
+  // Returns the labels below a record, each with those below it in brackets.
+  std::string Labels(const Node& node) {
+    std::string text;
+    for (Node child = node.Begin(); child != node.End(); ++child) {
+      text += child->Text()->Text() + (child.HasChild() ? "(" + Labels(child) + ")" : "");
+    }
+    return text;
   }
 
   OmMemoryRegion region{false};
@@ -26,7 +42,84 @@ struct Dimension : testing::Test {
 };
 
 TEST_F(Dimension, BehavesLikeItsTwin) {
-  Play<DimensionModel>(60, 300);
+  Play<DimensionModel>(30, 300);
+}
+
+TEST_F(Dimension, NeedsNoMemoryToMoveAndKeepsAGroupThatFails) {
+  AddPairs("abcdg");
+  Node group = root[4];
+  for (int i = 0; i != 4; ++i) {
+    Add(group, "x");
+  }
+  Node b = root[1];
+  Node d = root[3];
+  region.Limit(region.BytesInUse());
+  dimension.OmVectorTree::moveChild(b, nullptr, &d);
+  b = root[0];
+  dimension.OmVectorTree::moveChild(b, nullptr, nullptr);
+  dimension.swapChildren(b, b);
+  group = root[2];
+  EXPECT_THROW(dimension.removeChild(group), std::bad_alloc);
+  EXPECT_EQ(group->Subscript(), 6u);
+  EXPECT_EQ(Labels(root), "c(c)d(db(b))g(gxxxx)a(a)");
+}
+
+// Deleting leaves the links below the moved siblings as they were. What is moved afterwards, by
+// handles whose own links are right, has to arrive all the same.
+TEST_F(Dimension, StaleLinksMisleadNothing) {
+  AddPairs("abcd");
+  Node first = root[0];
+  dimension.Delete(first);
+  Node into = root[0];
+  for (Node moved : {root[2], root[1]}) {
+    dimension.OmVectorTree::moveChild(moved, nullptr, &into);
+    into = root[0][0];
+  }
+  EXPECT_EQ(Labels(root), "b(b(c(c))d(d))");
+  Verify(dimension);
+
+  AddPairs("efg");
+  first = root[0];
+  dimension.Delete(first);
+  Add(root[0], "1");
+  Add(root[0], "2");
+  Node a = root[0][1];
+  Node b = Add(root[1], "3");
+  dimension.swapChildren(a, b);
+  dimension.Relocate(true);  // the links below the last were no concern of the swap
+  EXPECT_EQ(Labels(root), "e(e21)f(f3)g(g)");
+  Verify(dimension);
+}
+
+TEST_F(Dimension, HandlesSayWhereTheyStand) {
+  AddPairs("abca");
+  Node node = root.Begin();
+  EXPECT_EQ(root.findIdx(*root[3]), 0);
+  EXPECT_EQ(root.findIdx(*root), -1);
+  EXPECT_EQ((node++)->Text()->Text(), "a");
+  EXPECT_EQ(node->Text()->Text(), "b");
+  EXPECT_EQ((++node) - root.Begin(), 2u);
+  EXPECT_EQ(node--, root[2]);
+  EXPECT_EQ(Node(node.record, 7), root[1]);
+  EXPECT_TRUE(OmDimension::ConstNode(node.record, 0).IsRoot());
+  node.level = 9;
+  node.Renumber();
+  EXPECT_EQ(node.Level(), 9u);  // its parent's handle counts down from the same depth
+  OmVectorTreeData<OmDimensionNode> stray(*root, &dimension, nullptr);
+  EXPECT_DEATH((void)Node(&stray, 1).Counterpart(dimension),
+               "backend/tables/om/VectorTree:384: Counterpart: Assertion `0 <= offset && offset < "
+               "vec.size\\(\\)' failed");
+}
+
+TEST(VectorTree, EndsChildrenFirstAndInOrder) {
+  OmVectorTree<Counted> tree(Counted(0), nullptr);
+  for (const int i : {1, 2}) {
+    tree.Child(tree.Child(tree.Child(tree.Root(), i), i * 10), i * 100);
+    tree.Child(tree.Root().Back(), i + 4);
+  }
+  Counted::ended.clear();
+  tree.Children().clear();
+  EXPECT_EQ(Counted::ended, (std::vector<int>{100, 10, 5, 1, 200, 20, 6, 2}));
 }
 
 TEST_F(Dimension, NodesWriteThemselves) {
@@ -67,42 +160,20 @@ TEST_F(Dimension, CountsWhatItShows) {
     dimension.Delete(last);
   }
   EXPECT_EQ(dimension.NumCategories(), 1u);
+}
+
+TEST_F(Dimension, CopiesNoIndexAndWantsGroups) {
+  OmDimensionNode node(OmStringCell("a"), 0, false, nullptr);
+  node.ChildIndex().push_back(7);  // of where the node comes from
+  const Node child = dimension.Child(root, node);
+  EXPECT_EQ(child->ChildIndex().size(), 0u);
   try {
-    dimension.Child(Add(root, "c"), OmStringCell("d"), 1, false);
+    dimension.Child(child, node);
     FAIL();
   } catch (const OMSException& error) {
     EXPECT_STREQ(error.what(),
                  "OmDimension::Child -- parent is not group, value 1 == 0, value 2 == 0");
   }
-}
-
-TEST_F(Dimension, LabelsKeepTheTrackerOfTheirTable) {
-  icuTracker tracker(true, "en");
-  icuTracker strange(true, "xx");
-  dimension.Name()->setICUTracker(&tracker);
-  OmDimensionNode node(OmStringCell("a"), 0, true, nullptr);
-  node.Text()->setICUTracker(&strange);
-  node.ChildIndex().push_back(7);  // of where the node comes from
-  const Node group = dimension.Child(root, node);
-  EXPECT_EQ(group->ChildIndex().size(), 0u);
-  Node child = Add(group, "b");
-  dimension.insertCategory(OmStringCell("c"), child, group, false);
-  child = root[0].Back();
-  dimension.insertChild(OmStringCell("d"), {&child});
-  for (const OmDimension::ConstNode at : {root, root[0], root[0][0], root[0][1], root[0][1][0]}) {
-    EXPECT_EQ(at->Text()->getICUTracker(), &tracker) << at->Text()->Text();
-  }
-  EXPECT_EQ(OmDimension(dimension, nullptr).Root()[0][1]->Text()->getICUTracker(), nullptr);
-}
-
-TEST_F(Dimension, AFailedDissolvingKeepsTheSubscript) {
-  Node group = Add(root, "g", true);
-  for (int i = 0; i < 8; ++i) {
-    Add(group, "x");
-  }
-  region.Limit(region.BytesInUse());
-  EXPECT_THROW(dimension.removeChild(group), std::bad_alloc);
-  EXPECT_EQ(group->Subscript(), 6u);
 }
 
 TEST_F(Dimension, DepthNeedsLittleStack) {

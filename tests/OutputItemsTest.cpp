@@ -1,86 +1,89 @@
-// Headings, procedures, text blocks, page titles and footnotes, and how visitors tell items apart.
+// The items of a document, what they carry, and the helpers beside them.
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "backend/tables/om/Chart.h"
 #include "backend/tables/om/Dendrix.h"
 #include "backend/tables/om/Footnote.h"
+#include "backend/tables/om/Format.h"
+#include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/Heading.h"
 #include "backend/tables/om/Interactive.h"
 #include "backend/tables/om/Model.h"
 #include "backend/tables/om/OutputTree.h"
 #include "backend/tables/om/TextBlock.h"
+#include "backend/tables/om/Utility.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/Show.h"
 #include "tests/support/Tables.h"
 
 namespace {
 
+using std::string;
+using namespace std::string_literals;
+using C = OmChart;
+using M = OmModel;
+using D = OmDendrix;
+using I = OmInteractive;
+
+const OmStringCell kText("text");
+const OmStringCell kMarker("marker");
+
 // Receives only what every visitor has to.
-class Seven : public OmOutputPart::Visitor {
- public:
+struct Seven : OmOutputPart::Visitor {
   using OmOutputPart::Visitor::Visit;
-  void Visit(OmPivotTable&) override { seen += "pivot table "; }
+  void Visit(OmPivotTable&) override {}
   void Visit(OmHeading&) override { seen += "heading "; }
   void Visit(OmTextBlock&) override { seen += "text "; }
-  void Visit(OmChart&) override { seen += "chart "; }
-  void Visit(OmDendrix&) override { seen += "dendrix "; }
-  void Visit(OmModel&) override { seen += "model "; }
-  void Visit(OmInteractive&) override { seen += "interactive "; }
+  void Visit(OmChart&) override {}
+  void Visit(OmDendrix&) override {}
+  void Visit(OmModel&) override {}
+  void Visit(OmInteractive&) override {}
 
   std::string seen;
 };
 
-class Nine : public Seven {
- public:
+struct Nine : Seven {
   using Seven::Visit;
   void Visit(OmProcedure&) override { seen += "procedure "; }
-  void Visit(OmPageTitle&) override { seen += "page title "; }
+  void Visit(OmPageTitle&) override { seen += "page "; }
 };
 
 TEST(OutputItems, AreVisitedByKind) {
-  const OmStringCell title("title");
+  OmProcedure procedure(kText, "", "", "");
+  OmPageTitle page("");
   Seven seven;
   Nine nine;
-  std::vector<std::unique_ptr<OmOutputPart>> parts;
-  parts.emplace_back(new OmPivotTable(title, title, false));
-  parts.emplace_back(new OmHeading(title));
-  parts.emplace_back(new OmProcedure(title, "", "", ""));
-  parts.emplace_back(new OmTextBlock(title, ""));
-  parts.emplace_back(new OmPageTitle(""));
-  parts.emplace_back(new OmChart(title, "", 1));
-  parts.emplace_back(new OmModel(title));
-  parts.emplace_back(new OmInteractive(title, "", 1));
-  parts.emplace_back(new OmDendrix(title, seven.seen));
-  for (const auto& part : parts) {
-    part->Accept(seven);
-    part->Accept(nine);
+  for (OmOutputPart::Visitor* const visitor : {static_cast<Seven*>(&nine), &seven}) {
+    procedure.Accept(*visitor);
+    page.Accept(*visitor);
   }
-  EXPECT_EQ("pivot table heading heading text text chart model interactive dendrix ", seven.seen);
-  EXPECT_EQ("pivot table heading procedure text page title chart model interactive dendrix ",
-            nine.seen);
+  EXPECT_EQ("heading text procedure page ", seven.seen + nine.seen);
 }
 
 TEST(OutputItems, OwnTheirTexts) {
   OmProcedure part(OmStringCell("first"), "a", "b", "c");
   part.setOutlineText(OmStringCell("second"));
-  EXPECT_EQ("second", part.OutlineText());
-  EXPECT_EQ("second", part.Title()->Text());
-  EXPECT_EQ("abc", part.TextA() + part.TextB() + part.TextC() + part.ExtraText());
-  EXPECT_EQ(8, part.NumberA() + part.NumberB() + part.NumberC() + part.NumberD());
-  EXPECT_TRUE(part.UserWord() == 0 && part.FirstFlag() && part.SecondFlag());
+  EXPECT_EQ(
+      "second|second|a|b|c||8|0|1|1|",
+      Fields(part.OutlineText(), Show(part.Title()), part.TextA(), part.TextB(), part.TextC(),
+             part.ExtraText(), part.NumberA() + part.NumberB() + part.NumberC() + part.NumberD(),
+             part.UserWord(), part.FirstFlag(), part.SecondFlag()));
   // The old title is gone before the new one fails; the part can still be used.
   EXPECT_THROW(part.SetTitle(BrittleText(0)), std::runtime_error);
   EXPECT_EQ(nullptr, part.Title());
   part.SetTitle(OmStringCell("third"));
   EXPECT_EQ("third", part.Title()->Text());
-
   OmOutputTree tree;
   auto node = ListTree<OmOutputPart*>::Node(tree, tree.List().begin()).Child(nullptr);
-  node = node.Child(new OmHeading(OmStringCell("title")));
+  node = node.Child(new OmHeading(kText));
   EXPECT_THROW((*node)->SetTitle(BrittleText(0)), std::runtime_error);
   EXPECT_EQ("", (**Amputate(node, nullptr, "an item without a title")).Title()->Text());
 }
@@ -97,41 +100,217 @@ TEST(OutputItems, KnowALogByItsFirstTitle) {
   EXPECT_TRUE(!page.IsLog() && page.Title()->Text().empty() && page.Text() == "Log");
 }
 
-TEST(Footnote, ChargesItsRegion) {
+TEST(Footnote, KeepsItsTextsInItsRegion) {
   OmMemoryRegion region(false);
   {
-    const OmStringCell text("text");
-    const OmStringCell marker("marker");
-    OmFootnote first(&text, &marker, &region);
+    OmFootnote first(&kText, &kMarker, &region);
     const unsigned long each = region.LiveBlocks() / 2;
-    EXPECT_LT(0U, each);
     first.UseCount(-2);
     first.AddUse();
-    OmVector<OmFootnote> notes(nullptr);
-    for (int i = 0; i < 5; ++i) {
-      const OmCellText* const moved = i != 0 ? notes[0].Text() : nullptr;
-      notes.push_back(first);
-      EXPECT_TRUE(i == 0 || notes[0].Text() == moved);
-    }
-    EXPECT_EQ(12 * each, region.LiveBlocks());
-    OmFootnote& last = notes[4];
-    EXPECT_EQ(-1, last.UseCount());
-    EXPECT_EQ("marker", last.Marker()->Text());
-    last.Marker(nullptr);
-    EXPECT_EQ(nullptr, last.Marker());
-    EXPECT_TRUE(last == first);
-    last.Text(marker);
-    EXPECT_FALSE(last == first);
+    OmFootnote copy(first);
+    EXPECT_EQ(4 * each, region.LiveBlocks());
+    EXPECT_EQ("text|marker|-1|", Show(copy));
+    copy.Marker(nullptr);
+    EXPECT_TRUE(copy == first);
+    copy.Text(kMarker);
+    EXPECT_FALSE(copy == first);
     // The old texts are gone before the new ones fail.
     const BrittleText brittle(0);
-    EXPECT_THROW(last.Text(brittle), std::runtime_error);
-    EXPECT_EQ(nullptr, last.Text());
-    EXPECT_THROW(notes[0].Marker(&brittle), std::runtime_error);
-    EXPECT_EQ(nullptr, OmFootnote(notes[0]).Marker());
-    EXPECT_THROW(OmFootnote(&text, &brittle, &region), std::runtime_error);
-    EXPECT_EQ(9 * each, region.LiveBlocks());
+    EXPECT_THROW(copy.Text(brittle), std::runtime_error);
+    EXPECT_THROW(first.Marker(&brittle), std::runtime_error);
+    EXPECT_EQ("null|null|-1|text|null|-1|", Show(copy) + Show(OmFootnote(first)));
+    EXPECT_THROW(OmFootnote(&kText, &brittle, &region), std::runtime_error);
+    EXPECT_EQ(each, region.LiveBlocks());
   }
   EXPECT_EQ(0U, region.LiveBlocks());
+}
+
+template <typename Item>
+using Append = void (Item::*)(const char*, unsigned int);
+
+// Delivers payloads in many chunks of any bytes: they arrive whole, after few allocations.
+template <typename Item>
+void Deliver(Item& item,
+             const std::vector<std::pair<Append<Item>, const string& (Item::*)() const>>& streams) {
+  for (const auto& [set, get] : streams) {
+    string whole;
+    const long asked = allocations::Asked();
+    for (int i = 0; i < 1000; ++i) {
+      whole += "a\0\xff"s;
+      (item.*set)("a\0\xff", 3);
+    }
+    EXPECT_GT(80, allocations::Asked() - asked);
+    (item.*set)(nullptr, 0);
+    EXPECT_TRUE(whole == (item.*get)());
+  }
+}
+
+TEST(PayloadItems, TakeChunksInConstantTimePerByte) {
+  C chart(kText, "", 1);
+  chart.SetXmlCompressedLength(2);
+  Deliver<C>(chart, {{&C::SetXmlDescription, &C::GetXmlDescription},
+                     {&C::SetBinaryDataStream, &C::GetXmlData},
+                     {&C::SetImageStream, &C::GetImageData},
+                     {&C::SetViZJSON, &C::GetViZJSONData},
+                     {&C::setVizJSONTemplate, &C::getVizJSONTemplate},
+                     {&C::setGraphServiceOptions, &C::getGraphServiceOptions},
+                     {&C::setGraphServiceVariables, &C::getGraphServiceVariables}});
+  chart.deleteData();
+  EXPECT_EQ("", chart.GetXmlData());
+  EXPECT_EQ(3000U, chart.GetXmlDescription().size());
+  M model(kText);
+  Deliver<M>(model,
+             {{&M::SetPMML, &M::GetPMML}, {&M::SetBinaryDataStream, &M::GetBinaryDataStream}});
+  EXPECT_EQ(0, model.GetModelType());
+  Deliver<M>(model, {{&M::SetStatXMLContainer, &M::GetStatXMLContainer}});
+  EXPECT_EQ(1, model.GetModelType());
+  model.SetModelType(static_cast<M::MODEL_TYPE>(-5));
+  EXPECT_EQ(-5, model.GetModelType());
+  Deliver<M>(model, {{&M::SetPMMLContainer, &M::GetPMMLContainer}});
+  EXPECT_EQ(1, model.GetModelType());
+  D tree(kText, "");
+  Deliver<D>(tree, {{&D::SetPath, &D::GetPath},
+                    {&D::SetUncompressedXML, &D::GetUncompressedXml},
+                    {&D::SetUncompressedDisplayXML, &D::GetUncompressedDisplayXML}});
+  EXPECT_EQ("-1|0|", Fields(tree.GetTreeType(), tree.GetXmlUncompressedLength()));
+  tree.SetCompressedXML("ab", 2, 10);
+  tree.SetCompressedXML("c", 1, 20);
+  EXPECT_EQ("abc|20|", Fields(tree.GetCompressedXml(), tree.GetXmlUncompressedLength()));
+  I interactive(kText, "", 1);
+  Deliver<I>(interactive, {{&I::setInteractiveJSON, &I::getInteractiveJSON}});
+}
+
+// Plays a delivery, where 'n' announces a file and every other character is a chunk.
+template <typename Item>
+void Pair(Append<Item> name, Append<Item> content,
+          const std::vector<string>& (Item::*names)() const,
+          const std::vector<string>& (Item::*contents)() const, bool (Item::*has)() const) {
+  for (const auto& [delivery, files, expected] : {std::tuple("", "", ""),
+                                                  {"nxynz", "n,n,", "xy,z,"},
+                                                  {"xy", "", "x,y,"},
+                                                  {"xnyz", "n,", "xyz,"},
+                                                  {"nnxyz", "n,n,", "x,yz,"},
+                                                  {"xyny", "n,", "x,y,y,"}}) {
+    Item item(kText, "", 1);
+    for (const char* step = delivery; *step != 0; ++step) {
+      (item.*(*step == 'n' ? name : content))(step, 1);
+    }
+    EXPECT_EQ(files, ListOf((item.*names)()));
+    EXPECT_EQ(expected, ListOf((item.*contents)()));
+    EXPECT_EQ(*files != 0, (item.*has)());
+  }
+}
+
+TEST(PayloadItems, PairNamesWithChunks) {
+  Pair(&C::addCSVFileName, &C::addCSVFileContent, &C::getCSVFileNames, &C::getCSVFiles,
+       &C::hasCSVFile);
+  Pair(&C::addGeoJSONFileName, &C::addGeoJSONFileContent, &C::getGeoJSONFileNames,
+       &C::getGeoJSONContent, &C::hasGeoJSONFile);
+  Pair(&I::addGeoJSONFileName, &I::addGeoJSONFileContent, &I::getGeoJSONFileNames,
+       &I::getGeoJSONContent, &I::hasGeoJSONFile);
+}
+
+TEST(PayloadItems, ReadMapInformationInsideItsRecord) {
+  // Any mark but 1 means the other byte order.
+  for (const string& record :
+       {"\1\0\2\0\0\0AA\1\0B\0\0\0\0\1\0D"s, "\5\0\0\0\0\2AA\0\1B\0\0\0\0\0\1D"s}) {
+    for (unsigned int size = 0; size <= record.size(); ++size) {
+      C map(kText, "", 1);
+      map.SetMapInfo(record.substr(0, size).data(), size);
+      string texts[] = {"old", "old", "old", "old"};
+      map.getMapInfo(texts[0], texts[1], texts[2], texts[3]);
+      EXPECT_EQ(Fields(size < 8 ? "old" : "AA", size < 11 ? "old" : "B", size < 15 ? "old" : "",
+                       size < 18 ? "old" : "D"),
+                Fields(texts[0], texts[1], texts[2], texts[3]))
+          << size;
+    }
+  }
+}
+
+TEST(PayloadItems, ConvertTheirTitles) {
+  for (const auto& [codePage, text, expected] : {std::tuple("ISO-8859-1", "gr\xc3\xbcn", "gr\xfcn"),
+                                                 {"ISO-8859-1", "5 \xe2\x82\xac", "5 \xe2\x82\xac"},
+                                                 {"no such page", "gr\xc3\xbcn", "gr\xc3\xbcn"}}) {
+    C converted(OmStringCellUTF8(text), codePage, 1);
+    const auto& cell = dynamic_cast<OmStringCell&>(*converted.Title());
+    EXPECT_EQ(expected, cell.Text());
+    EXPECT_FALSE(cell.Flag());
+    EXPECT_EQ(expected, I(OmStringCellUTF8(text), codePage, 1).Title()->Text());
+    EXPECT_EQ(codePage, converted.LocaleCodePage());
+  }
+  EXPECT_NE(nullptr, dynamic_cast<OmNumber*>(C(OmNumber(2), "", 1).Title()));
+}
+
+TEST(PayloadItems, KeepTheirFieldsApart) {
+  C chart(kText, "", 7);
+  EXPECT_EQ(1, chart.GetEditor());
+  chart.Done(&"x\3\0\0\0\5\0\0"[1]);  // not aligned
+  chart.setOptions("a");
+  chart.setOptions("b");
+  chart.SetImageSubType(static_cast<ChartXMLContentSubType>(4));
+  EXPECT_EQ("7|3|5|b|4|", Fields(chart.getChartId(), chart.GetEditable(), chart.GetEditor(),
+                                 chart.getOptions(), chart.GetChartSubType()));
+  I interactive(kText, "", 8);
+  interactive.setProcedureName("a");
+  interactive.setJSONPath("b");
+  interactive.setOptions("old");
+  interactive.setOptions("c");
+  EXPECT_EQ("8|a|b|c|", Fields(interactive.getInteractiveId(), interactive.getProcedureName(),
+                               interactive.getJSONPath(), interactive.getOptions()));
+}
+
+TEST(FormatArea, KeepsItsFieldsApartAndOutlivesItsHandle) {
+  auto area = std::make_unique<FormatArea>(FormatArea::kArea8);
+  const auto numbers = [&] {
+    return Fields(area->getFontStyle(), area->getHorizontalAlignment(),
+                  area->getVerticalAlignment(), area->getMarginLeft(), area->getMarginRight(),
+                  area->getMarginTop(), area->getMarginBottom(), area->getUnderline(),
+                  area->getUseAltRowColors(), area->getFontSize());
+  };
+  EXPECT_EQ("-1|-1|-1|6|2|2|2|0|0|0.000000|", numbers());
+  area->setFontStyle(1);
+  area->setHorizontalAlignment(2);
+  area->setVerticalAlignment(3);
+  area->setMarginLeft(4);
+  area->setMarginRight(5);
+  area->setMarginTop(6);
+  area->setMarginBottom(7);
+  area->setUnderline(true);
+  area->setFontSize(2.5F);
+  EXPECT_EQ("1|2|3|4|5|6|7|1|0|2.500000|", numbers());
+  area->setFontName("a font name that needs a block of its own");
+  area->setTextColor("b");
+  area->setBackgroundColor("c");
+  area->setAlternateTextColor("d");
+  area->setAlternateBackgroundColor("e");
+  EXPECT_EQ("b|c|d|e|", Fields(area->getTextColor(), area->getBackgroundColor(),
+                               area->getAlternateTextColor(), area->getAlternateBackgroundColor()));
+  const string& name = area->getFontName();
+  area.reset();
+  EXPECT_EQ("a font name that needs a block of its own", name);
+}
+
+TEST(Format, ClampsTheWidthOfWhatIsNoString) {
+  using F = Qualtex_Format;
+  EXPECT_EQ(60, F(F::kString, 65536 + 60, 0).Width());
+  F format(F::kFixed, 60, 258);
+  format.Type(static_cast<F::FormatType>(2));
+  EXPECT_TRUE(format.IsString() && format.Width() == 40 && format.Decimals() == 2);
+}
+
+TEST(Utility, FindsTheFirstNumber) {
+  OmComposite composite;
+  auto& tree = composite.Tree();
+  *tree.Root() = new OmNumber(1);
+  tree.Child(tree.Root(), nullptr);
+  auto node = tree.Child(tree.Root(), new OmStringCell("text"));
+  for (int level = 0; level < 10000; ++level) {
+    node = tree.Child(node, nullptr);
+  }
+  EXPECT_EQ(nullptr, OmUtility::GetFirstNumber(composite));
+  tree.Child(node, new OmNumber(2));
+  tree.Child(tree.Root(), new OmNumber(3));
+  EXPECT_EQ(2, OmUtility::GetFirstNumber(composite)->Value());
 }
 
 }  // namespace

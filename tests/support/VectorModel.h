@@ -7,12 +7,34 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 #include <vector>
 
 #include "backend/tables/om/Vector.h"
 #include "tests/support/Choices.h"
-#include "tests/support/Counted.h"
 #include "tests/support/Walkers.h"
+
+// An element that knows how many of it there are and notices when it is destroyed twice or read
+// after its end.
+struct Counted {
+  Counted(int value_) : value(value_) { ++live; }
+  Counted(const Counted& other) : Counted(other.value) { EXPECT_EQ(other.mark, kAlive); }
+  Counted& operator=(const Counted&) = delete;
+  ~Counted() {
+    EXPECT_EQ(mark, kAlive);
+    mark = 0;
+    --live;
+    ended.push_back(value);
+  }
+  bool operator==(int other) const { return value == other; }
+
+  static constexpr unsigned kAlive = 0x600dcafe;
+  static inline long live = 0;
+  static inline std::vector<int> ended;
+
+  int value;
+  unsigned mark = kAlive;
+};
 
 class VectorModel {
  public:
