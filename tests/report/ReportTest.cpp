@@ -21,7 +21,6 @@
 #include "examples/report/Options.h"
 #include "examples/report/Plan.h"
 #include "examples/report/Procedures.h"
-#include "examples/report/Statistics.h"
 #include "examples/report/TextReport.h"
 #include "platform/cells/CellTexts.h"
 
@@ -176,53 +175,6 @@ TEST(Report, BrokenLinesFitAndLoseNothing) {
            {"漢漢漢", 5, {"漢漢", "漢"}}}) {
     EXPECT_EQ(report::BreakLines(text, width), lines);
   }
-}
-
-TEST(Report, Utf8IsToldFromOtherBytes) {
-  for (const char* text : {"", "a", "é", "漢", "😀", "\xEF\xBF\xBD", "\xF4\x8F\xBF\xBF"}) {
-    EXPECT_TRUE(report::IsUtf8(text)) << text;
-  }
-  for (const char* text :
-       {"\x80", "\xC0\xAF", "\xC3", "\xE6\xBC", "\xED\xA0\x80", "\xF0\x80\x80\x80",
-        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "a\xE6\xBCz"}) {
-    EXPECT_FALSE(report::IsUtf8(text)) << text;
-  }
-}
-
-// Far from nought, where sums of squares would have no digit left.
-TEST(Report, MomentsAreExactAndWeighted) {
-  report::Moments moments;
-  EXPECT_TRUE(std::isnan(moments.Mean()) && std::isnan(moments.Minimum()));
-  moments.Add(1e9 - 3, 1);
-  EXPECT_EQ(moments.Maximum(), 1e9 - 3);
-  EXPECT_TRUE(std::isnan(moments.Deviation()));
-  moments.Add(5, 0);
-  moments.Add(1e9 + 1, 3);
-  EXPECT_EQ(moments.N(), 4);
-  EXPECT_NEAR(moments.Mean(), 1e9, 1e-6);
-  EXPECT_NEAR(moments.Deviation(), 2, 1e-6);
-}
-
-TEST(Report, AVariableKeepsNumbersBeyondItsCategories) {
-  report::Variable number("n");
-  report::Variable mixed("m");
-  for (std::size_t i = 0; i < report::Variable::kMaxCategories + 9; ++i) {
-    number.Append(i == 7 ? "NA" : i == 8 ? "x" : std::to_string(i) + ".25");
-  }
-  for (const char* field : {"10", "b", "9", "a", "-1.5", "9.0", "1e400", ""}) {
-    mixed.Append(field);
-  }
-  number.Finish();
-  mixed.Finish();
-  EXPECT_EQ(number.Kind(), report::Variable::Storage::kNumbers);
-  EXPECT_TRUE(number.IsMissing(7) && !number.IsMissing(8));
-  EXPECT_TRUE(std::isnan(number.Number(7)) && std::isnan(number.Number(8)));
-  EXPECT_EQ(number.Number(4000), 4000.25);
-  EXPECT_FALSE(number.IsNumeric());
-  EXPECT_EQ(mixed.Categories(),
-            (std::vector<std::string>{"-1.5", "9", "9.0", "10", "1e400", "a", "b"}));
-  EXPECT_EQ(mixed.Code(0), 3U);
-  EXPECT_EQ(mixed.Code(7), report::Variable::kMissing);
 }
 
 }  // namespace
