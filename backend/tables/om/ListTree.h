@@ -8,6 +8,7 @@
 #ifndef BACKEND_TABLES_OM_LISTTREE_H
 #define BACKEND_TABLES_OM_LISTTREE_H
 
+#include <algorithm>
 #include <iterator>
 #include <list>
 
@@ -59,6 +60,7 @@ class ListTree {
 
  private:
   std::list<ListTreeData<T>> list;
+  std::list<ListTreeData<T>> spare;  // entries to come, made several at a time
 };
 
 // A cursor on an entry, or on the end of the list.
@@ -174,8 +176,17 @@ typename ListTree<T>::Node& ListTree<T>::Node::operator++() {
 template <typename T>
 typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
   CheckEntry("ListTree::Node::Child");
-  const iterator place = tree->SearchForward(iter, level);
-  return Node(*tree, tree->list.emplace(place, level + 1, value));
+  std::list<ListTreeData<T>>& spare = tree->spare;
+  const ListTreeData<T> made(level + 1, value);
+  if (spare.empty()) {
+    // Scans over a long list wait for memory, and least where entries lie side by side: made one by
+    // one, each would lie behind the item that it is made for.
+    spare.resize(std::min<unsigned long>(tree->list.size() / 8 + 1, 512), ListTreeData<T>(0, T()));
+  }
+  const iterator entry = spare.begin();
+  *entry = made;
+  tree->list.splice(tree->SearchForward(iter, level), spare, entry);
+  return Node(*tree, entry);
 }
 
 #endif
