@@ -91,6 +91,10 @@ void BreakLine(std::string_view text, int width, std::vector<std::string>& lines
 
 bool IsUtf8(std::string_view text) noexcept {
   while (!text.empty()) {
+    if (static_cast<unsigned char>(text[0]) < 0x80) {
+      text.remove_prefix(1);  // as nearly all of what is read
+      continue;
+    }
     const bool replacement = text.compare(0, 3, "\xEF\xBF\xBD") == 0;
     if (TakeCharacter(text) == 0xFFFD && !replacement) {
       return false;
