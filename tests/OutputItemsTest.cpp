@@ -19,7 +19,6 @@
 #include "backend/tables/om/Model.h"
 #include "backend/tables/om/OutputTree.h"
 #include "backend/tables/om/TextBlock.h"
-#include "backend/tables/om/Utility.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Show.h"
 #include "tests/support/Tables.h"
@@ -34,7 +33,6 @@ using D = OmDendrix;
 using I = OmInteractive;
 
 const OmStringCell kText("text");
-const OmStringCell kMarker("marker");
 
 // Receives only what every visitor has to.
 struct Seven : OmOutputPart::Visitor {
@@ -76,11 +74,14 @@ TEST(OutputItems, OwnTheirTexts) {
       Fields(part.OutlineText(), Show(part.Title()), part.TextA(), part.TextB(), part.TextC(),
              part.ExtraText(), part.NumberA() + part.NumberB() + part.NumberC() + part.NumberD(),
              part.UserWord(), part.FirstFlag(), part.SecondFlag()));
-  // The old title is gone before the new one fails; the part can still be used.
+  // The old texts are gone before the new ones fail.
   EXPECT_THROW(part.SetTitle(BrittleText(0)), std::runtime_error);
   EXPECT_EQ(nullptr, part.Title());
-  part.SetTitle(OmStringCell("third"));
-  EXPECT_EQ("third", part.Title()->Text());
+  const BrittleText brittle(0);
+  OmFootnote note(&kText, &kText, nullptr);
+  EXPECT_THROW(note.Text(brittle), std::runtime_error);
+  EXPECT_THROW(note.Marker(&brittle), std::runtime_error);
+  EXPECT_EQ("null|null|0|", Show(OmFootnote(note)));
   OmOutputTree tree;
   auto node = ListTree<OmOutputPart*>::Node(tree, tree.List().begin()).Child(nullptr);
   node = node.Child(new OmHeading(kText));
@@ -98,31 +99,6 @@ TEST(OutputItems, KnowALogByItsFirstTitle) {
   }
   OmPageTitle page("Log");
   EXPECT_TRUE(!page.IsLog() && page.Title()->Text().empty() && page.Text() == "Log");
-}
-
-TEST(Footnote, KeepsItsTextsInItsRegion) {
-  OmMemoryRegion region(false);
-  {
-    OmFootnote first(&kText, &kMarker, &region);
-    const unsigned long each = region.LiveBlocks() / 2;
-    first.UseCount(-2);
-    first.AddUse();
-    OmFootnote copy(first);
-    EXPECT_EQ(4 * each, region.LiveBlocks());
-    EXPECT_EQ("text|marker|-1|", Show(copy));
-    copy.Marker(nullptr);
-    EXPECT_TRUE(copy == first);
-    copy.Text(kMarker);
-    EXPECT_FALSE(copy == first);
-    // The old texts are gone before the new ones fail.
-    const BrittleText brittle(0);
-    EXPECT_THROW(copy.Text(brittle), std::runtime_error);
-    EXPECT_THROW(first.Marker(&brittle), std::runtime_error);
-    EXPECT_EQ("null|null|-1|text|null|-1|", Show(copy) + Show(OmFootnote(first)));
-    EXPECT_THROW(OmFootnote(&kText, &brittle, &region), std::runtime_error);
-    EXPECT_EQ(each, region.LiveBlocks());
-  }
-  EXPECT_EQ(0U, region.LiveBlocks());
 }
 
 template <typename Item>
@@ -232,9 +208,8 @@ TEST(PayloadItems, ConvertTheirTitles) {
                                                  {"ISO-8859-1", "5 \xe2\x82\xac", "5 \xe2\x82\xac"},
                                                  {"no such page", "gr\xc3\xbcn", "gr\xc3\xbcn"}}) {
     C converted(OmStringCellUTF8(text), codePage, 1);
-    const auto& cell = dynamic_cast<OmStringCell&>(*converted.Title());
-    EXPECT_EQ(expected, cell.Text());
-    EXPECT_FALSE(cell.Flag());
+    EXPECT_EQ(expected, converted.Title()->Text());
+    EXPECT_FALSE(dynamic_cast<OmStringCell&>(*converted.Title()).Flag());
     EXPECT_EQ(expected, I(OmStringCellUTF8(text), codePage, 1).Title()->Text());
     EXPECT_EQ(codePage, converted.LocaleCodePage());
   }
@@ -296,21 +271,6 @@ TEST(Format, ClampsTheWidthOfWhatIsNoString) {
   F format(F::kFixed, 60, 258);
   format.Type(static_cast<F::FormatType>(2));
   EXPECT_TRUE(format.IsString() && format.Width() == 40 && format.Decimals() == 2);
-}
-
-TEST(Utility, FindsTheFirstNumber) {
-  OmComposite composite;
-  auto& tree = composite.Tree();
-  *tree.Root() = new OmNumber(1);
-  tree.Child(tree.Root(), nullptr);
-  auto node = tree.Child(tree.Root(), new OmStringCell("text"));
-  for (int level = 0; level < 10000; ++level) {
-    node = tree.Child(node, nullptr);
-  }
-  EXPECT_EQ(nullptr, OmUtility::GetFirstNumber(composite));
-  tree.Child(node, new OmNumber(2));
-  tree.Child(tree.Root(), new OmNumber(3));
-  EXPECT_EQ(2, OmUtility::GetFirstNumber(composite)->Value());
 }
 
 }  // namespace

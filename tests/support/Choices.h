@@ -1,8 +1,6 @@
-// Where a model takes its decisions from: a seeded generator in a test, the bytes of an input in a
-// fuzzer. And the loop that plays a model.
-//
-// A model holds an object of the library beside its plain twin. It is made from choices; Step()
-// makes one change to both and compares them, End() is the last look at both.
+// Models: each holds an object of the library beside its plain twin. It is made from choices, of a
+// seeded generator in a test or the bytes of an input in a fuzzer; Step() makes one change to both
+// and compares them, End() is the last look at both.
 
 #ifndef TESTS_SUPPORT_CHOICES_H
 #define TESTS_SUPPORT_CHOICES_H
@@ -19,10 +17,7 @@ class Choices {
   Choices(const unsigned char* bytes_, unsigned long size_) : bytes(bytes_), size(size_) {}
 
   unsigned int operator()() {
-    if (bytes == nullptr) {
-      return static_cast<unsigned int>(random());
-    }
-    return next < size ? bytes[next++] : 0;
+    return bytes == nullptr ? static_cast<unsigned int>(random()) : next < size ? bytes[next++] : 0;
   }
   // A number below `n`; no choice where there is none.
   int Below(int n) { return n <= 1 ? 0 : static_cast<int>((*this)() % static_cast<unsigned>(n)); }

@@ -49,27 +49,19 @@ class VectorModel {
     switch (random() % 8) {
       case 0:
       case 1:
-        EXPECT_EQ(v.push_back(step)->value, step);
-        twin.push_back(step);
+      case 2: {
+        const Counted fresh(step);
+        v.push_back(at != size ? v[place] : fresh);  // its own element
+        twin.push_back(at != size ? twin[place] : step);
         break;
-      case 2:
+      }
+      case 3:
         EXPECT_EQ(v.insert(v.begin() + at, Counted(step))->value, step);
         twin.insert(twin.begin() + at, step);
         break;
-      case 3:
-        if (at != size) {
-          v.push_back(v[place]);  // its own element
-          twin.push_back(twin[place]);
-        }
-        break;
       case 4:
-        if (at != size) {
-          v.erase(v.begin() + at);
-          twin.erase(twin.begin() + at);
-        }
-        break;
       case 5:
-        v.erase(v.begin() + at, v.begin() + to);
+        to - at == 1 ? v.erase(v.begin() + at) : v.erase(v.begin() + at, v.begin() + to);
         twin.erase(twin.begin() + at, twin.begin() + to);
         break;
       case 6:

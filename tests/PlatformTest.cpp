@@ -1,0 +1,393 @@
+// The platform: regions, cells and converters.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+#include <thread>
+#include <typeinfo>
+#include <vector>
+
+#include "backend/tables/om/CellTextOrder.h"
+#include "backend/tables/om/Utility.h"
+#include "backend/tables/om/Vector.h"
+#include "platform/cells/CellTexts.h"
+#include "platform/memory/MemoryRegion.h"
+#include "platform/support/Converter.h"
+#include "platform/support/IcuTracker.h"
+
+namespace {
+
+using Cell = std::unique_ptr<OmCellText>;
+using std::string;
+using namespace std::string_literals;
+
+// A block with the pattern that fills it from some place on.
+struct Held {
+  unsigned char* block;
+  unsigned long from;
+  unsigned long bytes;
+  unsigned char pattern;
+};
+
+// Random operations on two regions, one of which gives zeros: the blocks that live keep their
+// contents, and what was written where it is marked comes back as zeros.
+void Churn(OmMemoryRegion& region, OmMemoryRegion& zeros, unsigned int seed) {
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::vector<Held> held;
+  for (int step = 0; step < 20000 || !held.empty(); ++step) {
+    if (step < 20000 && (held.empty() || random() % 100 < 52)) {
+      // Mostly small, now and then around the border to the large blocks or far beyond it.
+      const unsigned long bytes = random() % 1000 == 0 ? random() % 3000000
+                                  : random() % 16 == 0 ? 16300 + random() % 200
+                                                       : random() % (1UL << random() % 17);
+      const bool zeroed = random() % 2 == 0;
+      auto* const block = static_cast<unsigned char*>(zeroed ? zeros.AllocateZeroed(bytes)
+                                                             : region.Allocate(bytes));
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0U) << bytes;
+      EXPECT_TRUE(!zeroed || std::count(block, block + bytes, 0) == static_cast<long>(bytes));
+      const unsigned long from = zeroed ? random() % (bytes + 1) : 0;
+      held.push_back({block, from, bytes, static_cast<unsigned char>(random())});
+      std::memset(block + from, held.back().pattern, bytes - from);
+      unsigned long* const marks = OmMemoryRegion::Marks(block);
+      EXPECT_EQ(marks != nullptr, zeroed && bytes > OmMemoryRegion::kMostUnmarked) << bytes;
+      constexpr unsigned long kStep = OmMemoryRegion::kMarkedBytes;
+      for (unsigned long i = from / kStep; marks != nullptr && i * kStep < bytes; ++i) {
+        marks[i / 64] |= 1UL << i % 64;
+      }
+    } else {
+      std::swap(held[random() % held.size()], held.back());
+      const auto [block, from, bytes, pattern] = held.back();
+      EXPECT_EQ(std::count(block + from, block + bytes, pattern), static_cast<long>(bytes - from));
+      OmMemoryRegion::Release(block);
+      held.pop_back();
+    }
+  }
+}
+
+void ExpectUse(const OmMemoryRegion& region, unsigned long blocks, unsigned long bytes) {
+  EXPECT_EQ(region.LiveBlocks(), blocks);
+  EXPECT_EQ(region.BytesInUse(), bytes);
+}
+
+TEST(Region, KeepsBlocksApartAndCountsThem) {
+  const unsigned int seed = std::random_device{}();
+  OmMemoryRegion region(false);
+  OmMemoryRegion shared(true);
+  OmMemoryRegion* const heap = OmMemoryRegion::DefaultHeap();
+  EXPECT_EQ(heap, OmMemoryRegion::SelectHeap(nullptr));
+  const unsigned long live = heap->LiveBlocks();
+  const unsigned long inUse = heap->BytesInUse();
+  unsigned long held = 0;
+  for (int i = 0; i < 2; ++i) {
+    Churn(region, shared, seed);
+    ExpectUse(region, 0, 0);
+    ExpectUse(shared, 0, 0);
+    // All that was used is used again: the same work needs no more from the system.
+    EXPECT_TRUE(i == 0 || held == region.BytesHeld());
+    held = region.BytesHeld();
+  }
+  std::vector<std::thread> threads;
+  for (unsigned int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, i] { Churn(*heap, shared, seed + i); });
+  }
+  std::for_each(threads.begin(), threads.end(), [](std::thread& thread) { thread.join(); });
+  ExpectUse(shared, 0, 0);
+  ExpectUse(*heap, live, inUse);
+}
+
+TEST(Region, IsLean) {
+  static_assert(sizeof(OmMemoryRegion) <= 512);
+  OmMemoryRegion region(false);
+  EXPECT_EQ(region.BytesHeld(), 0U);
+  std::vector<void*> blocks;
+  for (int i = 0; i < 150; ++i) {
+    blocks.push_back(region.Allocate(40));
+    // The redzones of a sanitizer build included.
+    EXPECT_LE(region.BytesHeld(), i == 0 ? 1024U : 16384U);
+  }
+  unsigned long sum = region.BytesInUse();
+  for (unsigned long bytes = 0; bytes < 20000; bytes += bytes / 40 + 1) {
+    blocks.push_back(region.Allocate(bytes));
+    const unsigned long given = region.BytesInUse() - sum;
+    EXPECT_GE(given, bytes);
+    EXPECT_LE(given, bytes + bytes / 4 + 48) << bytes;
+    sum += given;
+  }
+  ExpectUse(region, blocks.size(), sum);
+  EXPECT_GT(region.BytesHeld(), sum);
+  std::for_each(blocks.begin(), blocks.end(), OmMemoryRegion::Release);
+  OmMemoryRegion::Release(nullptr);
+  ExpectUse(region, 0, 0);
+}
+
+TEST(Region, UsesReleasedBlocksAgainUntilItIsOnItsWayOut) {
+  OmMemoryRegion region(false);
+  for (const unsigned long bytes : {8UL, 40UL, 700UL, 16000UL}) {
+    void* const block = region.Allocate(bytes);
+    OmMemoryRegion::Release(block);
+    EXPECT_EQ(region.Allocate(bytes), block);
+    region.WorkingRelease(false);
+    OmMemoryRegion::Release(block);
+    void* const other = region.Allocate(bytes);
+    EXPECT_NE(other, block);
+    region.WorkingRelease(true);
+    OmMemoryRegion::Release(other);
+    EXPECT_EQ(region.Allocate(bytes), other);
+    OmMemoryRegion::Release(other);
+  }
+  void* const large = region.Allocate(100000);
+  void* const kept = region.Allocate(100000);
+  const unsigned long held = region.BytesHeld();
+  OmMemoryRegion::Release(large);
+  EXPECT_LE(region.BytesHeld() + 100000, held);
+  region.WorkingRelease(false);
+  OmMemoryRegion::Release(kept);
+  ExpectUse(region, 0, 0);
+}
+
+TEST(Region, RefusesWhatItCannotHold) {
+  OmMemoryRegion region(false);
+  (void)region.Allocate(40);
+  const unsigned long inUse = region.BytesInUse();
+  const unsigned long held = region.BytesHeld();
+  const auto refuses = [&](unsigned long bytes) {
+    EXPECT_THROW((void)region.Allocate(bytes), std::bad_alloc) << bytes;
+    EXPECT_THROW((void)region.AllocateZeroed(bytes), std::bad_alloc) << bytes;
+  };
+  for (const unsigned long bytes : {~0UL, ~0UL - 7, ~0UL - 31, ~0UL / 2, (1UL << 39) + 1}) {
+    refuses(bytes);
+  }
+  // The limit counts what is given, not what is asked for.
+  region.Limit(inUse + 100);
+  refuses(2000000);
+  refuses(20000);
+  refuses(101);
+  void* const last = region.Allocate(40);
+  refuses(60);
+  ExpectUse(region, 2, 2 * inUse);
+  EXPECT_EQ(region.BytesHeld(), held);
+  region.Limit(0);  // below what is in use
+  refuses(0);
+  for (const unsigned long limit : {inUse + 100, ~0UL}) {
+    region.Limit(limit);
+    OmMemoryRegion::Release(last);
+    EXPECT_EQ(region.Allocate(40), last);
+  }
+}
+
+// Null without a sanitizer.
+extern "C" [[gnu::weak]] void* FirstPoisoned(void* begin, unsigned long bytes) __asm__(
+    "__asan_region_is_poisoned");
+
+TEST(Region, ShowsASanitizerEveryBlockByItself) {
+  if (FirstPoisoned == nullptr) {
+    GTEST_SKIP();
+  }
+  OmMemoryRegion region(false);
+  for (const unsigned long bytes : {24UL, 41UL, 5000UL, 16376UL, 30000UL}) {
+    auto* const block = static_cast<char*>(region.Allocate(bytes));
+    (void)region.Allocate(bytes);
+    EXPECT_EQ(FirstPoisoned(block, bytes), nullptr) << bytes;
+    EXPECT_EQ(FirstPoisoned(block + bytes, 1), block + bytes);
+    EXPECT_EQ(FirstPoisoned(block - 1, 1), block - 1);
+    OmMemoryRegion::Release(block);
+    EXPECT_EQ(FirstPoisoned(block, 1), block);
+  }
+}
+
+constexpr double kHuge = std::numeric_limits<double>::infinity();
+const double kNone = std::nan("");
+const Qualtex_Format kWhole(Qualtex_Format::kFixed, 8, 0);
+
+OmCellText* S(const string& text) {
+  return new OmStringCell(text);
+}
+OmCellText* Compose(const std::vector<OmCellText*>& children) {
+  auto* const composite = new OmComposite;
+  for (OmCellText* child : children) {
+    composite->Tree().Child(composite->Tree().Root(), child);
+  }
+  return composite;
+}
+
+template <typename... Kinds>
+std::vector<Cell> Own(Kinds*... kinds) {
+  std::vector<Cell> cells;
+  (cells.emplace_back(kinds), ...);
+  return cells;
+}
+
+// Cells of every kind.
+std::vector<Cell> Ascending() {
+  return Own(new OmNumber(kNone), new OmNumDataValue(kNone, ""),
+             new OmNumDataValue(kNone, "missing"), new OmNumber(-kHuge), new OmNumber(-1.5),
+             new OmNumber(0), new OmNumDataValue(0, "no"), new OmNumDataValue(1, "yes"),
+             new OmNumber(2), new OmNumber(kHuge), S(""), new OmComposite, S("10"), S("9"), S("a"),
+             new OmStringCellUTF8("a"), new OmVariable("a", ""), new OmVariable("x", "a"),
+             new OmStringDataValue("a", ""), new OmStringDataValue("b", "a"), Compose({S("a")}),
+             S("a\0"s), S("ab"), Compose({S("a"), S("b")}), Compose({S("ab")}),
+             new OmStringCellUTF8("\xc3\xa4"));
+}
+
+TEST(Cells, TellTheirText) {
+  const double large = std::ldexp(1, 1000);
+  const std::pair<OmCellText*, string> rows[] = {
+      {new OmNumber(1234.5), "1234.50"},
+      {new OmNumber(2.5, kWhole), "2"},
+      {new OmNumber(-0.004), "0.00"},
+      {new OmNumber(-0.006), "-0.01"},
+      {new OmNumber(kNone), "."},
+      {new OmNumber(-kHuge), "-inf"},
+      {new OmNumber(-large, {Qualtex_Format::kFixed, 8, 255}),
+       "-" + OmNumber(large, kWhole).Text() + "." + string(255, '0')},
+      {S("a\0b"s), "a\0b"s},
+      {new OmStringCellUTF8(""), ""},
+      {new OmVariable("age", "Age in years"), "Age in years"},
+      {new OmVariable("age", ""), "age"},
+      {new OmNumDataValue(1, "male", kWhole), "male"},
+      {new OmNumDataValue(1, "", kWhole), "1"},
+      {new OmStringDataValue("m", "male"), "male"},
+      {new OmStringDataValue("m", ""), "m"},
+      {Compose({S("N = "), new OmNumber(3), nullptr, Compose({S("!")})}), "N = 3.00!"},
+  };
+  for (const auto& [cell, text] : rows) {
+    const Cell owner(cell);
+    EXPECT_EQ(cell->Text(), text);
+    testing::internal::CaptureStdout();
+    cell->Print(2);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "    " + text);
+  }
+}
+
+TEST(Cells, AreInOneTotalOrder) {
+  const std::vector<Cell> cells = Ascending();
+  for (unsigned long i = 0; i < cells.size(); ++i) {
+    for (unsigned long j = 0; j < cells.size(); ++j) {
+      const short order = cells[i]->Compare(*cells[j]);
+      EXPECT_EQ((order > 0) - (order < 0), (i > j) - (i < j)) << i << ' ' << j;
+      EXPECT_EQ(*cells[i] == *cells[j], i == j) << i << ' ' << j;
+    }
+  }
+  EXPECT_TRUE(OmNumber(1, kWhole) == OmNumber(1));
+  EXPECT_TRUE(OmNumber(0.0) == OmNumber(-0.0));
+  EXPECT_TRUE(OmStringCell("a", nullptr, true) == OmStringCell("a"));
+  EXPECT_FALSE(OmVariable("a", "label") == OmVariable("b", "label"));
+}
+
+TEST(Cells, TakeACloneWholeFromItsRegion) {
+  OmMemoryRegion region(false);
+  icuTracker tracker(true, "en");
+  const OmMemoryRegion& heap = *OmMemoryRegion::DefaultHeap();
+  OmCellMetaData few, many;
+  few.Style(7);
+  many.Footnotes().resize(100, 3);
+  for (const Cell& cell : Ascending()) {
+    SCOPED_TRACE(cell->Text());
+    cell->setICUTracker(&tracker);
+    // A cell and its characters are one block; a composite adds one, and one for each part.
+    const auto* const composite = dynamic_cast<const OmComposite*>(cell.get());
+    const unsigned long parts = composite != nullptr ? composite->Tree().Size() : 0;
+    const unsigned long blocks = parts == 0 ? 1 : 2 + parts;
+    for (const unsigned long metaBlocks : {0UL, 1UL, 2UL}) {
+      if (metaBlocks != 0) {
+        cell->setMeta(metaBlocks == 1 ? few : many);
+      }
+      const unsigned long before = heap.LiveBlocks();
+      const Cell clone(cell->Clone(&region));
+      EXPECT_EQ(region.LiveBlocks(), blocks + metaBlocks);
+      EXPECT_TRUE(*clone == *cell && typeid(*clone) == typeid(*cell));
+      EXPECT_EQ(clone->Text(), cell->Text());
+      EXPECT_TRUE(clone->getICUTracker() == nullptr && cell->getICUTracker() == &tracker);
+      ASSERT_EQ(clone->hasMeta(), metaBlocks != 0);
+      EXPECT_TRUE(metaBlocks == 0 || clone->getMeta() == cell->getMeta());
+      // Metadata that comes later is charged to the region too, and may be the cell's own.
+      clone->setMeta(many);
+      clone->setMeta(clone->getMeta());
+      EXPECT_TRUE(clone->getMeta() == many && !(many == few));
+      EXPECT_EQ(heap.LiveBlocks(), before);
+    }
+    EXPECT_EQ(region.BytesInUse(), 0U);
+  }
+  const Cell flagged(OmStringCell("f", &region, true).Clone(nullptr));
+  EXPECT_TRUE(static_cast<OmStringCell&>(*flagged).Flag());
+  EXPECT_EQ(region.BytesInUse(), 0U);
+}
+
+TEST(Cells, CopySearchAndDestroyDeepComposites) {
+  OmMemoryRegion region(false);
+  constexpr int kLevels = 10000;
+  OmComposite deep;
+  auto node = deep.Tree().Root();
+  for (int i = 0; i < kLevels; ++i) {
+    node = deep.Tree().Child(node, S("x"));
+  }
+  const Cell clone(deep.Clone(&region));
+  EXPECT_EQ(clone->Text(), string(kLevels, 'x'));
+  EXPECT_TRUE(*clone == deep);
+  delete *node;
+  *node = nullptr;
+  EXPECT_TRUE(deep < *clone);
+  EXPECT_EQ(region.LiveBlocks(), 1UL + 2 * kLevels);
+  *deep.Tree().Root() = new OmNumber(1);  // is not below
+  EXPECT_EQ(OmUtility::GetFirstNumber(deep), nullptr);
+  deep.Tree().Child(node, new OmNumber(2));
+  deep.Tree().Child(deep.Tree().Root(), new OmNumber(3));
+  EXPECT_EQ(OmUtility::GetFirstNumber(deep)->Value(), 2);
+}
+
+TEST(Converter, ConvertsOrFails) {
+  string euros = "\xe2\x82\xac";
+  while (euros.size() < 10000) {
+    euros += euros;
+  }
+  const struct {
+    const char* codePage;
+    string text;
+    bool fails;
+    string converted;
+  } rows[] = {
+      {"ISO-8859-1", "", false, ""},
+      {"ISO-8859-1", "a\0\xc3\xbc"s, false, "a\0\xfc"s},
+      {"CP1252", euros, false, string(euros.size() / 3, '\x80')},
+      {"UTF-8", "\xf0\x9f\x98\x80", false, "\xf0\x9f\x98\x80"},
+      // Grows, and ends in the initial state.
+      {"UTF-32LE", "ab", false, "a\0\0\0b\0\0\0"s},
+      {"ISO-2022-JP", "\xe3\x81\x82", false, "\x1b$B$\"\x1b(B"},
+      // Not in the code page, no UTF-8, no such code page.
+      {"ISO-8859-1", "1 \xe2\x82\xac", true, ""},
+      {"ASCII//TRANSLIT", "\xe2\x82\xac", true, ""},
+      {"UCS-2LE//TRANSLIT", "\xf0\x9f\x98\x80" + euros, true, ""},
+      {"UTF-16LE//IGNORE", "\xff" + euros, true, ""},
+      {"CP1252", "a\xe2\x82", true, ""},
+      {"CP1252", "\x80", true, ""},
+      {"UTF-16LE", "\xc0\xaf", true, ""},
+      {"UTF-16LE", "\xed\xa0\x80", true, ""},
+      {"no such page", "a", true, ""},
+      {"", "a", true, ""},
+      {nullptr, "a", true, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    QualtexMBConverter* const converter = QualtexMBConverterNew_A(row.codePage);
+    // Twice: a failure leaves nothing behind in the converter.
+    for (int i = 0; i < 2; ++i) {
+      string out = "before";
+      EXPECT_EQ(QualtexMBU8ToGeneric(converter, out, row.text) != 0, row.fails);
+      EXPECT_EQ(out, row.fails ? "before" : row.converted);
+    }
+    string same = "x";  // text and result may be one
+    EXPECT_EQ(QualtexMBU8ToGeneric(converter, same, same) != 0, converter == nullptr);
+    QualtexMBConverterDelete_A(converter);
+  }
+}
+
+}  // namespace
