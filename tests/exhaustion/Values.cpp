@@ -1,0 +1,292 @@
+// The table of operations: the platform, containers and index arithmetic. It runs them all.
+
+#include <cstdio>
+#include <iostream>
+#include <streambuf>
+
+#include "backend/tables/om/om.h"
+#include "platform/cells/CellTexts.h"
+#include "platform/dataio/BackendSettings.h"
+#include "platform/support/Converter.h"
+#include "platform/support/IcuTracker.h"
+#include "tests/exhaustion/Exhaustion.h"
+
+namespace {
+
+const std::string kLong(40, 'x');
+
+struct Kinds : OmCellText::Visitor {
+  void Visit(OmNumber&) override { kind = 'n'; }
+  void Visit(OmStringCell&) override { kind = 's'; }
+  void Visit(OmStringCellUTF8&) override { kind = 'u'; }
+  void Visit(OmVariable&) override { kind = 'v'; }
+  void Visit(OmNumDataValue&) override { kind = 'd'; }
+  void Visit(OmStringDataValue&) override { kind = 't'; }
+  void Visit(OmComposite&) override { kind = 'c'; }
+
+  char kind = 0;
+};
+
+// What a kind offers, called as itself.
+template <typename Cell>
+std::string Read(Cell& cell) {
+  Kinds kinds;
+  cell.Cell::Accept(kinds);
+  const std::unique_ptr<OmCellText> copy(cell.Cell::Clone(nullptr));
+  return Show(copy.get()) + Fields(cell.Cell::Text(), cell.Cell::Kind() == copy->Kind(), kinds.kind,
+                                   cell.Cell::Compare(*copy));
+}
+
+// A text of every kind, each with metadata.
+struct Cells : ExhaustionFixture {
+  Cells() {
+    meta.Style(3);
+    other.Style(9);
+    meta.Footnotes().push_back(7);
+    for (OmCellText* const cell : all) {
+      cell->setMeta(meta);
+    }
+    composite.Tree().Child(composite.Tree().Root(), new OmStringCell("part"));
+    composite.Tree().Child(composite.Tree().Root()[0], new OmNumber(1));
+  }
+  std::string State() const {
+    std::string shown = Fields(settings.getMaxCells(), settings.getLocale());
+    for (const OmCellText* const cell : all) {
+      shown += Show(cell);
+    }
+    return shown;
+  }
+  void Readers() {
+    seen = Read(number) + Read(string) + Read(utf8) + Read(variable) + Read(numValue) +
+           Read(stringValue) + Read(composite) + OmNumber::Text(7, kDefaultFormat) +
+           Fields(string.getMeta() == utf8.getMeta(), composite.Compare(string),
+                  number.OmCellText::Compare(numValue));
+  }
+  void Tracker() {
+    icuTracker tracker(true, kLong);
+    string.OmCellText::setICUTracker(&tracker);
+    seen = AsText(string.getICUTracker() == &tracker);
+    string.OmCellText::setICUTracker(nullptr);
+  }
+  void Metadata() {
+    const OmCellMetaData copy(meta);
+    OmCellMetaData another(other, nullptr);
+    another = meta;
+    seen = AsText(another == copy);
+  }
+  void Settings() {
+    BackendSettings changed;
+    changed.setMaxCells(5);
+    changed.setLocale(kLong);
+    settings = changed;
+  }
+  void Convert() {
+    QualtexMBConverter* const converter = QualtexMBConverterNew_A("ISO-8859-1");
+    std::string out;
+    seen = AsText(QualtexMBU8ToGeneric(converter, out, kLong) == 0);
+    QualtexMBConverterDelete_A(converter);
+  }
+
+  OmCellMetaData meta{&region}, other{nullptr};
+  OmNumber number{1.5, kDefaultFormat, &region};
+  OmStringCell string{"string", &region, true};
+  OmStringCellUTF8 utf8{"utf8", &region};
+  OmVariable variable{"name", "label", &region};
+  OmNumDataValue numValue{2, "two", kDefaultFormat, &region};
+  OmStringDataValue stringValue{"v", "value", &region};
+  OmComposite composite{&region};
+  OmCellText* const all[7] = {&number,   &string,      &utf8,     &variable,
+                              &numValue, &stringValue, &composite};
+  BackendSettings settings;
+};
+
+TEST(Exhaustion, Cells) {
+  UNCHANGED(Cells, OmNumber(4), delete new (&f.region) OmStringCell("a"), OmStringCell("a"),
+            OmStringCellUTF8("a"), OmVariable("a", "b"), OmNumDataValue(3, "c"),
+            OmStringDataValue("a", "b"), OmComposite());
+  UNCHANGED(Cells, f.Readers(), f.string.OmCellText::Print(2), f.Tracker(),
+            f.string.setMeta(f.other), f.Metadata(), BackendSettings(f.settings));
+  REPEATABLE(Cells, f.Settings());
+  // A converter takes a failed allocation for a conversion that is not possible.
+  READABLE(Cells, f.Convert());
+}
+
+using Notes = OmVector<OmFootnote>;
+
+// A full vector of elements that take memory themselves.
+struct Vectors : ExhaustionFixture {
+  Vectors() {
+    for (const char* name : {"a", "b", "c", "d"}) {
+      const OmStringCell cell(name);
+      v.push_back(OmFootnote(&cell, &cell, &region));
+    }
+  }
+  std::string State() const { return Show(v); }
+  void Verify() { ::Verify(v); }
+  void Readers() {
+    const Notes& same = v;
+    v.begin()->UseCount(static_cast<int>(v.end() - same.begin()));
+    seen = Fields(Show(same[1]), Show(v[2]), Show(v.back()), same.size(), same.capacity(),
+                  Notes::NextSize(same.size()), same.Region() == &region, same.end() == v.end());
+  }
+  void Destroy() {
+    Notes few(v);
+    few.destroy_elements();
+    for (OmFootnote& bare : few) {
+      new (&bare) OmFootnote(nullptr, nullptr, nullptr);
+    }
+  }
+
+  OmStringCell text{"x"};
+  OmFootnote note{&text, nullptr, &region};
+  Notes v{&region};
+};
+
+TEST(Exhaustion, Vector) {
+  UNCHANGED(Vectors, Notes(nullptr), f.seen = Show(Notes(3, f.note, &f.region)),
+            f.seen = Show(Notes(f.v)), f.seen = Show(Notes(f.v, nullptr)),
+            OmVector<char>("abc", 3, &f.region), delete new (&f.region) OmPointerVector(&f.region));
+  UNCHANGED(Vectors, f.v.reserve(9), f.v.push_back(f.note), f.v.push_back(f.v[1]),
+            f.v.insert(f.v.begin() + 1, f.note), f.v.erase(f.v.begin() + 1),
+            f.v.erase(f.v.begin() + 1, f.v.begin() + 3), f.v.resize(7, f.note),
+            f.v.resize(2, f.note), f.v.clear(), f.Destroy());
+  REPEATABLE(Vectors, f.Readers());
+}
+
+using Record = OmVectorTreeData<OmDimensionNode>;
+using Tree = OmVectorTree<OmDimensionNode>;
+
+// A root of four children, so that one more makes them move; the first has three.
+struct Trees : ExhaustionFixture {
+  Trees() {
+    for (const char* name : {"a", "b", "c", "d"}) {
+      tree.Record::Child(Named(name));
+    }
+    for (const char* name : {"e", "f", "g"}) {
+      tree[0].Child(Named(name));
+    }
+  }
+  OmDimensionNode Named(const char* name) {
+    return OmDimensionNode(OmStringCell(name), 0, true, &region);
+  }
+  Tree::Node At(unsigned long i) { return tree.Root()[i]; }
+  std::string State() const { return Show(tree.Root()); }
+  void Verify() { VerifyTree<OmDimensionNode>(tree); }
+  void Copies() {
+    Record child(node, nullptr, &region), same(tree), other(tree, nullptr, nullptr);
+    seen = Show(Tree::ConstNode(&same, 0)) + Show(Tree::ConstNode(&other, 0));
+  }
+  void Readers() {
+    const Tree& same = tree;
+    const Record& record = tree;
+    tree[0].Parent(tree[0].Parent());
+    tree.Children().reserve(1);
+    // The payload of a bare record has no label to show.
+    seen = Fields(Record(&region).Size(), Show(record.Data()), record.Size(),
+                  record.Children().size(), Show(record[1].Data()), record.Region() == &region,
+                  record.Parent() == nullptr, same.Root().Count());
+  }
+  void Handles() {
+    Tree::Node root = tree.Root();
+    Tree::Node at = root.Begin();
+    const Tree::Node none, same(at.record, 1);
+    Tree other(node, &region);
+    other.addChild(tree[0], nullptr);
+    ++at, at++, --at, at--;
+    at.Renumber();
+    seen = Fields(none == same, same == at, at - root.Begin(), root.Count(), root.HasChild(),
+                  root.IsLeaf(), root.IsRoot(), at.Level(), root.findIdx(Named("c")),
+                  Show(*root.find(Named("c"))), Show(*root.Back()), Show(*root[2]), at->Subscript(),
+                  root.End() - root.Begin(), at.Parent() == root, Show(*at.Counterpart(other)));
+  }
+
+  OmDimensionNode node{OmStringCell("new"), 1, true, &region};
+  Tree tree{node, &region};
+};
+
+TEST(Exhaustion, VectorTree) {
+  UNCHANGED(
+      Trees, f.Copies(), f.Readers(), f.Handles(), f.tree.Root().Print(),
+      f.tree.addChild(f.tree[0], &f.tree[1].Data()), f.tree.Record::Child(f.node),
+      f.tree.Child(f.tree.Root(), f.node), (f.tree.Delete(Ref(f.At(0))), f.tree.Relocate(true)),
+      f.tree.moveChild(Ref(f.At(1)), nullptr, &Ref(f.At(0))),
+      f.tree.moveChild(Ref(f.At(0)[0]), &Ref(f.At(1)), nullptr),
+      f.tree.swapChildren(Ref(f.At(2)), Ref(f.At(0)[1])),
+      f.tree.InsertChild(f.node, f.At(1), f.tree.Root(), false),
+      f.tree.InsertChild(f.node, {&Ref(f.At(0)), &Ref(f.At(2))}), f.tree.removeChild(Ref(f.At(0))));
+}
+
+// The store of a table, without the table.
+struct Stores : ExhaustionFixture {
+  Stores() { *Slot({0, 0}) = new (&region) OmStringCell("a", &region); }
+  ~Stores() { freeCellArray(root, levels); }
+  void** Slot(const std::vector<int>& at) { return &OmCellStore::Slot(root, at, &region); }
+  std::string State() const {
+    const std::vector<int> at(static_cast<unsigned long>(levels), 0);
+    return Fields(Show(OmCellStore::Find(root, at)), levels);
+  }
+  void Verify() { VerifyStore(root, static_cast<unsigned long>(levels)); }
+  void Raise() { root = OmCellStore::Raise(root, &region); }
+  void Nothing() {
+    EXPECT_EQ(OmCellStore::Lower(OmCellStore::Raise(nullptr, &region)), nullptr);
+    OmCellStore::Delete(root, {0, 99});
+    OmCellStore::Delete(nullptr, {0, 0});
+    freeCellArray(nullptr, 1);
+  }
+
+  OmPointerVector* root = nullptr;
+  int levels = 2;
+};
+
+TEST(Exhaustion, CellStore) {
+  UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}),
+            (f.Raise(), f.root = OmCellStore::Lower(f.root)), (f.Raise(), ++f.levels), f.Nothing(),
+            (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))));
+}
+
+struct Numbers : ExhaustionFixture {
+  Numbers() { axis.push_back(3); }
+  std::string State() const { return Fields(ListOf(axis), ListOf(base.Bases()), base.Size()); }
+  void Digits() {
+    const std::vector<unsigned int> bases{3, 4};
+    const MultiBase other(bases);
+    unsigned int digits[2];
+    other.Digits(7, digits);
+    seen = Fields(ListOf(other.Digits(7)), digits[0], digits[1], other.Value(other.Digits(7)),
+                  Product(bases), Product(std::vector<int>{3, 4}));
+  }
+  void Spread() {
+    OmIndexProjector projector;
+    projector.Set({1, 0});
+    std::vector<int> out(2);
+    projector.Spread(std::vector<unsigned int>{5, 6}, out);
+    seen = ListOf(out);
+  }
+
+  PuppetVector<short> axis{-1};
+  MultiBase base;
+};
+
+TEST(Exhaustion, IndexArithmetic) {
+  UNCHANGED(Numbers, f.base = MultiBase({3, 4}), f.Digits(), f.Spread(), f.axis.push_back(4),
+            f.axis.insert(f.axis.begin(), 4), f.axis[9] = 4);
+}
+
+// Takes what the operations print, without an allocation of its own.
+struct Silence : std::streambuf {
+  int overflow(int c) override { return c; }
+  std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  Silence silence;
+  std::streambuf* const old = std::cout.rdbuf(&silence);
+  const int result = RUN_ALL_TESTS();
+  std::cout.rdbuf(old);
+  std::printf("%ld operations, %ld failed allocations\n", exhaustion::operations,
+              exhaustion::points);
+  return result;
+}
