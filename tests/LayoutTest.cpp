@@ -56,6 +56,16 @@ TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
   EXPECT_EQ(OmDisplayRowHeading(layers, false, false).NRows(), 0U);
 }
 
+TEST_F(Layout, ShowsRowsOfManyCategoriesInAnyOrder) {
+  Add("inner", 600, table.Rows());
+  Add("outer", 2, table.Rows());
+  OmDisplayLayerHeading layers(table, false);
+  const OmDisplayRowHeading rows(layers, false, true);
+  for (int i = 0, r = 0; i != 1200; ++i, r = (r + 257) % 1200) {
+    EXPECT_EQ(rows.Row(r), rows.RowCategories(r));
+  }
+}
+
 TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
   Add("a", 2, table.Rows());
   Add("b", 2, table.Columns());

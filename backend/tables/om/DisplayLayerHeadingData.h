@@ -6,7 +6,6 @@
 
 #include <array>
 #include <limits>
-#include <memory>
 #include <vector>
 
 #include "backend/tables/IndexProjector.h"
@@ -112,8 +111,8 @@ class OmDisplayLayerHeading::Data::PlaceDigits {
  public:
   PlaceDigits(const PlaceCalculator& calc, unsigned long long place) {
     if (const unsigned long n = calc.Dimensions().size(); n > few.size()) {
-      many = std::make_unique<unsigned int[]>(n);
-      digits = many.get();
+      many.resize(n);
+      digits = many.data();
     }
     calc.Base().Digits(place, digits);
   }
@@ -124,7 +123,7 @@ class OmDisplayLayerHeading::Data::PlaceDigits {
 
  private:
   std::array<unsigned int, 8> few;
-  std::unique_ptr<unsigned int[]> many;
+  std::vector<unsigned int> many;
   unsigned int* digits = few.data();
 };
 

@@ -14,6 +14,8 @@ namespace {
 using ConstNode = OmDisplayRowHeading::ConstNode;
 using Path = OmVector<ConstNode>;
 
+// Categories whose labels are listed together.
+constexpr unsigned long kBlock = 256;
 // A run of equal labels that is worth an insertion of its own.
 constexpr unsigned long long kLongRun = 64;
 // The most labels for one insertion, so that what it reserves is still at hand when it is filled.
@@ -156,43 +158,58 @@ bool OmDisplayRowHeading::Data::CollectCornerLabels() {
   return found;
 }
 
-// Appends the labels of `path`, which may be null, of axis dimension `k`.
-void OmDisplayRowHeading::Data::AppendLabels(unsigned long k, Path* path,
-                                             std::vector<ConstNode*>& out) const {
-  if (path == nullptr) {
-    out.insert(out.end(), levelsPerDim[k], nullptr);
-    return;
+// Returns the labels of the categories of a block of the innermost dimension.
+ConstNode* const* OmDisplayRowHeading::Data::InnerLabels(std::deque<Path>& paths,
+                                                         unsigned long block) {
+  innerLabels.resize(paths.size() / kBlock + 1);
+  std::vector<ConstNode*>& labels = innerLabels[block];
+  if (labels.empty()) {
+    std::vector<ConstNode*> made;
+    const unsigned long end = std::min((block + 1) * kBlock, paths.size());
+    made.reserve((end - block * kBlock) * levelsPerDim.back());
+    for (unsigned long p = block * kBlock; p != end; ++p) {
+      ForEachLabel(paths[p], levelsPerDim.back(), dimNamesInCorner,
+                   [&](ConstNode* node) { made.push_back(node); });
+    }
+    labels.swap(made);
   }
-  ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
-               [&](ConstNode* node) { out.push_back(node); });
+  return labels.data();
 }
 
-// Makes `shown` the one that `place` is in.
+// Makes `shown` the run that `place` is in.
 void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
   const unsigned long inner = levelsPerDim.size() - 1;
-  shown.length = 0;
-  if (shown.leaves == 0) {
-    std::deque<Path>& paths = Layer().Header(placeCalculator.Dimensions()[inner])->nodePaths;
-    shown.innerLabels.clear();
-    shown.innerLabels.reserve(paths.size() * levelsPerDim[inner]);
-    for (Path& path : paths) {
-      AppendLabels(inner, &path, shown.innerLabels);
-    }
-    shown.leaves = paths.size();
-  }
-  shown.row.clear();
-  shown.row.reserve(headingWidth);
   const LayerData::PlaceDigits digits(placeCalculator, place);
+  shown.length = 0;
+  shown.row.clear();
   for (unsigned long k = 0; k != inner; ++k) {
-    AppendLabels(k, PathAt(k, digits[k]), shown.row);
+    if (Path* const path = PathAt(k, digits[k]); path != nullptr) {
+      ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
+                   [&](ConstNode* node) { shown.row.push_back(node); });
+    } else {
+      shown.row.insert(shown.row.end(), levelsPerDim[k], nullptr);
+    }
   }
-  shown.row.resize(headingWidth);
-  shown.first = place - digits[inner];
-  shown.length = inner == 0 ? std::numeric_limits<unsigned long long>::max()
-                            : LayerData::DigitReader(placeCalculator, inner).Base();
+  shown.row.resize(headingWidth, nullptr);
+
+  std::deque<Path>& paths = Layer().Header(placeCalculator.Dimensions()[inner])->nodePaths;
+  const unsigned long digit = digits[inner];
+  if (digit >= paths.size()) {
+    shown.inner = shown.row.data() + (headingWidth - levelsPerDim[inner]);  // the nulls there
+    shown.first = place;
+    shown.length = 1;
+    return;
+  }
+  // The first digit of a place may be beyond its base, no other one.
+  unsigned long end = paths.size();
+  if (inner != 0) {
+    end = std::min<unsigned long>(end, LayerData::DigitReader(placeCalculator, inner).Base());
+  }
+  shown.inner = InnerLabels(paths, digit / kBlock);
+  shown.first = place - digit % kBlock;
+  shown.length = std::min(kBlock, end - digit / kBlock * kBlock);
 }
 
-// Rows that differ in the innermost dimension only come one after the other, as a rule.
 OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place) {
   if (levelsPerDim.empty()) {
     return {};
@@ -200,16 +217,11 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigne
   if (place - shown.first >= shown.length) {
     EnterRun(place);
   }
-  const unsigned long long digit = place - shown.first;
   const unsigned long levels = levelsPerDim.back();
+  ConstNode* const* label = shown.inner + (place - shown.first) * levels;
   ConstNode** const end = shown.row.data() + headingWidth;
-  if (digit < shown.leaves) {
-    ConstNode* const* label = shown.innerLabels.data() + digit * levels;
-    for (ConstNode** entry = end - levels; entry != end; ++entry) {
-      *entry = *label++;
-    }
-  } else {
-    std::fill(end - levels, end, nullptr);
+  for (ConstNode** entry = end - levels; entry != end; ++entry) {
+    *entry = *label++;
   }
   // At once: filling a deque one by one costs more than anything else here.
   return Labels(end - headingWidth, end);

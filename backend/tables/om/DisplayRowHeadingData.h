@@ -57,18 +57,16 @@ struct OmDisplayRowHeading::Data {
   unsigned int headingWidth = 0;                   // sum of levelsPerDim
 
  private:
-  // The places that differ in the digit of the innermost dimension only, those of the row asked for
-  // last among them. A place is in it where place - first < length.
+  // Rows that differ in the innermost dimension only follow each other, as a rule; so what they
+  // share is kept. A place is in the run where place - first < length.
   struct Run {
     unsigned long long first = 0;
     unsigned long long length = 0;
-    std::vector<ConstNode*> row;  // labels of the outer dimensions, then those of the last row
-    // Of all categories of the innermost dimension, levelsPerDim of each, once a row was asked for.
-    std::vector<ConstNode*> innerLabels;
-    unsigned long leaves = 0;
+    std::vector<ConstNode*> row;        // of the row asked for last
+    ConstNode* const* inner = nullptr;  // labels of the innermost dimension, place by place
   };
 
-  void AppendLabels(unsigned long k, Path* path, std::vector<ConstNode*>& out) const;
+  [[nodiscard]] ConstNode* const* InnerLabels(std::deque<Path>& paths, unsigned long block);
   void EnterRun(unsigned long long place);
   [[nodiscard]] LayerData& Layer() const noexcept;
   // Returns the path of category `digit` of axis dimension `k`, or null.
@@ -78,6 +76,9 @@ struct OmDisplayRowHeading::Data {
   void ForEachPath(unsigned long long place, Visit visit) const;
 
   Run shown;
+  // By block of categories of the innermost dimension, their labels, once a row of theirs was asked
+  // for.
+  std::vector<std::vector<ConstNode*>> innerLabels;
 };
 
 #endif
