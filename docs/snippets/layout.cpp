@@ -65,8 +65,12 @@ void Show(OmPivotTable& table, OmDisplayLayerHeading& layers, bool skipEmpty) {
 
 int main() {
   OmPivotTable table(OmStringCell("Sales"), OmStringCell("Sales"), false);
-  OmDimension* const year = Add(table, "Year", {"2023", "2024"});
-  Add(table, "Town", {"Oslo", "Rome", "Bonn"});
+  Add(table, "Year", {"2023", "2024"});
+  OmDimension* const towns = Add(table, "Town", {"Oslo"});
+  const auto abroad =
+      towns->Child(towns->Root(), OmStringCell("Abroad"), OmDimensionNode::kNoSubscript, true);
+  towns->Child(abroad, OmStringCell("Rome"), 1, false);
+  towns->Child(abroad, OmStringCell("Bonn"), 2, false);
   Add(table, "Kind", {"Tea", "Coffee"});
   table.Layers().push_back(0);
   table.Rows().push_back(1);
@@ -104,5 +108,4 @@ int main() {
     Show(table, fresh, false);
   }
   // [hidden]
-  static_cast<void>(year);
 }

@@ -1,10 +1,29 @@
 // The snippets of docs/build-a-table.md.
 
 #include <iostream>
+#include <string>
 
 #include "backend/tables/om/om.h"
 #include "platform/cells/CellTexts.h"
 #include "platform/dataio/BackendSettings.h"
+
+namespace {
+
+// [marked]
+// Returns a text with the markers of its footnotes, which its metadata lists.
+std::string Marked(const OmPivotTable& table, const OmCellText& text) {
+  std::string marked = text.Text();
+  if (text.hasMeta()) {  // getMeta() asks for metadata that is there
+    for (const int note : text.getMeta().Footnotes()) {
+      const OmCellText* const marker = table.Footnotes()[static_cast<unsigned long>(note)].Marker();
+      marked += "^" + (marker != nullptr ? marker->Text() : "*");
+    }
+  }
+  return marked;
+}
+// [marked]
+
+}  // namespace
 
 int main() {
   // [create]
@@ -66,4 +85,5 @@ int main() {
   // [print]
   table.Print();
   // [print]
+  std::cout << Marked(table, *table.Cell({0, 1})) << '\n';
 }

@@ -176,16 +176,16 @@ typename ListTree<T>::Node& ListTree<T>::Node::operator++() {
 template <typename T>
 typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
   CheckEntry("ListTree::Node::Child");
-  std::list<ListTreeData<T>>& spare = tree->spare;
+  std::list<ListTreeData<T>>& unused = tree->spare;
   const ListTreeData<T> made(level + 1, value);
-  if (spare.empty()) {
+  if (unused.empty()) {
     // Scans over a long list wait for memory, and least where entries lie side by side: made one by
     // one, each would lie behind the item that it is made for.
-    spare.resize(std::min<unsigned long>(tree->list.size() / 8 + 1, 512), ListTreeData<T>(0, T()));
+    unused.resize(std::min<unsigned long>(tree->list.size() / 8 + 1, 512), ListTreeData<T>(0, T()));
   }
-  const iterator entry = spare.begin();
+  const iterator entry = unused.begin();
   *entry = made;
-  tree->list.splice(tree->SearchForward(iter, level), spare, entry);
+  tree->list.splice(tree->SearchForward(iter, level), unused, entry);
   return Node(*tree, entry);
 }
 
