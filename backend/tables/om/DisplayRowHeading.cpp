@@ -178,11 +178,11 @@ ConstNode* const* OmDisplayRowHeading::Data::InnerLabels(std::deque<Path>& paths
 
 // Makes `shown` the run that `place` is in.
 void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
-  const unsigned long inner = levelsPerDim.size() - 1;
   const LayerData::PlaceDigits digits(placeCalculator, place);
+  const unsigned long dims = levelsPerDim.size();
   shown.length = 0;
   shown.row.clear();
-  for (unsigned long k = 0; k != inner; ++k) {
+  for (unsigned long k = 0; k + 1 < dims; ++k) {
     if (Path* const path = PathAt(k, digits[k]); path != nullptr) {
       ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
                    [&](ConstNode* node) { shown.row.push_back(node); });
@@ -190,41 +190,41 @@ void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
       shown.row.insert(shown.row.end(), levelsPerDim[k], nullptr);
     }
   }
+  const unsigned long outer = shown.row.size();
   shown.row.resize(headingWidth, nullptr);
+  shown.begin = shown.row.data();
+  shown.end = shown.begin + headingWidth;
+  shown.innerBegin = shown.begin + outer;
 
-  std::deque<Path>& paths = Layer().Header(placeCalculator.Dimensions()[inner])->nodePaths;
-  const unsigned long digit = digits[inner];
-  if (digit >= paths.size()) {
-    shown.inner = shown.row.data() + (headingWidth - levelsPerDim[inner]);  // the nulls there
+  const unsigned int digit = dims != 0 ? digits[dims - 1] : 0;
+  if (dims == 0 || PathAt(dims - 1, digit) == nullptr) {
+    shown.labels = shown.innerBegin;  // the nulls there, if any
     shown.first = place;
     shown.length = 1;
     return;
   }
+  std::deque<Path>& paths = Layer().Header(placeCalculator.Dimensions()[dims - 1])->nodePaths;
   // The first digit of a place may be beyond its base, no other one.
   unsigned long end = paths.size();
-  if (inner != 0) {
-    end = std::min<unsigned long>(end, LayerData::DigitReader(placeCalculator, inner).Base());
+  if (dims != 1) {
+    end = std::min<unsigned long>(end, LayerData::DigitReader(placeCalculator, dims - 1).Base());
   }
-  shown.inner = InnerLabels(paths, digit / kBlock);
+  shown.labels = InnerLabels(paths, digit / kBlock);
   shown.first = place - digit % kBlock;
   shown.length = std::min(kBlock, end - digit / kBlock * kBlock);
 }
 
 OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place) {
-  if (levelsPerDim.empty()) {
-    return {};
-  }
   if (place - shown.first >= shown.length) {
     EnterRun(place);
   }
-  const unsigned long levels = levelsPerDim.back();
-  ConstNode* const* label = shown.inner + (place - shown.first) * levels;
-  ConstNode** const end = shown.row.data() + headingWidth;
-  for (ConstNode** entry = end - levels; entry != end; ++entry) {
+  const unsigned long long i = place - shown.first;
+  ConstNode* const* label = shown.labels + i * (shown.end - shown.innerBegin);
+  for (ConstNode** entry = shown.innerBegin; entry != shown.end; ++entry) {
     *entry = *label++;
   }
   // At once: filling a deque one by one costs more than anything else here.
-  return Labels(end - headingWidth, end);
+  return Labels(shown.begin, shown.end);
 }
 
 void OmDisplayRowHeading::Data::GetRowNodeCategories(unsigned long long place, Labels& out) const {

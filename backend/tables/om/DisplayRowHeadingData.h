@@ -62,8 +62,11 @@ struct OmDisplayRowHeading::Data {
   struct Run {
     unsigned long long first = 0;
     unsigned long long length = 0;
-    std::vector<ConstNode*> row;        // of the row asked for last
-    ConstNode* const* inner = nullptr;  // labels of the innermost dimension, place by place
+    ConstNode* const* labels = nullptr;  // of the innermost dimension, place by place
+    ConstNode** begin = nullptr;         // of `row`
+    ConstNode** innerBegin = nullptr;    // of those of the innermost dimension there
+    ConstNode** end = nullptr;
+    std::vector<ConstNode*> row;  // the row asked for last
   };
 
   [[nodiscard]] ConstNode* const* InnerLabels(std::deque<Path>& paths, unsigned long block);
