@@ -291,7 +291,7 @@ void TextGrid::Draw(std::ostream& out, int width, bool ascii) const {
   std::size_t next = headColumns;
   do {
     if (next > headColumns) {
-      out << '\n';
+      out << "\n(continued)\n";
     }
     // At least one column, and then as many as fit.
     Block block(*this, width);
