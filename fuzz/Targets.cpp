@@ -1,6 +1,5 @@
-// The fuzzers: each takes bytes as a stream of decisions, or as a record, and ends the process
-// where what they check is wrong. With libFuzzer: the one that the environment names in
-// OM_FUZZER. Without: replays files.
+// The fuzzers: each takes bytes as a stream of decisions, or as a record. libFuzzer plays the one
+// that the environment names in OM_FUZZER; without it, files are replayed:
 //
 //   om_fuzz NAME [FILE|FOLDER]...
 
@@ -16,7 +15,6 @@
 #include <iterator>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "backend/tables/om/Chart.h"
 #include "examples/report/CsvReader.h"
@@ -51,42 +49,17 @@ void CheckMapInfo(const std::string& record) {
   EXPECT_LE((texts[0] + texts[1] + texts[2] + texts[3]).size(), record.size());
 }
 
-using CsvRecords = std::vector<std::vector<std::string>>;
-
-// Reads up to where the text breaks the rules.
-CsvRecords ReadCsvText(const std::string& text) {
+// The sample program's comma-separated files.
+void CheckCsv(const std::string& text) {
   const int file = memfd_create("csv", 0);
-  EXPECT_EQ(write(file, text.data(), text.size()), static_cast<long>(text.size()));
+  ASSERT_EQ(write(file, text.data(), text.size()), static_cast<long>(text.size()));
   lseek(file, 0, SEEK_SET);
-  CsvRecords records;
   try {
     report::ReadCsv(
-        "/proc/self/fd/" + std::to_string(file),
-        [&](const report::CsvRecord& record) {
-          records.emplace_back(record.fields.begin(), record.fields.end());
-        },
-        [](std::uint64_t, std::uint64_t) {});
+        "/proc/self/fd/" + std::to_string(file), [](const auto&) {}, [](auto, auto) {});
   } catch (const report::InputError&) {
   }
   close(file);
-  return records;
-}
-
-// The sample program's comma-separated files: what was read is read again where all is in quotes.
-void CheckCsv(const std::string& text) {
-  const CsvRecords records = ReadCsvText(text);
-  std::string quoted;
-  for (const auto& record : records) {
-    for (const std::string& field : record) {
-      quoted += &field == record.data() ? "\"" : ",\"";
-      for (const char c : field) {
-        quoted.append(c == '"' ? 2 : 1, c);
-      }
-      quoted += "\"";
-    }
-    quoted += "\n";
-  }
-  EXPECT_EQ(ReadCsvText(quoted), records);
 }
 
 using Target = void (*)(const std::string& bytes);

@@ -34,12 +34,12 @@ using I = OmInteractive;
 
 const OmStringCell kText("text");
 
-// Receives only what every visitor has to.
-struct Seven : OmOutputPart::Visitor {
-  using OmOutputPart::Visitor::Visit;
+struct Kinds : OmOutputPart::Visitor {
   void Visit(OmPivotTable&) override {}
   void Visit(OmHeading&) override { seen += "heading "; }
+  void Visit(OmProcedure&) override { seen += "procedure "; }
   void Visit(OmTextBlock&) override { seen += "text "; }
+  void Visit(OmPageTitle&) override { seen += "page "; }
   void Visit(OmChart&) override {}
   void Visit(OmDendrix&) override {}
   void Visit(OmModel&) override {}
@@ -48,22 +48,16 @@ struct Seven : OmOutputPart::Visitor {
   std::string seen;
 };
 
-struct Nine : Seven {
-  using Seven::Visit;
-  void Visit(OmProcedure&) override { seen += "procedure "; }
-  void Visit(OmPageTitle&) override { seen += "page "; }
-};
-
 TEST(OutputItems, AreVisitedByKind) {
   OmProcedure procedure(kText, "", "", "");
   OmPageTitle page("");
-  Seven seven;
-  Nine nine;
-  for (OmOutputPart::Visitor* const visitor : {static_cast<Seven*>(&nine), &seven}) {
-    procedure.Accept(*visitor);
-    page.Accept(*visitor);
-  }
-  EXPECT_EQ("heading text procedure page ", seven.seen + nine.seen);
+  Kinds kinds;
+  procedure.Accept(kinds);
+  page.Accept(kinds);
+  // For visitors that do not tell them from what they are besides.
+  kinds.OmOutputPart::Visitor::Visit(procedure);
+  kinds.OmOutputPart::Visitor::Visit(page);
+  EXPECT_EQ("procedure page heading text ", kinds.seen);
 }
 
 TEST(OutputItems, OwnTheirTexts) {
@@ -266,10 +260,9 @@ TEST(FormatArea, KeepsItsFieldsApartAndOutlivesItsHandle) {
 }
 
 TEST(Format, ClampsTheWidthOfWhatIsNoString) {
-  using F = Qualtex_Format;
-  EXPECT_EQ(60, F(F::kString, 65536 + 60, 0).Width());
-  F format(F::kFixed, 60, 258);
-  format.Type(static_cast<F::FormatType>(2));
+  EXPECT_EQ(60, Qualtex_Format(Qualtex_Format::kString, 65536 + 60, 0).Width());
+  Qualtex_Format format(Qualtex_Format::kFixed, 60, 258);
+  format.Type(Qualtex_Format::kStringHex);
   EXPECT_TRUE(format.IsString() && format.Width() == 40 && format.Decimals() == 2);
 }
 

@@ -1,6 +1,5 @@
-// Failure of the ordinary heap, for tests: every operator new of the test program passes through
-// here, those of the libraries and the chunks of regions included. All but the live blocks is a
-// matter of one thread.
+// Failure of the ordinary heap: every operator new of the test program passes through here, those
+// of the libraries and the chunks of regions included.
 
 #ifndef TESTS_SUPPORT_ALLOCATIONS_H
 #define TESTS_SUPPORT_ALLOCATIONS_H
@@ -23,8 +22,7 @@ inline void FailAfter(long n, bool once = false) {
   failsOnce = once;
   refused = 0;
 }
-// Counts an allocation that is about to be made, and tells whether it has to fail. For allocators
-// other than operator new.
+// Counts an allocation that is about to be made, and tells whether it has to fail.
 inline bool Refuse() {
   ++asked;
   if (remaining != 0) {

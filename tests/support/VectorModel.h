@@ -7,41 +7,19 @@
 
 #include <algorithm>
 #include <bit>
-#include <new>
+#include <memory>
 #include <vector>
 
 #include "backend/tables/om/Vector.h"
 #include "tests/support/Choices.h"
 #include "tests/support/Walkers.h"
 
-// An element that knows how many of it there are and notices when it is destroyed twice or read
-// after its end.
-struct Counted {
-  Counted(int value_) : value(value_) { ++live; }
-  Counted(const Counted& other) : Counted(other.value) { EXPECT_EQ(other.mark, kAlive); }
-  Counted& operator=(const Counted&) = delete;
-  ~Counted() {
-    EXPECT_EQ(mark, kAlive);
-    mark = 0;
-    --live;
-    ended.push_back(value);
-  }
-  bool operator==(int other) const { return value == other; }
-
-  static constexpr unsigned kAlive = 0x600dcafe;
-  static inline long live = 0;
-  static inline std::vector<int> ended;
-
-  int value;
-  unsigned mark = kAlive;
-};
-
 class VectorModel {
  public:
   explicit VectorModel(Choices& random_) : random(random_) {}
 
   void Step() {
-    const int step = ++count;
+    const Element fresh(counted, counted.get() + ++count);
     const int size = static_cast<int>(twin.size());
     const int at = random.Below(size + 1);
     const int to = at + random.Below(size - at + 1) % 4;
@@ -49,15 +27,13 @@ class VectorModel {
     switch (random() % 8) {
       case 0:
       case 1:
-      case 2: {
-        const Counted fresh(step);
+      case 2:
         v.push_back(at != size ? v[place] : fresh);  // its own element
-        twin.push_back(at != size ? twin[place] : step);
+        twin.push_back(at != size ? twin[place] : fresh);
         break;
-      }
       case 3:
-        EXPECT_EQ(v.insert(v.begin() + at, Counted(step))->value, step);
-        twin.insert(twin.begin() + at, step);
+        EXPECT_EQ(*v.insert(v.begin() + at, fresh), fresh);
+        twin.insert(twin.begin() + at, fresh);
         break;
       case 4:
       case 5:
@@ -65,8 +41,8 @@ class VectorModel {
         twin.erase(twin.begin() + at, twin.begin() + to);
         break;
       case 6:
-        v.resize(place + 8, step);
-        twin.resize(place + 8, step);
+        v.resize(place + 8, fresh);
+        twin.resize(place + 8, fresh);
         room = std::max(room, place + 8);
         break;
       default:
@@ -82,36 +58,32 @@ class VectorModel {
       room = std::max(4UL, std::bit_ceil(twin.size()));
     }
     Verify(v);
-    ExpectTwin(v);
+    ASSERT_TRUE(std::equal(v.begin(), v.end(), twin.begin(), twin.end()));
     ASSERT_EQ(v.capacity(), room);
-    ASSERT_EQ(Counted::live - alive, static_cast<long>(twin.size()));
+    ASSERT_EQ(counted.use_count(), 2 + 2 * static_cast<long>(twin.size()));
     ASSERT_EQ(region.LiveBlocks(), room != 0 ? 1u : 0u);
   }
 
   void End() {
-    const OmVector<Counted> copy(v, nullptr);
-    ExpectTwin(copy);
+    const OmVector<Element> copy(v, nullptr);
+    EXPECT_TRUE(std::equal(copy.begin(), copy.end(), twin.begin(), twin.end()));
     EXPECT_EQ(copy.capacity(), twin.size());
     EXPECT_EQ(copy.Region(), OmMemoryRegion::DefaultHeap());
-    Counted::ended.clear();
     v.destroy_elements();
-    EXPECT_EQ(Counted::ended, twin);
-    for (Counted& element : v) {
-      new (&element) Counted(0);
-    }
+    EXPECT_EQ(counted.use_count(), 1 + 2 * static_cast<long>(twin.size()));
+    std::for_each(v.begin(), v.end(), [](Element& gone) { new (&gone) Element; });
   }
 
  private:
-  void ExpectTwin(const OmVector<Counted>& vector) {
-    ASSERT_TRUE(std::equal(vector.begin(), vector.end(), twin.begin(), twin.end()));
-  }
+  // Its address is its value, and all of them count as one.
+  using Element = std::shared_ptr<char>;
 
   Choices& random;
-  long alive = Counted::live;
   int count = 0;
+  Element counted{new char[4000], std::default_delete<char[]>()};
   OmMemoryRegion region{false};
-  OmVector<Counted> v{&region};
-  std::vector<int> twin;
+  OmVector<Element> v{&region};
+  std::vector<Element> twin;
   unsigned long room = 0;
 };
 
