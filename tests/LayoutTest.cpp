@@ -30,17 +30,11 @@ TEST_F(Layout, HoldsTheModelOfRandomTables) {
   Play<LayoutPlay>(1000, 1);
 }
 
-TEST_F(Layout, HeaderGivesPositionsAndCutsPaths) {
-  OmDimension* const dimension = Add("d", 0, table.Rows());
-  const Node group = dimension->AddNewChild(dimension->Root(), OmStringCell("group"), kNone, true);
-  dimension->AddNewChild(group, OmStringCell("a"), 3, false);  // beyond the count
-  dimension->AddNewChild(group, OmStringCell("b"), kNone, false);
-  const OmDimHeader header(dimension, nullptr);
-  EXPECT_EQ(Subscripts(header.leafPositions.begin(), header.leafPositions.end()),
-            (Subscripts{-1, -1, -1, 0}));
+TEST_F(Layout, CutsAndFillsThePathsOfAHeader) {
+  const OmDimHeader header(Add("d", 1, table.Rows()), nullptr);
   OmDimHeader::Path path(header.nodePaths[0]);
-  EXPECT_EQ(CategoryDisplay(&path, 4, true),
-            (std::vector<ConstNode*>{&path[1], &path[0], nullptr, nullptr}));
+  EXPECT_EQ(CategoryDisplay(&path, 2, true), (std::vector<ConstNode*>{&path[0], nullptr}));
+  EXPECT_EQ(CategoryDisplay(&path, 1, false), std::vector<ConstNode*>{&path[1]});
   EXPECT_EQ(Category(&path), std::vector<ConstNode*>{&path[0]});
 }
 
@@ -56,13 +50,24 @@ TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
   EXPECT_EQ(OmDisplayRowHeading(layers, false, false).NRows(), 0U);
 }
 
-TEST_F(Layout, ShowsRowsOfManyCategoriesInAnyOrder) {
-  Add("inner", 600, table.Rows());
-  Add("outer", 2, table.Rows());
+TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
+  OmDimension* const more = Add("more", 3, table.Rows());
+  more->Root()[1]->Subscript(0);
+  Node last = more->Root().Back();
+  more->Delete(last);
+  OmDimension* const fewer = Add("fewer", 9, table.Rows());
+  Node first = fewer->Root()[0];
+  fewer->Delete(first);
+  Add("column", 300, table.Columns());
+  ASSERT_EQ(table.SizeVector(), (Subscripts{1, 9, 300}));
+  table.Cell({0, 1, 0}, OmNumber(1));  // shows as place 0 + 1
+  table.Cell({0, 8, 0}, OmNumber(1));  // and this as place 7 + 1, where no leaf stands
   OmDisplayLayerHeading layers(table, false);
-  const OmDisplayRowHeading rows(layers, false, true);
-  for (int i = 0, r = 0; i != 1200; ++i, r = (r + 257) % 1200) {
-    EXPECT_EQ(rows.Row(r), rows.RowCategories(r));
+  EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), Places{1});
+  // Labels are listed by blocks, whichever is asked for first.
+  const OmDisplayColumnHeading columns(layers, false);
+  for (int i = 0, c = 299; i != 300; ++i, c = (c + 257) % 300) {
+    EXPECT_EQ(columns.Column(c)[1], columns.ColumnCategories(c)[0]);
   }
 }
 
@@ -70,44 +75,60 @@ TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
   Add("a", 2, table.Rows());
   Add("b", 2, table.Columns());
   Add("c", 2, table.Layers());
-  OmDisplayLayerHeading layers(table, false);
+  table.Cell({0, 0, 0}, OmNumber(1));
+  table.Cell({0, 0, 1}, OmNumber(1));
+  OmDisplayLayerHeading layers(table, true);
   const OmDisplayRowHeading rows(layers, false, false);
   const OmDisplayColumnHeading columns(layers, false);
-  layers.SwitchLayer(1);
+  layers.SwitchLayer(0);
   EXPECT_EQ(layers.getDimensionIndex(2), -1);
   EXPECT_EQ(rows.getDimensionIndex(1), -1);
   EXPECT_EQ(columns.getDimensionIndex(4), -1);
   EXPECT_EQ(layers.NDimensions() + 10 * rows.NDimensions() + 100 * columns.NDimensions(), 523U);
   // Nothing else follows.
-  Subscripts subscripts;
-  layers.Fill(subscripts);
+  const auto current = [&] {
+    Subscripts subscripts;
+    layers.Fill(subscripts);
+    return subscripts;
+  };
+  Subscripts subscripts = current();
   rows.Fill(subscripts, 0);
   columns.Fill(subscripts, 1);
-  EXPECT_EQ(subscripts, (Subscripts{0, 1, 1}));
+  EXPECT_EQ(subscripts, (Subscripts{0, 1, 0}));
   EXPECT_TRUE(layers.Nodes(2).empty() && layers.Nodes(-1).empty());
-  table.setLayerLoc(std::numeric_limits<int>::max());
-  layers.restoreLayer();
-  EXPECT_FALSE(layers.NextLayer());
+  // A restored number is followed by Fill() at once, by the current subscripts at the next switch.
+  table.setLayerLoc(1);
+  EXPECT_EQ(layers.restoreLayer(), 1);
+  EXPECT_EQ(current(), (Subscripts{0, 0, 1}));
+  EXPECT_EQ(layers.getCurrentCellIndex(), (Subscripts{0, 0, 0}));
+  for (const int none : {-7, 2, std::numeric_limits<int>::max()}) {
+    table.setLayerLoc(none);
+    EXPECT_EQ(layers.restoreLayer(), none);
+    EXPECT_TRUE(current().empty() && layers.Nodes(0).empty() && !layers.NextLayer());
+  }
 }
 
-TEST_F(Layout, RefusesAxisEntriesThatNameNoDimension) {
-  Add("a", 60, table.Rows());
-  table.Cell({59}, OmNumber(1));
-  for (PuppetVector<short>* const axis : {&table.Layers(), &table.Rows(), &table.Columns()}) {
-    for (const int wrong : {-300, 1}) {
-      axis->push_back(static_cast<short>(wrong));
-      EXPECT_EQ(Message([&] {
-                  OmDisplayLayerHeading layers(table, false);
-                  OmDisplayRowHeading rows(layers, false, true);
-                  OmDisplayColumnHeading columns(layers, false);
-                }),
-                "OmDisplayLayerHeading::Data::PlaceCalculator() -- 0 <= dim && dim < sizes.size(), "
-                "value 1 == " +
-                    std::to_string(wrong) + ", value 2 == 1");
-      // The search for empty layers of a dense table reads every axis.
-      EXPECT_THROW(OmDisplayLayerHeading(table, true), OMSException);
-      axis->erase(axis->end() - 1);
-    }
+TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {
+  OmDimension* const dimension = Add("a", 49, table.Rows());
+  EXPECT_FALSE(IsSparse(table));
+  dimension->AddNewChild(dimension->Root(), OmStringCell("b"), 49, false);
+  EXPECT_TRUE(IsSparse(table));
+  table.Cell({49}, OmNumber(1));
+  EXPECT_FALSE(IsSparse(table));
+  for (const auto& [axis, wrong] :
+       {std::pair(&table.Layers(), -300), {&table.Rows(), 1}, {&table.Columns(), -1}}) {
+    axis->push_back(static_cast<short>(wrong));
+    EXPECT_EQ(Message([&] {
+                OmDisplayLayerHeading layers(table, false);
+                OmDisplayRowHeading rows(layers, false, true);
+                OmDisplayColumnHeading columns(layers, false);
+              }),
+              "OmDisplayLayerHeading::Data::PlaceCalculator() -- 0 <= dim && dim < sizes.size(), "
+              "value 1 == " +
+                  std::to_string(wrong) + ", value 2 == 1");
+    // The search for empty layers of a dense table reads every axis.
+    EXPECT_THROW(OmDisplayLayerHeading(table, true), OMSException);
+    axis->erase(axis->end() - 1);
   }
 }
 
@@ -141,30 +162,17 @@ TEST(MultiBase, KeepsItsEdges) {
   EXPECT_EQ(MultiBase({0, 5}).Value({3, 9}), 24U);         // nor are digits held against bases
   EXPECT_EQ(MultiBase({2, 0, 3}).Digits(2), (Digits{0, 0, 2}));  // value used up before the zero
   EXPECT_EQ(Product(std::vector<int>{-1, 2}), 18446744073709551614ULL);
-  EXPECT_EQ(Product(Digits{4294967295U, 4294967295U}), 18446744065119617025ULL);
   EXPECT_DEATH((void)MultiBase({2, 0, 3}).Digits(3),
                "backend/tables/MultiBase: Digits: Assertion `b>0' failed");
   for (const Digits& wrong : {Digits{}, Digits{1}, Digits{1, 1, 1}}) {
     EXPECT_DEATH((void)MultiBase({2, 5}).Value(wrong),
                  "MultiBase: Value: Assertion `digit == end && i == size' failed");
   }
-}
-
-TEST(IndexArithmetic, WritesWhereItHasToOnly) {
   OmIndexProjector projector;
   projector.Set({3, 0});
   Subscripts out{7, 7, 7, 7};
   projector.Spread(Digits{1, 2, 9}, out);
   EXPECT_EQ(out, (Subscripts{2, 7, 7, 1}));
-
-  PuppetVector<short> axis(-1);
-  EXPECT_EQ(std::as_const(axis)[4], -1);
-  EXPECT_TRUE(axis.empty());
-  axis[2] = 5;
-  PuppetVector<short> other(9);
-  other = axis;  // the default comes along
-  EXPECT_EQ(other[3], -1);
-  EXPECT_EQ(std::vector<short>(other.begin(), other.end()), (std::vector<short>{-1, -1, 5, -1}));
 }
 
 }  // namespace

@@ -18,19 +18,13 @@
 #include "tests/support/Tables.h"
 #include "tests/support/Walkers.h"
 
-// Adds "0,2=x" to a list of cells.
-inline void ListCell(std::string& list, const std::vector<int>& subscripts,
-                     const std::string& text) {
-  list += (list.empty() ? "" : " ") + ListOf(subscripts);
-  list.back() = '=';
-  list += text;
-}
-
 // "0,2=x 1,0=y" for every cell in the iterators' order.
 inline std::string Cells(const OmPivotTable& table) {
   std::string list;
   for (OmPivotTable::ConstIterator cell = table.FirstCell(); cell.Cell() != nullptr; ++cell) {
-    ListCell(list, cell.Index(), cell.Cell()->Text());
+    list += (list.empty() ? "" : " ") + ListOf(cell.Index());
+    list.back() = '=';
+    list += cell.Cell()->Text();
   }
   return list;
 }
@@ -73,17 +67,18 @@ class StoreModel {
   }
 
   void End() {
-    std::string expected;
+    auto cell = t.FirstCell();
     // The first vector has to hold a cell, or the walk is over at once.
-    if (!twin.empty() && VectorHoldsCell(twin.begin()->first)) {
-      for (const auto& [key, text] : twin) {
-        if (!text.empty()) {
-          ListCell(expected, Subscripts(key), text);
-        }
+    const bool walks = !twin.empty() && VectorHoldsCell(twin.begin()->first);
+    for (const auto& [key, text] : twin) {
+      if (walks && !text.empty()) {
+        ASSERT_NE(cell.Cell(), nullptr);
+        ASSERT_EQ(cell.Index(), Subscripts(key));
+        ASSERT_EQ(cell.Cell()->Text(), text);
+        ++cell;
       }
     }
-    ASSERT_EQ(Cells(t), expected);
-    Verify(t);
+    ASSERT_EQ(cell.Cell(), nullptr);
   }
 
  private:
@@ -93,13 +88,13 @@ class StoreModel {
   [[nodiscard]] std::vector<int> Subscripts(const Key& key) const {
     return {key.rbegin(), key.rbegin() + static_cast<long>(t.NDimensions())};
   }
-  static bool SameVector(const Key& a, const Key& b) {
-    return std::equal(a.begin(), a.end() - 1, b.begin());
-  }
   [[nodiscard]] bool VectorHoldsCell(const Key& key) const {
     return std::any_of(twin.begin(), twin.end(), [&](const auto& entry) {
       return SameVector(entry.first, key) && !entry.second.empty();
     });
+  }
+  static bool SameVector(const Key& a, const Key& b) {
+    return std::equal(a.begin(), a.end() - 1, b.begin());
   }
 
   Choices& random;
@@ -116,38 +111,29 @@ class FootnoteModel {
 
   void Step() {
     const OmStringCell text(std::string(1, static_cast<char>('a' + random.Below(6))));
-    const OmStringCell marker(random.OneIn(2) ? "null" : std::to_string(random.Below(9)));
-    OmFootnote note(&text, marker.Text() == "null" ? nullptr : &marker, nullptr);
+    const bool marked = !random.OneIn(2);
+    const OmStringCell marker(marked ? std::to_string(random.Below(9)) : "");
+    OmFootnote note(&text, marked ? &marker : nullptr, nullptr);
     note.UseCount(random.Below(5) - 2);
     const bool alwaysNew = random.OneIn(5);
-    const auto known = std::find_if(twin.begin(), twin.end(), [&](const Note& other) {
-      return !alwaysNew && other.text == text.Text();
-    });
+    OmFootnote* const known = alwaysNew ? twin.end() : std::find(twin.begin(), twin.end(), note);
     ASSERT_EQ(table.Footnote(note, alwaysNew), known - twin.begin());
     if (known == twin.end()) {
-      twin.push_back({text.Text(), marker.Text(), note.UseCount() < 0 ? note.UseCount() : 1});
+      note.UseCount(note.UseCount() < 0 ? note.UseCount() : 1);
+      twin.push_back(note);
     } else {
-      known->marker = marker.Text();
-      ++known->uses;
+      known->Marker(note.Marker());
+      known->AddUse();
     }
-    std::string expected;
-    for (const Note& other : twin) {
-      expected += Fields(other.text, other.marker, other.uses) + " ";
-    }
-    ASSERT_EQ(Show(table.Footnotes()), expected);
+    ASSERT_EQ(Show(table.Footnotes()), Show(twin));
     Verify(table);
   }
   void End() {}
 
  private:
-  struct Note {
-    std::string text, marker;
-    int uses;
-  };
-
   Choices& random;
   OmPivotTable table{OmStringCell("t"), OmStringCell("t"), false};
-  std::vector<Note> twin;
+  OmVector<OmFootnote> twin{nullptr};
 };
 
 #endif
