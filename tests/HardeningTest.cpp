@@ -35,8 +35,8 @@ struct Objects {
     table.Cell({1, 1, 1}, kText);
     layers = std::make_unique<OmDisplayLayerHeading>(table, false);
     v.resize(4, 0);
-    group = dimension.AddNewChild(dimension.Root(), kText, ~0UL, true);
-    dimension.AddNewChild(group, kText, 0, false);
+    dimension.AddNewChild(dimension.AddNewChild(dimension.Root(), kText, ~0UL, true), kText, 0,
+                          false);
     dimension.AddNewChild(dimension.Root(), kText, 1, false);
     group = dimension.Root()[0];
     below = group[0];
@@ -54,19 +54,16 @@ struct Objects {
   OmVector<int> v{&region};
   OmIndexProjector projector;
   std::vector<unsigned long> counts{0};
-  OmDimension dimension{OmDimensionNode(kText, ~0UL, true, nullptr), &region};
-  OmDimension nameless{kBare, &region};
-  OmDimension::Node group, below, leaf, none;
-  OmDimension::Node stray{&dimension, 1};
+  OmDimension dimension{OmDimensionNode(kText, ~0UL, true, nullptr), &region},
+      nameless{kBare, &region};
+  OmDimension::Node group, below, leaf, none, stray{&dimension, 1};
   OmPivotTable table{kText, kText, false};
   OmPivotTable::Iterator cell;
   std::unique_ptr<OmDisplayLayerHeading> layers;
   OmPointerVector* store = nullptr;
-  OmFootnote note{&kText, nullptr, nullptr};
-  OmFootnote bareNote{nullptr, nullptr, nullptr};
+  OmFootnote note{&kText, nullptr, nullptr}, bareNote{nullptr, nullptr, nullptr};
   OmOutputTree tree;
-  OmOutputTree::Node root{tree, tree.List().begin()};
-  OmOutputTree::Node end{tree, tree.List().end()};
+  OmOutputTree::Node root{tree, tree.List().begin()}, end{tree, tree.List().end()};
 };
 
 #if OM_HARDENING

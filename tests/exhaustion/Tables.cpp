@@ -65,9 +65,10 @@ TEST(Exhaustion, Dimensions) {
             f.dimension.insertCategory(kCell, f.At(0), f.dimension.Root(), true),
             f.dimension.insertChild(kCell, {&Ref(f.At(0)), &Ref(f.At(2))}),
             f.dimension.moveChild(Ref(f.At(0)), &Ref(f.At(2)), false),
-            f.dimension.moveChild(Ref(f.At(0)), &Ref(f.At(2)), true));
-  // The mark of what is being dissolved comes first, on purpose.
-  REPEATABLE(Dimensions, f.dimension.removeChild(Ref(f.At(0))),
+            f.dimension.moveChild(Ref(f.At(0)), &Ref(f.At(2)), true),
+            f.dimension.removeChild(Ref(f.At(0))));
+  // The group is hidden first, and stays so.
+  REPEATABLE(Dimensions,
              (f.At(0)->Hide(true), f.dimension.moveChild(Ref(f.At(0)[1]), nullptr, false)));
 }
 

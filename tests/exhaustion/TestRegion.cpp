@@ -1,17 +1,14 @@
-// The memory region of these tests. A program's definition takes the place of a shared library's:
-// everything that the libraries allocate from a region comes from here. Each block is the system's
-// own, so a sanitizer sees its end, and one of those that the tests count; fresh and released
-// storage is filled with patterns; what is released twice, or never came from a region, ends the
-// process.
-
-#include <gtest/gtest.h>
+// The memory region of these tests. A program's definition takes the place of a shared library's.
+// Each block is the system's own, so a sanitizer sees its end, and one of those that the tests
+// count; fresh and released storage is filled with patterns; what is released twice, or never came
+// from a region, ends the process.
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "platform/memory/MemoryRegion.h"
+#include "tests/exhaustion/Exhaustion.h"
 
 namespace {
 
@@ -29,7 +26,7 @@ struct Front {
 OmMemoryRegion::OmMemoryRegion(bool) : lock(nullptr), plain(false) {}
 
 OmMemoryRegion::~OmMemoryRegion() {
-  EXPECT_EQ(given.blocks, 0U) << "blocks were lost";
+  exhaustion::lost += given.blocks;
 }
 
 void* OmMemoryRegion::Take(unsigned long bytes, bool) {

@@ -17,7 +17,7 @@ EXPECTED = pathlib.Path(__file__).resolve().parent / 'expected.txt'
 def main():
     program, *folders = (a for a in sys.argv[1:] if a != "--update")
     expected = EXPECTED.read_text()
-    script = ['break Stop', 'break Tables', 'run']
+    script = ['set print elements 40', 'break Stop', 'break Tables', 'run']
     for stop in re.split(r'^== ', expected, flags=re.M)[1:]:
         script += ['up', f'echo == {stop.split()[0]}\\n']
         for name in re.findall(r'^(\w+) = ', stop, re.M):
@@ -27,9 +27,8 @@ def main():
             # Nothing of this function is constructed yet. Whatever is shown, GDB has to get over it.
             script += ['info locals', 'continue']
     command = ['gdb', '-nx', '-batch', '-iex', 'add-auto-load-safe-path ' + ':'.join(folders), '-iex',
-               'set debuginfod enabled off', '-ex', 'set print elements 40']
-    command += [word for line in script for word in ('-ex', line)]
-    done = subprocess.run(command + [program], capture_output=True, text=True, timeout=120)
+               'set debuginfod enabled off', *(word for line in script for word in ('-ex', line)), program]
+    done = subprocess.run(command, capture_output=True, text=True, timeout=120)
     blocks = re.findall(r'^== .*?(?=^$|^Breakpoint|^\[Inferior|\Z)', done.stdout, re.S | re.M)
     # How much a table takes is the region's affair.
     shown = re.sub(r'\b[1-9]\d* (bytes|blocks)', r'N \1', '\n'.join(block.rstrip() for block in blocks) + '\n')

@@ -1,5 +1,4 @@
-// Makes one of everything that the debugger's printers show, and stops where a debugger looks at
-// it.
+// Makes one of everything that the debugger's printers show, and stops where it is looked at.
 
 #include "backend/tables/om/om.h"
 #include "platform/cells/CellTexts.h"
@@ -7,9 +6,7 @@
 namespace {
 
 // The debugger breaks here and looks around one frame up.
-__attribute__((noinline)) void Stop() {
-  asm volatile("");
-}
+void Stop() {}
 
 OmPivotTable* NewTable() {
   auto* const table = new OmPivotTable(OmStringCell("Survival"), OmStringCell("Counts"), false);
@@ -35,8 +32,7 @@ OmPivotTable* NewTable() {
 
 void Containers() {
   const OmMemoryRegion region(false);
-  const OmVector<int> none(nullptr);
-  OmVector<int> numbers(nullptr);
+  OmVector<int> none(nullptr), numbers(nullptr);
   for (const int i : {1, 4, 9, 16, 25}) {
     numbers.push_back(i);
   }
@@ -70,8 +66,7 @@ void Tables() {
   auto& table = static_cast<OmPivotTable&>(**place);
   [[maybe_unused]] const OmOutputTree::Node end = root.End();
   OmDimension& dimension = *table.Dimension(1);
-  const OmDimension::ConstNode group = dimension.Root().Begin();
-  const OmDimension::ConstNode nowhere;
+  const OmDimension::ConstNode group = dimension.Root().Begin(), nowhere;
   [[maybe_unused]] const OmDimensionNode& category = *group[1];
   OmPivotTable::Iterator cell = table.FirstCell();
   ++cell;

@@ -1,1 +1,1 @@
-#include "platform/cells/CellText.h"
+#include "platform/Platform.h"
