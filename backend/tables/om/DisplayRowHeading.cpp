@@ -218,7 +218,7 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigne
   if (place - shown.first >= shown.length) {
     EnterRun(place);
   }
-  const unsigned long long i = place - shown.first;
+  const auto i = static_cast<long>(place - shown.first);
   ConstNode* const* label = shown.labels + i * (shown.end - shown.innerBegin);
   for (ConstNode** entry = shown.innerBegin; entry != shown.end; ++entry) {
     *entry = *label++;
