@@ -63,13 +63,13 @@ void Churn(OmMemoryRegion& region, OmMemoryRegion& zeros, unsigned int seed) {
       auto* const block = static_cast<unsigned char*>(zeroed ? zeros.AllocateZeroed(bytes)
                                                              : region.Allocate(bytes));
       EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0U) << bytes;
-      EXPECT_TRUE(Poisoned(block - 1) && Poisoned(block + bytes)) << bytes;
       EXPECT_TRUE(!zeroed || std::count(block, block + bytes, 0) == static_cast<long>(bytes));
       const unsigned long from = zeroed ? random() % (bytes + 1) : 0;
       held.push_back({block, from, bytes, static_cast<unsigned char>(random())});
       std::memset(block + from, held.back().pattern, bytes - from);
       unsigned long* const marks = OmMemoryRegion::Marks(block);
       EXPECT_EQ(marks != nullptr, zeroed && bytes > OmMemoryRegion::kMostUnmarked) << bytes;
+      EXPECT_TRUE(Poisoned(block - 1) && (marks != nullptr || Poisoned(block + bytes))) << bytes;
       constexpr unsigned long kStep = OmMemoryRegion::kMarkedBytes;
       for (unsigned long i = from / kStep; marks != nullptr && i * kStep < bytes; ++i) {
         marks[i / 64] |= 1UL << i % 64;
