@@ -34,6 +34,11 @@ function(om_library target name)
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON
     BUILD_RPATH_USE_ORIGIN ON)
+  # A program that puts its own definitions in the place of a library's, as a test does with the
+  # region, replaces whole sources; within one, calls may be inlined and need no table.
+  if(NOT OM_SANITIZE)
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition -fno-plt)
+  endif()
   # So that a debugger can show what an optimised library holds; packages split it off.
   target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-g>)
   # With this and the relative path to the other library, a library does not depend on the folder that it was built in.
