@@ -57,9 +57,9 @@ struct OmMemoryRegion::Large {
   void GiveBack() noexcept;
 };
 
-// Stands at the start of a chunk of pages that read as zeros until somebody writes there.
-struct OmMemoryRegion::ZeroChunk {
-  ZeroChunk* next;
+// Stands at the start of pages that read as zeros until somebody writes there.
+struct OmMemoryRegion::Span {
+  Span* next;
   unsigned long bytes;
 };
 
@@ -100,9 +100,13 @@ constexpr unsigned int kLargeClass = 0x7fff;
 constexpr unsigned int kZeroedClass = 0x7ffe;
 constexpr unsigned int kMappedClass = 0x7ffd;
 constexpr unsigned long kFirstChunk = 1024;
-constexpr unsigned long kLastDoubling = 256UL << 10;
-constexpr unsigned long kLastChunk = 4UL << 20;
+constexpr unsigned long kLastDoubling = 64UL << 10;
 constexpr unsigned long kPage = 4096;
+constexpr unsigned long kHugePage = 2UL << 20;
+// From what a region holds in chunks it takes huge pages, so that they are at most half as much.
+constexpr unsigned long kLeastHuge = 4UL << 20;
+constexpr unsigned long kFirstSpan = 4UL << 20;
+constexpr unsigned long kLastSpan = 1UL << 30;
 // Blocks of zeros from this size on have pages of their own, which go back with the block.
 constexpr unsigned long kLeastMapped = 1UL << 20;
 constexpr unsigned long kFirstZeroChunk = 64UL << 10;
@@ -118,6 +122,11 @@ constexpr unsigned long kLargestBlock = 1UL << 39;
 constexpr bool kChecked = true;
 #else
 constexpr bool kChecked = false;
+#endif
+#ifdef OM_SEES_ADDRESSES
+constexpr bool kChunksOnly = true;
+#else
+constexpr bool kChunksOnly = false;
 #endif
 // Bytes behind each block that belong to nobody. A sanitizer sees a read that goes past the block
 // even where the block fills its class.
@@ -244,6 +253,13 @@ void* TakePages(unsigned long bytes) {
   return pages;
 }
 
+// Asks for huge pages. Where the system has none, it stays with others.
+void WantHuge([[maybe_unused]] void* pages, [[maybe_unused]] unsigned long bytes) noexcept {
+#ifndef OM_SEES_ADDRESSES
+  madvise(pages, bytes, MADV_HUGEPAGE);
+#endif
+}
+
 void ReturnPages(void* pages, [[maybe_unused]] unsigned long bytes) noexcept {
 #ifdef OM_SEES_ADDRESSES
   std::free(pages);
@@ -304,10 +320,10 @@ OmMemoryRegion::~OmMemoryRegion() {
     large->GiveBack();
     large = next;
   }
-  while (zeroChunks != nullptr) {
-    ZeroChunk* const next = zeroChunks->next;
-    ReturnPages(zeroChunks, zeroChunks->bytes);
-    zeroChunks = next;
+  while (spans != nullptr) {
+    Span* const next = spans->next;
+    ReturnPages(spans, spans->bytes);
+    spans = next;
   }
   delete lock;
 }
@@ -340,6 +356,10 @@ void OmMemoryRegion::Release(void* block) noexcept {
   OmMemoryRegion* const owner = OwnerIn(tag);
   if (owner->plain) {
     owner->Return(block, tag);
+  } else if (const unsigned int sizeClass = ClassIn(tag);
+             owner->leaving && sizeClass < kAllClasses) {
+    // It goes with its chunk.
+    owner->given.Take(kStrides[sizeClass] - kTagBytes);
   } else {
     owner->ReturnWithCare(block, tag);
   }
@@ -363,7 +383,9 @@ void OmMemoryRegion::Limit(unsigned long bytes) noexcept {
 // A shared region is never plain, which is read without the lock.
 void OmMemoryRegion::SettlePlain() noexcept {
   if (lock == nullptr) {
-    plain = working && limit == kNoLimit && !kChecked;
+    const bool simple = limit == kNoLimit && !kChecked;
+    plain = working && simple;
+    leaving = !working && simple;
   }
 }
 
@@ -442,13 +464,20 @@ inline void* OmMemoryRegion::Carve(unsigned int sizeClass) noexcept {
   return block;
 }
 
-// Takes as much again as all chunks are, less where that is a lot, or what one block needs where
-// that is more.
+// Takes as much again as all chunks are, or what one block needs where that is more. Where that is
+// a lot, goes on in a span.
 void OmMemoryRegion::AddChunk(unsigned long stride) {
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;
+  if (ExtendChunk()) {
+    return;
+  }
   unsigned long usual = std::max(kFirstChunk, std::bit_floor(chunkBytes));
   if (usual > kLastDoubling) {
-    usual = std::clamp(RoundUp(chunkBytes / 64, kPage), kLastDoubling, kLastChunk);
+    if (!kChunksOnly) {
+      AddSpan();
+      return;
+    }
+    usual = kLastDoubling;
   }
   const unsigned long whole =
       std::max(usual, RoundUp(stride + kAround + kSystemHeader, kFirstChunk));
@@ -461,8 +490,46 @@ void OmMemoryRegion::AddChunk(unsigned long stride) {
   chunkBytes += whole;
   bytesHeld += bytes;
   bump = reinterpret_cast<char*>(chunk + 1);
-  bumpEnd = bump + (bytes - kAround) / kStep * kStep;
+  bumpEnd = spanEnd = bump + (bytes - kAround) / kStep * kStep;
   ASAN_POISON_MEMORY_REGION(bump, bytes - sizeof(Chunk));
+}
+
+// Moves the end of a chunk that is in a span on. Returns false where there is no more of it.
+bool OmMemoryRegion::ExtendChunk() noexcept {
+  if (bumpEnd == spanEnd) {
+    return false;
+  }
+  char* const end = bumpEnd + kTagBytes;
+  unsigned long bytes = kLastDoubling;
+  if (chunkBytes >= kLeastHuge) {
+    bytes = kHugePage - reinterpret_cast<unsigned long>(end) % kHugePage;
+    WantHuge(end, bytes);
+  }
+  bumpEnd += bytes;
+  chunkBytes += bytes;
+  bytesHeld += bytes;
+  return true;
+}
+
+// Begins a span, pages as many as all chunks are, which cost nothing before they are reached. The
+// chunk is extended in it from then on.
+void OmMemoryRegion::AddSpan() {
+  const unsigned long bytes = std::clamp(RoundUp(chunkBytes, kHugePage), kFirstSpan, kLastSpan);
+  char* const pages = static_cast<char*>(TakePages(bytes + kHugePage));
+  const unsigned long before = -reinterpret_cast<unsigned long>(pages) % kHugePage;
+  char* const start = pages + before;
+  if (before != 0) {
+    ReturnPages(pages, before);
+  }
+  ReturnPages(start + bytes, kHugePage - before);
+  RetireChunk();
+  bump = start + sizeof(Span) + kTagBytes;
+  // A tag would fit between where blocks end and the next page.
+  bumpEnd = start - kTagBytes;
+  spanEnd = bumpEnd + bytes;
+  ExtendChunk();
+  // Now that the first page is one of the kind that is wanted.
+  spans = new (start) Span{spans, bytes};
 }
 
 // Leaves what is unused of the current chunk to the free lists. It is less than the block that did
@@ -577,14 +644,13 @@ OmMemoryRegion::Large* OmMemoryRegion::CarveZeroed(unsigned long bytes) {
   const unsigned long whole = around + RoundUp(bytes + kRedZone, kStep);
   if (static_cast<unsigned long>(zerosEnd - zeros) < whole) {
     // As much again as all such chunks are, in pages that cost nothing before they are reached.
-    const unsigned long chunk =
-        RoundUp(std::max(std::clamp(zeroChunkBytes, kFirstZeroChunk, kLastZeroChunk),
-                         whole + sizeof(ZeroChunk)),
-                kPage);
-    zeroChunks = new (TakePages(chunk)) ZeroChunk{zeroChunks, chunk};
+    const unsigned long chunk = RoundUp(
+        std::max(std::clamp(zeroChunkBytes, kFirstZeroChunk, kLastZeroChunk), whole + sizeof(Span)),
+        kPage);
+    spans = new (TakePages(chunk)) Span{spans, chunk};
     zeroChunkBytes += chunk;
-    zeros = reinterpret_cast<char*>(zeroChunks + 1);
-    zerosEnd = reinterpret_cast<char*>(zeroChunks) + chunk;
+    zeros = reinterpret_cast<char*>(spans + 1);
+    zerosEnd = reinterpret_cast<char*>(spans) + chunk;
   }
   Large* const front = reinterpret_cast<Large*>(zeros + around) - 1;
   zeros += whole;

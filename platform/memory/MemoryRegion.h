@@ -3,9 +3,10 @@
 // Blocks come from chunks that a region takes from the system and gives back as a whole when it is
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
-// first block, 1 KiB then, and as much again as it holds whenever that is used up; above 256 KiB a
-// 64th of what it holds, 4 MiB at most. A block costs 8 bytes more than its size class. Blocks
-// above 16 KiB are taken from the system one by one. A chunk is given back only with its region.
+// first block, 1 KiB then, and as much again as it holds whenever that is used up; above 128 KiB
+// 64 KiB at a time, and above 4 MiB a huge page, where the system has them. A block costs 8 bytes
+// more than its size class. Blocks above 16 KiB are taken from the system one by one. A chunk is
+// given back only with its region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
@@ -78,7 +79,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   struct Heap;
   struct Large;
   struct Lock;
-  struct ZeroChunk;
+  struct Span;
   class Guard;
 
   // A number of blocks and the sum of their sizes.
@@ -105,6 +106,8 @@ class OM_PLATFORM_API OmMemoryRegion {
   Large* CarveZeroed(unsigned long bytes);
   void* Carve(unsigned int sizeClass) noexcept;
   void AddChunk(unsigned long stride);
+  bool ExtendChunk() noexcept;
+  void AddSpan();
   void RetireChunk() noexcept;
   void Return(void* block, unsigned long tag) noexcept;
   void ReturnWithCare(void* block, unsigned long tag) noexcept;
@@ -118,8 +121,10 @@ class OM_PLATFORM_API OmMemoryRegion {
   Lock* lock;  // null unless the region is shared
   bool plain;  // neither shared, limited, on its way out nor hardened: nothing has to be asked
   bool working = true;
+  bool leaving = false;  // on its way out, and plain otherwise
   char* bump = nullptr;
   char* bumpEnd = nullptr;
+  char* spanEnd = nullptr;  // how far bumpEnd may move; the same unless it is in a span
   void* freeLists[kClasses] = {};
   Tally given;  // blocks that were given out, less large ones and those released on the way out
   unsigned long counted = 0;  // bytes in use where there is a limit
@@ -130,19 +135,28 @@ class OM_PLATFORM_API OmMemoryRegion {
   Large* large = nullptr;
   char* zeros = nullptr;  // the rest of a chunk of untouched pages
   char* zerosEnd = nullptr;
-  ZeroChunk* zeroChunks = nullptr;
+  Span* spans = nullptr;
   unsigned long zeroChunkBytes = 0;
   Large* freeZeroed = nullptr;  // released blocks from those chunks
 };
 
-// Inline for what is done most, a small block of a size that was released before: to know the size
-// when compiling makes it three times as fast.
+// Inline for what is done most, a small block of a size that was released before or is next in the
+// chunk: to know the size when compiling makes it three times as fast.
 inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
   if (plain && bytes <= kMostFine) {
-    void*& list = freeLists[(bytes + 7) / 16];
+    const unsigned long sizeClass = (bytes + 7) / 16;
+    void*& list = freeLists[sizeClass];
     if (void* const block = list; block != nullptr) {
       list = *static_cast<void**>(block);
       return block;
+    }
+    const unsigned long stride = (sizeClass + 1) * 16;
+    if (static_cast<unsigned long>(bumpEnd - bump) >= stride) {
+      auto* const tag = reinterpret_cast<unsigned long*>(bump);
+      *tag = reinterpret_cast<unsigned long>(this) << 16 | sizeClass;
+      bump += stride;
+      given.Add(stride - sizeof(*tag));
+      return tag + 1;
     }
   }
   return Take(bytes, false);
