@@ -12,18 +12,7 @@
 
 namespace {
 
-// Marks `home` as a region, which is aligned to more than one byte.
-constexpr unsigned long kNoMeta = 1;
-
-unsigned long HomeIn(OmMemoryRegion* region) {
-  return reinterpret_cast<unsigned long>(region) | kNoMeta;
-}
-
-OmCellMetaData* MetaIn(unsigned long home) {
-  return (home & kNoMeta) == 0 ? reinterpret_cast<OmCellMetaData*>(home) : nullptr;
-}
-
-OmCellMetaData* CopyMeta(const OmCellMetaData& meta, OmMemoryRegion* region) {
+OmCellMetaData* NewMeta(const OmCellMetaData& meta, OmMemoryRegion* region) {
   void* const block = OmMemoryRegion::SelectHeap(region)->Allocate(sizeof(OmCellMetaData));
   try {
     return new (block) OmCellMetaData(meta, region);
@@ -33,11 +22,9 @@ OmCellMetaData* CopyMeta(const OmCellMetaData& meta, OmMemoryRegion* region) {
   }
 }
 
-void DeleteMeta(OmCellMetaData* meta) {
-  if (meta != nullptr) {
-    meta->~OmCellMetaData();
-    OmMemoryRegion::Release(meta);
-  }
+void DeleteMeta(OmCellMetaData* meta) noexcept {
+  meta->~OmCellMetaData();
+  OmMemoryRegion::Release(meta);
 }
 
 template <typename T>
@@ -54,24 +41,16 @@ short CompareNumbers(double a, double b) {
 
 }  // namespace
 
-OmCellText::OmCellText(OmMemoryRegion* region) noexcept : home(HomeIn(region)) {}
-
-OmCellText::OmCellText(const OmCellText& other, OmMemoryRegion* region) : home(HomeIn(region)) {
-  if (other.hasMeta()) {
-    home = reinterpret_cast<unsigned long>(CopyMeta(other.getMeta(), region));
-  }
+void OmCellText::CopyMeta(const OmCellText& other, OmMemoryRegion* region) {
+  home = reinterpret_cast<unsigned long>(NewMeta(other.getMeta(), region));
 }
 
-OmCellText::~OmCellText() {
-  DeleteMeta(MetaIn(home));
+void OmCellText::DropMeta(unsigned long meta) noexcept {
+  DeleteMeta(reinterpret_cast<OmCellMetaData*>(meta));
 }
 
 void* OmCellText::operator new(unsigned long size) {
   return OmMemoryRegion::DefaultHeap()->Allocate(size);
-}
-
-void* OmCellText::operator new(unsigned long size, OmMemoryRegion* region) {
-  return OmMemoryRegion::SelectHeap(region)->Allocate(size);
 }
 
 void* OmCellText::operator new(unsigned long size, OmMemoryRegion* region, unsigned long trailing) {
@@ -79,14 +58,6 @@ void* OmCellText::operator new(unsigned long size, OmMemoryRegion* region, unsig
     throw std::bad_alloc();
   }
   return OmMemoryRegion::SelectHeap(region)->Allocate(size + trailing);
-}
-
-void OmCellText::operator delete(void* block) noexcept {
-  OmMemoryRegion::Release(block);
-}
-
-void OmCellText::operator delete(void* block, OmMemoryRegion*) noexcept {
-  OmMemoryRegion::Release(block);
 }
 
 void OmCellText::operator delete(void* block, OmMemoryRegion*, unsigned long) noexcept {
@@ -134,22 +105,20 @@ icuTracker* OmCellText::getICUTracker() const noexcept {
   return tracker;
 }
 
-bool OmCellText::hasMeta() const noexcept {
-  return (home & kNoMeta) == 0;
-}
-
 const OmCellMetaData& OmCellText::getMeta() const {
   OM_HARDEN(hasMeta(), "OmCellText::getMeta");
-  return *MetaIn(home);
+  return *reinterpret_cast<const OmCellMetaData*>(home);
 }
 
 void OmCellText::setMeta(const OmCellMetaData& meta) {
-  OmCellMetaData* const old = MetaIn(home);
+  auto* const old = hasMeta() ? reinterpret_cast<OmCellMetaData*>(home) : nullptr;
   OmMemoryRegion* const region =
       old != nullptr ? old->Region() : reinterpret_cast<OmMemoryRegion*>(home & ~kNoMeta);
   // Copied before the old one goes: it may be `meta`.
-  home = reinterpret_cast<unsigned long>(CopyMeta(meta, region));
-  DeleteMeta(old);
+  home = reinterpret_cast<unsigned long>(NewMeta(meta, region));
+  if (old != nullptr) {
+    DeleteMeta(old);
+  }
 }
 
 OmCellText::Visitor::~Visitor() = default;

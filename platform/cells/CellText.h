@@ -17,10 +17,10 @@
 #include <string_view>
 
 #include "platform/Export.h"
+#include "platform/memory/MemoryRegion.h"
 
 class OmCellMetaData;
 class OmComposite;
-class OmMemoryRegion;
 class OmNumber;
 class OmNumDataValue;
 class OmStringCell;
@@ -38,13 +38,22 @@ class OM_PLATFORM_API OmCellText {
 
   OmCellText(const OmCellText&) = delete;
   OmCellText& operator=(const OmCellText&) = delete;
-  virtual ~OmCellText();
+  virtual ~OmCellText() {
+    if (hasMeta()) {
+      // It is not told the text, so that a text without metadata is not written to in its end.
+      DropMeta(home);
+    }
+  }
 
   // Makes an object in the default heap, or in `region` (null is the default heap).
   static void* operator new(unsigned long size);
-  static void* operator new(unsigned long size, OmMemoryRegion* region);
-  static void operator delete(void* block) noexcept;
-  static void operator delete(void* block, OmMemoryRegion* region) noexcept;
+  static void* operator new(unsigned long size, OmMemoryRegion* region) {
+    return (region != nullptr ? region : OmMemoryRegion::DefaultHeap())->Allocate(size);
+  }
+  static void operator delete(void* block) noexcept { OmMemoryRegion::Release(block); }
+  static void operator delete(void* block, OmMemoryRegion*) noexcept {
+    OmMemoryRegion::Release(block);
+  }
 
   // Returns a copy in `region` (null is the default heap) that takes all that it holds, its
   // characters included, from that region. The copy carries the metadata and is tied to no tracker.
@@ -65,7 +74,7 @@ class OM_PLATFORM_API OmCellText {
   virtual void setICUTracker(icuTracker* tracker);
   [[nodiscard]] icuTracker* getICUTracker() const noexcept;
 
-  [[nodiscard]] bool hasMeta() const noexcept;
+  [[nodiscard]] bool hasMeta() const noexcept { return (home & kNoMeta) == 0; }
   // Returns the metadata; only where hasMeta().
   [[nodiscard]] const OmCellMetaData& getMeta() const;
   // Stores a copy of `meta` in the region of the text, in place of what was there. Where that
@@ -83,9 +92,14 @@ class OM_PLATFORM_API OmCellText {
   };
 
   // Metadata will live in `region`, null for the default heap.
-  explicit OmCellText(OmMemoryRegion* region = nullptr) noexcept;
+  explicit OmCellText(OmMemoryRegion* region = nullptr) noexcept
+      : home(reinterpret_cast<unsigned long>(region) | kNoMeta) {}
   // Takes over a copy of the metadata, and no tracker.
-  OmCellText(const OmCellText& other, OmMemoryRegion* region);
+  OmCellText(const OmCellText& other, OmMemoryRegion* region) : OmCellText(region) {
+    if (other.hasMeta()) {
+      CopyMeta(other, region);
+    }
+  }
 
   // Makes an object with `trailing` bytes behind it, in the same block.
   static void* operator new(unsigned long size, OmMemoryRegion* region, unsigned long trailing);
@@ -96,6 +110,12 @@ class OM_PLATFORM_API OmCellText {
   [[nodiscard]] virtual Key OrderKey(std::string& composed) const;
 
  private:
+  // Marks `home` as a region, which is aligned to more than one byte.
+  static constexpr unsigned long kNoMeta = 1;
+
+  void CopyMeta(const OmCellText& other, OmMemoryRegion* region);
+  static void DropMeta(unsigned long meta) noexcept;
+
   icuTracker* tracker = nullptr;  // not owned
   // The metadata or, with the lowest bit set, the region that it would live in: a text without
   // metadata has no other use for the word.

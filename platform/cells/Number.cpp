@@ -8,15 +8,15 @@
 
 static_assert(sizeof(OmNumber) <= 40, "a number fits a region block of 40 bytes");
 
-OmNumber::OmNumber(double value_, const Qualtex_Format& format_, OmMemoryRegion* region)
-    : OmCellText(region), value(value_), format(format_) {}
-
-OmNumber::OmNumber(const OmNumber& other, OmMemoryRegion* region)
-    : OmCellText(other, region), value(other.value), format(other.format) {}
-
-OmNumber::~OmNumber() = default;
-
 OmCellText* OmNumber::Clone(OmMemoryRegion* region) const {
+  if (hasMeta()) {
+    return CloneWithMeta(region);
+  }
+  return new (region) OmNumber(value, format, region);
+}
+
+// Apart from the other, which needs no clean-up because it cannot fail half-way.
+OmCellText* OmNumber::CloneWithMeta(OmMemoryRegion* region) const {
   return new (region) OmNumber(*this, region);
 }
 

@@ -14,8 +14,9 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
  public:
   // Metadata, the only thing that a number holds outside itself, will live in `region`.
   explicit OmNumber(double value_, const Qualtex_Format& format_ = kDefaultFormat,
-                    OmMemoryRegion* region = nullptr);
-  ~OmNumber() override;
+                    OmMemoryRegion* region = nullptr) noexcept
+      : OmCellText(region), value(value_), format(format_) {}
+  ~OmNumber() override = default;
 
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
@@ -32,7 +33,9 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
   [[nodiscard]] Key OrderKey(std::string& composed) const override;
 
  private:
-  OmNumber(const OmNumber& other, OmMemoryRegion* region);
+  [[nodiscard]] OmCellText* CloneWithMeta(OmMemoryRegion* region) const;
+  OmNumber(const OmNumber& other, OmMemoryRegion* region)
+      : OmCellText(other, region), value(other.value), format(other.format) {}
 
   double value;
   Qualtex_Format format;
