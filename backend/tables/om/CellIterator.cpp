@@ -1,39 +1,10 @@
 #include "backend/tables/om/CellIterator.h"
 
+#include <algorithm>
+
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTableData.h"
-
-// The cursor of a walk over the cell store. Entry k of the levels belongs to dimension k: the last
-// one to the root, entry 0 to the bottom vectors.
-struct OmPivotTable::Iterator::Data {
-  struct Level {
-    unsigned long index = 0;          // of the current element, which is the current subscript
-    int size = 0;                     // categories of the dimension when the walk started
-    PointerVector* vector = nullptr;  // on the current path
-  };
-
-  Data() = default;
-  explicit Data(const OmPivotTable::Data& table_);
-  // Copies the place of the walk. Nobody holds the copy yet.
-  Data(const Data& other)
-      : levels(other.levels), cell(other.cell), table(other.table), changes(other.changes) {}
-  Data& operator=(const Data&) = delete;
-
-  // Moves `level` to its next element and returns that, or null at the end of the walk.
-  void* Increment(unsigned long level);
-  void Advance();
-  [[nodiscard]] std::vector<int> Index() const;
-
-  static Data* Hold(Data* cursor) noexcept;
-  static void LetGo(Data* cursor) noexcept;
-
-  std::vector<Level> levels;
-  OmCellText* cell = nullptr;
-  const OmPivotTable::Data* table = nullptr;
-  unsigned long changes = 0;  // of the table's cells when the walk started
-  unsigned long holders = 0;  // iterators that share this cursor
-};
 
 OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
     : levels(table_._dimensions.size()), table(&table_), changes(table_.changes) {
@@ -69,6 +40,40 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
   }
   my.index = index;
   return (*my.vector)[index];
+}
+
+void OmPivotTable::Iterator::Data::LookFurther() noexcept {
+  if (levels.size() < 2) {
+    return;
+  }
+  const PointerVector& above = *levels[1].vector;
+  const auto vector = [&above](unsigned long i) {
+    return i < above.size() ? static_cast<const PointerVector*>(above.begin()[i]) : nullptr;
+  };
+  const unsigned long index = levels[1].index;
+  if (aheadAbove != &above || aheadIndex < index) {
+    aheadAbove = &above;
+    aheadIndex = index;
+    ahead = levels[0].vector->begin() + levels[0].index;
+    aheadEnd = levels[0].vector->end();
+    for (long i = 0; i != kAhead && ahead != aheadEnd; ++i) {
+      __builtin_prefetch(*ahead++);
+    }
+  } else if (aheadIndex < std::min(index + kVectorsAhead, above.size())) {
+    ++aheadIndex;
+    const PointerVector* const next = vector(aheadIndex);
+    // Wide vectors are mostly empty, and looking into their empty stretches takes memory.
+    if (next != nullptr && next->capacity() <= PointerVector::kMostUnmarked) {
+      ahead = next->begin();
+      aheadEnd = next->end();
+    }
+  }
+  __builtin_prefetch(vector(aheadIndex + 2));
+  if (const PointerVector* const next = vector(aheadIndex + 1); next != nullptr) {
+    for (long i = 0; i < 512; i += 64) {
+      __builtin_prefetch(reinterpret_cast<const char*>(next->begin()) + i);
+    }
+  }
 }
 
 void OmPivotTable::Iterator::Data::Advance() {
@@ -118,17 +123,8 @@ OmPivotTable::Iterator::~Iterator() {
   Data::LetGo(cursor);
 }
 
-OmCellText* OmPivotTable::Iterator::Cell() const noexcept {
-  return cursor->cell;
-}
-
 std::vector<int> OmPivotTable::Iterator::Index() const {
   return cursor->Index();
-}
-
-OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
-  cursor->Advance();
-  return *this;
 }
 
 OmPivotTable::ConstIterator::ConstIterator() : ConstIterator(new Iterator::Data) {}
@@ -152,17 +148,8 @@ OmPivotTable::ConstIterator::~ConstIterator() {
   Iterator::Data::LetGo(cursor);
 }
 
-const OmCellText* OmPivotTable::ConstIterator::Cell() const noexcept {
-  return cursor->cell;
-}
-
 std::vector<int> OmPivotTable::ConstIterator::Index() const {
   return cursor->Index();
-}
-
-OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {
-  cursor->Advance();
-  return *this;
 }
 
 OmPivotTable::Iterator OmPivotTable::FirstCell() {

@@ -1,59 +1,217 @@
 #include "backend/tables/om/CellStore.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
+#include <limits>
+#include <new>
 
 #include "backend/tables/om/Assert.h"
 #include "platform/cells/CellText.h"
 
 namespace {
 
-// Deletes the cell at `subscripts` below `v`, whose level is that of dimension `k`. Returns true
-// where this left `v` with nothing but nulls.
-bool DeleteBelow(OmPointerVector& v, const std::vector<int>& subscripts, unsigned long k) {
-  const auto s = static_cast<unsigned long>(subscripts[k]);
-  if (s >= v.size()) {
-    return false;
-  }
-  void*& slot = v[s];
-  if (k == 0) {
-    delete static_cast<OmCellText*>(slot);
-    slot = nullptr;
+// A region that has no pages of zeros gives blocks without marks.
+template <typename Region>
+void* AllocateZeroed(Region& region, unsigned long bytes) {
+  if constexpr (requires { region.AllocateZeroed(bytes); }) {
+    static_assert(Region::kMarkedBytes == OmPointerVector::kStretch * sizeof(void*));
+    static_assert(Region::kMostUnmarked == OmPointerVector::kMostUnmarked * sizeof(void*));
+    return region.AllocateZeroed(bytes);
   } else {
-    auto* const child = static_cast<OmPointerVector*>(slot);
-    if (child == nullptr || !DeleteBelow(*child, subscripts, k - 1)) {
-      return false;
-    }
-    delete child;
-    slot = nullptr;
+    return region.Allocate(bytes);
   }
-  return FindNonZero(v, 0) == v.size();
+}
+
+template <typename Region>
+unsigned long* MarksOf(void* block) noexcept {
+  if constexpr (requires { Region::Marks(block); }) {
+    return Region::Marks(block);
+  } else {
+    return nullptr;
+  }
+}
+
+// Calls `visit` with the first slot and the end of every stretch of `v` that may hold something.
+template <typename Visit>
+void ForStretches(const OmPointerVector& v, const unsigned long* marks, Visit visit) {
+  void* const* const first = v.begin();
+  const unsigned long size = v.size();
+  if (marks == nullptr) {
+    visit(first, first + size);
+    return;
+  }
+  constexpr unsigned long kWord = 64 * OmPointerVector::kStretch;
+  for (unsigned long from = 0; from < size; from += kWord) {
+    for (unsigned long word = *marks++; word != 0; word &= word - 1) {
+      const unsigned long at =
+          from + static_cast<unsigned long>(std::countr_zero(word)) * OmPointerVector::kStretch;
+      visit(first + std::min(at, size), first + std::min(at + OmPointerVector::kStretch, size));
+    }
+  }
+}
+
+// Returns the first index from `i` on, and before `end`, whose element is not null, or `end`.
+unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) noexcept {
+  constexpr unsigned long kStep = 8;
+  const auto isZero = [elements](unsigned long at) {
+    unsigned long any = 0;
+    for (unsigned long k = 0; k != kStep; ++k) {
+      any |= reinterpret_cast<unsigned long>(elements[at + k]);
+    }
+    return any == 0;
+  };
+  if (i < end && elements[i] != nullptr) {
+    return i;
+  }
+  while (i + kStep <= end && isZero(i)) {
+    i += kStep;
+  }
+  while (i < end && elements[i] == nullptr) {
+    ++i;
+  }
+  return i;
+}
+
+// Most vectors that hold something hold it at an end.
+bool HoldsNothing(const OmPointerVector& v) {
+  return v.size() == 0 ||
+         (v.end()[-1] == nullptr && v.begin()[0] == nullptr && FindNonZero(v, 0) == v.size());
+}
+
+// Returns the vector of dimension `k` on the way to `subscripts`, or null where there is none.
+inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& subscripts,
+                                 unsigned long k) {
+  OmPointerVector* v = root;
+  for (unsigned long i = subscripts.size() - 1; i != k && v != nullptr; --i) {
+    void* const* const slot = v->SlotAt(subscripts[i]);
+    v = slot != nullptr ? static_cast<OmPointerVector*>(*slot) : nullptr;
+  }
+  return v;
+}
+
+// Deletes the vectors on the way to `subscripts` that hold nothing, from the bottom up and without
+// the root.
+[[gnu::noinline]] void Prune(OmPointerVector* root, const std::vector<int>& subscripts) {
+  for (unsigned long k = 1; k != subscripts.size(); ++k) {
+    void*& slot = VectorOf(root, subscripts, k)->begin()[subscripts[k]];
+    auto* const child = static_cast<OmPointerVector*>(slot);
+    if (!HoldsNothing(*child)) {
+      return;
+    }
+    slot = nullptr;
+    delete child;
+  }
+}
+
+// How many elements ahead memory is asked for, so that it comes while nearer ones are worked on.
+constexpr long kAhead = 96;
+
+// Asks for the elements of the vector at `slot`, if any, and for the vector behind it. Returns the
+// one at `slot` unless it is wide.
+const OmPointerVector* AskFor(void* const* slot, void* const* end) {
+  if (end - slot > 1) {
+    __builtin_prefetch(slot[1]);
+  }
+  if (slot == end || *slot == nullptr) {
+    return nullptr;
+  }
+  const auto* const v = static_cast<const OmPointerVector*>(*slot);
+  if (v->capacity() > OmPointerVector::kMostUnmarked) {
+    __builtin_prefetch(v->begin() - 8);
+    return nullptr;
+  }
+  for (long i = 0, n = std::min(kAhead, static_cast<long>(v->size())); i < n; i += 8) {
+    __builtin_prefetch(v->begin() + i);
+  }
+  return v;
+}
+
+// Deletes the cells in `v`, and asks for the first of those in `next`.
+void FreeCells(const OmPointerVector& v, const OmPointerVector* next) {
+  const long nextSize = next != nullptr ? static_cast<long>(next->size()) : 0;
+  ForStretches(v, v.Marks(), [&](void* const* slot, void* const* end) {
+    for (; slot != end; ++slot) {
+      const long behind = kAhead - (end - slot);
+      if (behind < 0) {
+        __builtin_prefetch(slot[kAhead]);
+      } else if (behind < nextSize) {
+        __builtin_prefetch(next->begin()[behind]);
+      }
+      delete static_cast<OmCellText*>(*slot);
+    }
+  });
 }
 
 }  // namespace
 
-void OmPointerVector::GrowTo(unsigned long s) {
-  if (s < size()) {
-    return;
+void OmPointerVector::MakeRoom(unsigned long s) {
+  // Where appending one by one would end up: each full vector grows to the next power of two.
+  reserve(2 * capacity() < s ? s + 1 : NextSize(s));
+}
+
+// Nulls from the end to `slot`.
+void OmPointerVector::FillUpTo(void** slot) noexcept {
+  // Beyond the end of a vector with marks is nothing but zeros.
+  if (Marks() == nullptr) {
+    std::memset(last, 0, static_cast<unsigned long>(slot + 1 - last) * sizeof(void*));
   }
-  if (2 * capacity() < s) {
-    reserve(s + 1);
-  } else if (capacity() <= s) {
-    // Where appending one by one would end up: each full vector grows to the next power of two.
-    reserve(NextSize(s));
+}
+
+unsigned long* OmPointerVector::WideMarks() const noexcept {
+  return MarksOf<OmMemoryRegion>(first);
+}
+
+void OmPointerVector::MarkWide(void* const* slot) noexcept {
+  if (unsigned long* const marks = WideMarks(); marks != nullptr) {
+    const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
+    marks[stretch / 64] |= 1UL << stretch % 64;
   }
-  void** const end = first + s + 1;
-  std::memset(last, 0, static_cast<unsigned long>(end - last) * sizeof(void*));
-  last = end;
+}
+
+// Makes room for exactly `n` elements, which are more than there is room for.
+void OmPointerVector::ReserveWide(unsigned long n) {
+  if (n > std::numeric_limits<unsigned long>::max() / sizeof(void*)) {
+    throw std::bad_alloc();
+  }
+  auto** const block = static_cast<void**>(AllocateZeroed(*region, n * sizeof(void*)));
+  unsigned long* const marks = MarksOf<OmMemoryRegion>(block);
+  ForStretches(*this, Marks(), [&](void* const* from, void* const* to) {
+    std::copy(from, to, block + (from - first));
+    for (void* const* slot = from; marks != nullptr && slot < to; slot += kStretch) {
+      const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
+      marks[stretch / 64] |= 1UL << stretch % 64;
+    }
+  });
+  last = block + size();
+  limit = block + n;
+  OmMemoryRegion::Release(first);
+  first = block;
 }
 
 unsigned long FindNonZero(const OmPointerVector& v, unsigned long start) {
   const unsigned long size = v.size();
-  void* const* const elements = v.begin();
-  unsigned long i = start;
-  while (i < size && elements[i] == nullptr) {
-    ++i;
+  const unsigned long* const marks = v.Marks();
+  if (marks == nullptr) {
+    return start < size ? FindIn(v.begin(), start, size) : size;
   }
-  return i < size ? i : size;
+  constexpr unsigned long kStretch = OmPointerVector::kStretch;
+  for (unsigned long i = start; i < size;) {
+    const unsigned long stretch = i / kStretch;
+    const unsigned long word = marks[stretch / 64] >> stretch % 64;
+    if ((word & 1) != 0) {
+      const unsigned long end = std::min((stretch + 1) * kStretch, size);
+      i = FindIn(v.begin(), i, end);
+      if (i != end) {
+        return i;
+      }
+    } else {
+      const unsigned long passed =
+          word != 0 ? static_cast<unsigned long>(std::countr_zero(word)) : 64 - stretch % 64;
+      i = (stretch + passed) * kStretch;
+    }
+  }
+  return size;
 }
 
 void freeCellArray(OmPointerVector* v, int depth) {
@@ -61,15 +219,20 @@ void freeCellArray(OmPointerVector* v, int depth) {
     return;
   }
   OM_HARDEN(depth > 0, "freeCellArray");
-  for (void* const element : *v) {
-    if (element == nullptr) {
-      continue;
-    }
-    if (depth != 1) {
-      freeCellArray(static_cast<OmPointerVector*>(element), depth - 1);
-    } else {
-      delete static_cast<OmCellText*>(element);
-    }
+  if (depth == 1) {
+    FreeCells(*v, nullptr);
+  } else {
+    ForStretches(*v, v->Marks(), [depth](void* const* slot, void* const* end) {
+      for (; slot != end; ++slot) {
+        auto* const child = static_cast<OmPointerVector*>(*slot);
+        if (child != nullptr && depth == 2) {
+          FreeCells(*child, AskFor(slot + 1, end));
+          delete child;
+        } else {
+          freeCellArray(child, depth - 1);
+        }
+      }
+    });
   }
   delete v;
 }
@@ -84,33 +247,32 @@ void*& OmCellStore::Slot(OmPointerVector*& root, const std::vector<int>& subscri
   for (unsigned long k = subscripts.size() - 1; k > 0; --k) {
     const auto s = static_cast<unsigned long>(subscripts[k]);
     v->GrowTo(s);
-    void*& slot = (*v)[s];
-    if (slot == nullptr) {
-      slot = new (region) OmPointerVector(region);
+    void* child = v->begin()[s];
+    if (child == nullptr) {
+      child = new (region) OmPointerVector(region);
+      (*v)[s] = child;
     }
-    v = static_cast<OmPointerVector*>(slot);
+    v = static_cast<OmPointerVector*>(child);
   }
   const auto s = static_cast<unsigned long>(subscripts[0]);
   v->GrowTo(s);
   return (*v)[s];
 }
 
-OmCellText* OmCellStore::Find(const OmPointerVector* root, const std::vector<int>& subscripts) {
-  const OmPointerVector* v = root;
-  for (unsigned long k = subscripts.size(); v != nullptr && k-- > 0;) {
-    const auto s = static_cast<unsigned long>(subscripts[k]);
-    void* const element = s < v->size() ? (*v)[s] : nullptr;
-    if (k == 0) {
-      return static_cast<OmCellText*>(element);
-    }
-    v = static_cast<const OmPointerVector*>(element);
-  }
-  return nullptr;
-}
-
 void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts) {
-  if (root != nullptr && !subscripts.empty()) {
-    DeleteBelow(*root, subscripts, subscripts.size() - 1);
+  if (subscripts.empty()) {
+    return;
+  }
+  OmPointerVector* const v = VectorOf(root, subscripts, 0);
+  const auto s = static_cast<unsigned long>(subscripts[0]);
+  if (v == nullptr || s >= v->size()) {
+    return;
+  }
+  void*& slot = v->begin()[s];
+  delete static_cast<OmCellText*>(slot);
+  slot = nullptr;
+  if (HoldsNothing(*v)) {
+    Prune(root, subscripts);
   }
 }
 

@@ -19,6 +19,12 @@
 class OmCellText;
 
 // A vector of one level of the store. The object and its elements come from one region.
+//
+// A vector with room for more than kMostUnmarked elements takes pages that nobody has touched,
+// where the region has such, and marks the stretches of kStretch elements in which anything was
+// stored. The other stretches hold nulls and cost no memory; searches and growth pass over them.
+// What hands out an element for writing marks its stretch: this class has its own of those members
+// of OmVector, and does without the ones that move elements.
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) : OmVector<void*>(region_) {}
@@ -26,7 +32,115 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // Appends nulls until there is a slot `s`, with the room that appending one by one would leave; a
   // jump beyond twice the room there is takes exactly what it needs.
   void GrowTo(unsigned long s);
+  // Returns slot `s`, or null where there is none, as for a negative `s`.
+  [[nodiscard]] void* const* SlotAt(int s) const noexcept;
+  // As GrowTo where there is room, and returns the slot, marked; returns null where there is none.
+  [[nodiscard]] void** NearSlot(int s) noexcept;
+
+  [[nodiscard]] void*& operator[](unsigned long i);
+  [[nodiscard]] void* const& operator[](unsigned long i) const;
+  void reserve(unsigned long n);
+  void** push_back(void* value);
+  template <typename... Args>
+  void insert(Args...) = delete;
+  template <typename... Args>
+  void erase(Args...) = delete;
+  template <typename... Args>
+  void resize(Args...) = delete;
+
+  static constexpr unsigned long kMostUnmarked = 2048;
+  static constexpr unsigned long kStretch = 64;
+  // Returns the marks, a bit a stretch, or null where there are none: then anything may be stored
+  // anywhere.
+  [[nodiscard]] const unsigned long* Marks() const noexcept;
+
+ private:
+  [[nodiscard]] unsigned long* WideMarks() const noexcept;
+  void Mark(void* const* slot) noexcept;
+  void MarkWide(void* const* slot) noexcept;
+  void ReserveWide(unsigned long n);
+  // Makes room for slot `s`, where there is none.
+  void MakeRoom(unsigned long s);
+  // Appends nulls up to `slot`, for which there is room.
+  void Fill(void** slot) noexcept;
+  void FillUpTo(void** slot) noexcept;
 };
+
+inline void* const* OmPointerVector::SlotAt(int s) const noexcept {
+  // An address, because the slot may be none. A negative number becomes one that no vector reaches,
+  // whose size is at most that of the positive ones; the shift below cannot overflow.
+  const auto slot = reinterpret_cast<unsigned long>(first) +
+                    static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
+  return slot < reinterpret_cast<unsigned long>(last) ? reinterpret_cast<void* const*>(slot)
+                                                      : nullptr;
+}
+
+inline void OmPointerVector::GrowTo(unsigned long s) {
+  if (s >= size()) {
+    if (s >= capacity()) {
+      MakeRoom(s);
+    }
+    Fill(first + s);
+  }
+}
+
+inline void** OmPointerVector::NearSlot(int s) noexcept {
+  const auto address = reinterpret_cast<unsigned long>(first) +
+                       static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
+  if (address >= reinterpret_cast<unsigned long>(limit)) {
+    return nullptr;
+  }
+  void** const slot = reinterpret_cast<void**>(address);
+  if (slot >= last) {
+    Fill(slot);
+  }
+  Mark(slot);
+  return slot;
+}
+
+inline void OmPointerVector::Fill(void** slot) noexcept {
+  if (slot != last || capacity() > kMostUnmarked) {
+    FillUpTo(slot);
+  } else {
+    *slot = nullptr;
+  }
+  last = slot + 1;
+}
+
+inline void*& OmPointerVector::operator[](unsigned long i) {
+  void*& slot = OmVector<void*>::operator[](i);
+  Mark(&slot);
+  return slot;
+}
+
+inline void* const& OmPointerVector::operator[](unsigned long i) const {
+  return OmVector<void*>::operator[](i);
+}
+
+inline void OmPointerVector::reserve(unsigned long n) {
+  if (n <= kMostUnmarked) {
+    OmVector<void*>::reserve(n);
+  } else if (n > capacity()) {
+    ReserveWide(n);
+  }
+}
+
+inline void** OmPointerVector::push_back(void* value) {
+  GrowTo(size());
+  Mark(last - 1);
+  last[-1] = value;
+  return last - 1;
+}
+
+inline const unsigned long* OmPointerVector::Marks() const noexcept {
+  return capacity() > kMostUnmarked ? WideMarks() : nullptr;
+}
+
+inline void OmPointerVector::Mark(void* const* slot) noexcept {
+  if (capacity() > kMostUnmarked) {
+    MarkWide(slot);
+  }
+}
 
 // Returns the first index at or after `start` whose element is not null, or v.size().
 OM_API unsigned long FindNonZero(const OmPointerVector& v, unsigned long start);
@@ -42,9 +156,13 @@ class OM_API OmCellStore {
   // it in `region`. Where that fails, what was made stays in the tree, which remains whole.
   static void*& Slot(OmPointerVector*& root, const std::vector<int>& subscripts,
                      OmMemoryRegion* region);
+  // Returns that slot where the bottom vector is there and has room for it, and null elsewhere.
+  // Unlike Slot, and like Find, it takes subscripts that may be negative: there is no such slot.
+  [[nodiscard]] static void** NearSlot(OmPointerVector* root,
+                                       const std::vector<int>& subscripts) noexcept;
   // Returns the cell at `subscripts`, or null. Makes nothing.
   [[nodiscard]] static OmCellText* Find(const OmPointerVector* root,
-                                        const std::vector<int>& subscripts);
+                                        const std::vector<int>& subscripts) noexcept;
   // Deletes the cell at `subscripts` and every vector but the root that this leaves without an
   // element.
   static void Delete(OmPointerVector* root, const std::vector<int>& subscripts);
@@ -53,5 +171,39 @@ class OM_API OmCellStore {
   // Undoes Raise: returns the root from before.
   [[nodiscard]] static OmPointerVector* Lower(OmPointerVector* root);
 };
+
+inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
+                                     const std::vector<int>& subscripts) noexcept {
+  const int* const first = subscripts.data();
+  const int* s = first + subscripts.size();
+  const void* element = s != first ? root : nullptr;
+  while (element != nullptr) {
+    void* const* const slot = static_cast<const OmPointerVector*>(element)->SlotAt(*--s);
+    if (slot == nullptr) {
+      return nullptr;
+    }
+    if (s == first) {
+      return static_cast<OmCellText*>(*slot);
+    }
+    element = *slot;
+  }
+  return nullptr;
+}
+
+inline void** OmCellStore::NearSlot(OmPointerVector* root,
+                                    const std::vector<int>& subscripts) noexcept {
+  const int* const first = subscripts.data();
+  const int* s = first + subscripts.size();
+  void* element = s != first ? root : nullptr;
+  while (element != nullptr) {
+    auto* const v = static_cast<OmPointerVector*>(element);
+    if (--s == first) {
+      return v->NearSlot(*s);
+    }
+    void* const* const slot = v->SlotAt(*s);
+    element = slot != nullptr ? *slot : nullptr;
+  }
+  return nullptr;
+}
 
 #endif

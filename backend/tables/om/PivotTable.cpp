@@ -154,6 +154,61 @@ void OmPivotTable::SetTableTitle(const OmCellText& text) {
 
 // --- Cells --------------------------------------------------------------------------------------
 
+namespace {
+
+// Makes the path to a slot that NearSlot does not find, after holding the subscripts against the
+// table. What NearSlot finds needs no such test.
+[[gnu::noinline]] void*& FarSlot(OmPivotTable::Data& my, const std::vector<int>& subscripts) {
+  if (subscripts.empty()) {
+    // A table without dimensions has no place for a cell either.
+    throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", 0,
+                       static_cast<double>(my._dimensions.size()));
+  }
+  CheckSubscripts(subscripts, my._dimensions.size());
+  ++my.changes;
+  return OmCellStore::Slot(my.root, subscripts, &my.region);
+}
+
+inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellText& cell) {
+  OmCellText* const copy = cell.Clone(&my.region);
+  slot = copy;
+  if (my.helper.Tracker() != nullptr) {
+    copy->Accept(my.helper);
+  }
+  return copy;
+}
+
+// Puts a copy of `cell`, or null, in the place of what the slot holds, whose metadata stays.
+[[gnu::noinline]] void ReplaceCell(OmPivotTable::Data& my, void*& slot, const OmCellText* cell) {
+  auto* const old = static_cast<OmCellText*>(slot);
+  OM_HARDEN(cell != old, "OmPivotTable::Cell");
+  std::unique_ptr<OmCellMetaData> meta;
+  if (old->hasMeta()) {
+    meta = std::make_unique<OmCellMetaData>(old->getMeta());
+  }
+  slot = nullptr;
+  delete old;
+  if (cell != nullptr) {
+    OmCellText* const copy = StoreCell(my, slot, *cell);
+    if (meta != nullptr) {
+      copy->setMeta(*meta);
+    }
+  }
+}
+
+inline OmCellText* FindCell(const OmPivotTable::Data& my, const std::vector<int>& subscripts) {
+  if (subscripts.size() == my._dimensions.size()) {
+    if (OmCellText* const cell = OmCellStore::Find(my.root, subscripts); cell != nullptr) {
+      return cell;
+    }
+  }
+  // Subscripts that lead to a cell need no test.
+  CheckSubscripts(subscripts, my._dimensions.size());
+  return nullptr;
+}
+
+}  // namespace
+
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* cell) {
   // Every call counts, whatever becomes of it. The number wraps like the 32-bit integer that it is.
   const int count = _my->numCells;
@@ -163,30 +218,18 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
     Scratch(true);
     return false;
   }
-  if (subscripts.empty()) {
-    // A table without dimensions has no place for a cell either.
-    throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", 0,
-                       static_cast<double>(_my->_dimensions.size()));
+  void** slot = nullptr;
+  if (subscripts.size() == _my->_dimensions.size()) {
+    slot = OmCellStore::NearSlot(_my->root, subscripts);
   }
-  CheckSubscripts(subscripts, _my->_dimensions.size());
-
+  if (slot == nullptr) {
+    slot = &FarSlot(*_my, subscripts);
+  }
   ++_my->changes;
-  void*& slot = OmCellStore::Slot(_my->root, subscripts, &_my->region);
-  auto* const old = static_cast<OmCellText*>(slot);
-  OM_HARDEN(cell == nullptr || cell != old, "OmPivotTable::Cell");
-  std::unique_ptr<OmCellMetaData> meta;
-  if (old != nullptr && old->hasMeta()) {
-    meta = std::make_unique<OmCellMetaData>(old->getMeta());
-  }
-  slot = nullptr;
-  delete old;
-  if (cell != nullptr) {
-    OmCellText* const copy = cell->Clone(&_my->region);
-    slot = copy;
-    setHelper(*copy);
-    if (meta != nullptr) {
-      copy->setMeta(*meta);
-    }
+  if (*slot != nullptr) {
+    ReplaceCell(*_my, *slot, cell);
+  } else if (cell != nullptr) {
+    StoreCell(*_my, *slot, *cell);
   }
   return true;
 }
@@ -196,13 +239,11 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& ce
 }
 
 OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
-  CheckSubscripts(subscripts, _my->_dimensions.size());
-  return OmCellStore::Find(_my->root, subscripts);
+  return FindCell(*_my, subscripts);
 }
 
 const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
-  CheckSubscripts(subscripts, _my->_dimensions.size());
-  return OmCellStore::Find(_my->root, subscripts);
+  return FindCell(*_my, subscripts);
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
