@@ -29,22 +29,16 @@ class BareStore {
     freeCellArray(root, static_cast<int>(kSizes.size()));
   }
   void Set(const Subscripts& at, double value) {
-    OmPointerVector* v = root;
-    for (unsigned long k = at.size() - 1; k != 0; --k) {
-      v->GrowTo(static_cast<unsigned long>(at[k]));
-      void*& slot = (*v)[static_cast<unsigned long>(at[k])];
-      if (slot == nullptr) {
-        slot = new (&region) OmPointerVector(&region);
-      }
-      v = static_cast<OmPointerVector*>(slot);
+    void** slot = OmCellStore::NearSlot(root, at);
+    if (slot == nullptr) {
+      slot = &OmCellStore::Slot(root, at, &region);
     }
-    v->GrowTo(static_cast<unsigned long>(at[0]));
-    (*v)[static_cast<unsigned long>(at[0])] = OmNumber(value).Clone(&region);
+    *slot = OmNumber(value).Clone(&region);
   }
 
  private:
   OmMemoryRegion region{false};
-  OmPointerVector* root = new (&region) OmPointerVector(&region);
+  OmPointerVector* root = nullptr;
 };
 
 class WholeTable {
