@@ -42,7 +42,8 @@ class StoreModel {
     const auto n = static_cast<unsigned long>(t.NDimensions());
     Key key{};
     for (auto subscript = key.end() - static_cast<long>(n); subscript != key.end(); ++subscript) {
-      *subscript = random.OneIn(100) ? random.Below(201) : random.Below(n > 2 ? 3 : 7);
+      // Now and then far away, also where only what was stored in is marked.
+      *subscript = random.Below(random.OneIn(200) ? 9000 : random.OneIn(100) ? 201 : n > 2 ? 3 : 7);
     }
     const std::vector<int> subscripts = Subscripts(key);
     const int what = random.Below(20);

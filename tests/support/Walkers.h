@@ -61,7 +61,9 @@ void Verify(ListTree<T>& tree) {
 
 inline void VerifyStore(const OmPointerVector* v, unsigned long levels) {
   Verify(*v);
-  for (void* const element : *v) {
+  for (void* const& element : *v) {
+    const auto i = static_cast<unsigned long>(&element - v->begin());
+    EXPECT_TRUE(element == nullptr || FindNonZero(*v, i) == i);
     if (element != nullptr && levels > 1) {
       VerifyStore(static_cast<const OmPointerVector*>(element), levels - 1);
     }
