@@ -86,6 +86,15 @@ TEST_F(Dimension, NeedsNoMemoryToMoveAndKeepsAGroupThatFails) {
   EXPECT_THROW(dimension.removeChild(group), std::bad_alloc);
   EXPECT_EQ(group->Subscript(), 6u);
   EXPECT_EQ(Labels(root), "c(c)d(db(b))g(gxxxx)a(a)");
+  region.Limit(~0UL);
+  // Nothing to put under a group, nothing to dissolve, nowhere to go.
+  dimension.insertChild(OmStringCell("y"), {});
+  Node leaf = root[3][0];
+  dimension.removeChild(leaf);
+  root->Hide(true);
+  leaf = root[0];
+  dimension.moveChild(leaf, nullptr, false);
+  EXPECT_EQ(Labels(root), "d(db(b))g(gxxxx)a(a)c(c)");
 }
 
 // Deleting leaves the links below the moved siblings as they were. What is moved afterwards, by
@@ -137,10 +146,16 @@ TEST_F(Dimension, HandlesSayWhereTheyStand) {
 TEST_F(Dimension, NodesWriteWhatTheyHave) {
   testing::internal::CaptureStdout();
   OmDimensionNode(nullptr).Print(0);
-  OmDimensionNode(OmStringCell("x"), 5000000000, false, nullptr).Print(1);
+  OmDimensionNode node(OmStringCell("x"), 5000000000, false, nullptr);
+  for (const int order : {2, 0, 1}) {
+    node.SortOrder(order);
+    node.Print(1);
+  }
   const std::string no = ", Group: no, hide: no, hideLabels: no";
+  const std::string x = "  Subscript: 705032704" + no;
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Subscript: -1" + no + "\n  Subscript: 705032704" + no + ", Text: x\n");
+            "Subscript: -1" + no + "\n" + x + ", Text: x\n" + x + ", Sort: up, Text: x\n" + x +
+                ", Sort: down, Text: x\n");
 }
 
 TEST_F(Dimension, CountsWhatItShowsAndWantsGroups) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <set>
 
 #include "backend/tables/IndexProjector.h"
 #include "backend/tables/om/DimHeader.h"
@@ -48,6 +49,26 @@ TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
   ASSERT_TRUE(IsSparse(table));
   EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), Places{0x0505050505050505});
   EXPECT_EQ(OmDisplayRowHeading(layers, false, false).NRows(), 0U);
+}
+
+TEST_F(Layout, FindsRowsAmongMoreThanABitEachWouldHold) {
+  for (const char* const name : {"a", "b", "c"}) {
+    Add(name, 3000, table.Rows());
+  }
+  Add("column", 2, table.Columns());
+  std::set<unsigned long long> expected;
+  for (int i = 0; i != 3000; ++i) {
+    const Subscripts at{i * 7 % 3000, i * 11 % 30, i * 13 % 3000, i % 2};
+    for (const int column : {0, 1}) {
+      table.Cell({at[0], at[1], at[2], column}, OmNumber(1));
+    }
+    expected.insert(static_cast<unsigned long long>((at[2] * 3000L + at[1]) * 3000 + at[0]));
+  }
+  OmDisplayLayerHeading layers(table, false);
+  const OmDisplayRowHeading rows(layers, true, false);
+  EXPECT_EQ(rows.getNonEmptyRows(), Places(expected.begin(), expected.end()));
+  EXPECT_EQ((*rows.Row(2999).back())->Text()->Text(),
+            "a" + std::to_string(*expected.rbegin() % 3000));
 }
 
 TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
@@ -158,6 +179,7 @@ TEST_F(Layout, ReachesTenThousandLevelsDown) {
 
 TEST(MultiBase, KeepsItsEdges) {
   EXPECT_TRUE(MultiBase().Digits(5).empty());
+  EXPECT_EQ(MultiBase({5, 10}).Digits(1ULL << 33), (Digits{858993459, 2}));
   EXPECT_EQ(MultiBase({0, 5}).Digits(7), (Digits{1, 2}));  // the first base is never read
   EXPECT_EQ(MultiBase({0, 5}).Value({3, 9}), 24U);         // nor are digits held against bases
   EXPECT_EQ(MultiBase({2, 0, 3}).Digits(2), (Digits{0, 0, 2}));  // value used up before the zero

@@ -280,7 +280,17 @@ TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
   settings.setFastTables(true);
   settings.setUnicode(true);
   OmPivotTable unicode(kText, kText, false);
+  unicode.Footnote(OmFootnote(&kText, nullptr, nullptr), false);
   unicode.setBackendSettings(settings);
+  const OmStringCellUTF8 utf8("utf8");
+  const OmVariable variable("v", "");
+  const OmNumDataValue numValue(1, "n");
+  const OmStringDataValue stringValue("s", "");
+  for (const OmCellText* const title :
+       std::initializer_list<const OmCellText*>{&utf8, &variable, &numValue, &stringValue}) {
+    unicode.SetTableTitle(*title);
+    EXPECT_EQ(Show(unicode.TableTitle()), title->Text() + "~");
+  }
   EXPECT_EQ(unicode.getU8Tracker(), unicode.getICUTracker());
 }
 
