@@ -206,7 +206,7 @@ class ReportTest(unittest.TestCase):
         page, shown = os.path.join(self.folder, 'page.html'), ''
         for arguments, parts in ((['--rows', 'G<&>', '--columns', 'H "h"', '--measures', 'X'], slice(5)),
                                  (['--rows', 'G<&>', '--measures', 'Y,X'], slice(5)),
-                                 (['--rows', 'N'], slice(1, 2))):
+                                 (['--rows', 'N'], slice(2))):
             report(path, '--html', page, '--weight', 'W', *arguments)
             with open(page, encoding='utf-8') as file:
                 found = re.findall('svg.xml;base64,([^"]*)|<pre.*?>([^<]*)</pre>', file.read())
