@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <random>
 #include <set>
 
 #include "backend/tables/IndexProjector.h"
@@ -69,6 +70,31 @@ TEST_F(Layout, FindsRowsAmongMoreThanABitEachWouldHold) {
   EXPECT_EQ(rows.getNonEmptyRows(), Places(expected.begin(), expected.end()));
   EXPECT_EQ((*rows.Row(2999).back())->Text()->Text(),
             "a" + std::to_string(*expected.rbegin() % 3000));
+}
+
+// The store marks which parts of a vector above some width hold anything.
+TEST_F(Layout, FindsRowsInVectorsOfAnyWidth) {
+  for (const unsigned long rows : {0UL, 1UL}) {
+    for (const int cells : {40, 400}) {  // sparse, dense
+      OmPivotTable wide{OmStringCell("title"), OmStringCell("Template"), false};
+      AddDimension(wide, "a", rows == 0 ? 5000 : 3);
+      AddDimension(wide, "b", rows == 1 ? 5000 : 3);
+      wide.Rows().push_back(static_cast<short>(rows));
+      wide.Columns().push_back(static_cast<short>(1 - rows));
+      std::mt19937 random(7);
+      std::set<unsigned long long> filled;
+      for (int i = 0; i != cells; ++i) {
+        Subscripts at(2, static_cast<int>(random() % 3));
+        at[rows] = static_cast<int>(i % 9 == 0 ? random() % 5000 : 1000 + random() % 300);
+        wide.Cell(at, OmNumber(1));
+        filled.insert(static_cast<unsigned long long>(at[rows]));
+      }
+      OmDisplayLayerHeading layers(wide, false);
+      ASSERT_EQ(IsSparse(wide), cells == 40);
+      EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(),
+                Places(filled.begin(), filled.end()));
+    }
+  }
 }
 
 TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {

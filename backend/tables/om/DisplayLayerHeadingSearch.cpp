@@ -110,36 +110,89 @@ class StoreWalk {
     }
     const Level& level = levels[k];
     const unsigned long end = std::min(level.end, v.size());
-    for (unsigned long s = level.begin; s < end && !found.Full(); ++s) {
-      s = FindNonZero(v, s);
-      if (s >= end) {
-        return;
+    const unsigned long* const marks = v.Marks();
+    if (marks == nullptr) {
+      WalkSlots(k, v, level.begin, end, end, place);
+      return;
+    }
+    // Only stretches that hold anything are looked at; the others may be on pages that nobody has
+    // touched. What a wide vector costs is to wait for them, so each is asked for one ahead.
+    constexpr unsigned long kStretch = OmPointerVector::kStretch;
+    unsigned long ready = NextMarked(marks, level.begin / kStretch, end);
+    while (ready * kStretch < end) {
+      const unsigned long stretch = ready;
+      ready = NextMarked(marks, stretch + 1, end);
+      for (unsigned long i = 0; i != kStretch && ready * kStretch + i < end; i += kLine) {
+        __builtin_prefetch(&v.begin()[ready * kStretch + i]);
       }
-      if (k != 0) {
-        // A vector of the store is as a rule nowhere near the one before it, and most of the work
-        // is to wait for it. Written out because a function that does no more than this is one
-        // without an effect to the compiler, which drops its calls.
-        if (s + 2 * kAhead < end) {
-          __builtin_prefetch(v[s + 2 * kAhead]);
-        }
-        if (s + kAhead < end && v[s + kAhead] != nullptr) {
-          const auto& next = *static_cast<const OmPointerVector*>(v[s + kAhead]);
-          for (unsigned long i = 0; i < std::min(next.size(), 4 * kLine); i += kLine) {
-            __builtin_prefetch(&next[i]);
-          }
-        }
-      }
-      if (!level.head) {
-        Descend(k, v[s], place);
-        continue;
-      }
-      for (int p = level.first[s]; p >= 0; p = level.next[static_cast<unsigned long>(p)]) {
-        Descend(k, v[s], place + static_cast<unsigned long long>(p) * level.weight);
-      }
+      const unsigned long stretchEnd = std::min(end, (stretch + 1) * kStretch);
+      const unsigned long held =
+          ready == stretch + 1 ? std::min(end, stretchEnd + kStretch) : stretchEnd;
+      WalkSlots(k, v, std::max(level.begin, stretch * kStretch), stretchEnd, held, place);
     }
   }
 
  private:
+  // Returns the first marked stretch from `stretch` on, or one at or past `end`.
+  static unsigned long NextMarked(const unsigned long* marks, unsigned long stretch,
+                                  unsigned long end) {
+    while (stretch * OmPointerVector::kStretch < end) {
+      const unsigned long word = marks[stretch / 64] >> stretch % 64;
+      if (word != 0) {
+        return stretch + static_cast<unsigned long>(__builtin_ctzl(word));
+      }
+      stretch = (stretch / 64 + 1) * 64;
+    }
+    return stretch;
+  }
+
+  // Walks the elements from `s` to `end`; up to `held`, they may be looked at in advance.
+  void WalkSlots(unsigned long k, const OmPointerVector& v, unsigned long s, unsigned long end,
+                 unsigned long held, unsigned long long place) {
+    for (; s < end; ++s) {
+      if (void* const element = v.begin()[s]; element != nullptr) {
+        if (found.Full()) {
+          return;
+        }
+        if (k != 0) {
+          FetchAhead(v, s, held);
+        }
+        Visit(k, s, element, place);
+      }
+    }
+  }
+
+  // Asks for elements behind `s`: a vector of the store is as a rule nowhere near the one before
+  // it, and most of the work is to wait for it. Inlined because a function that does no more than
+  // this is one without an effect to the compiler, which drops its calls.
+  [[gnu::always_inline]] static inline void FetchAhead(const OmPointerVector& v, unsigned long s,
+                                                       unsigned long end) {
+    if (s + 2 * kAhead < end) {
+      __builtin_prefetch(v[s + 2 * kAhead]);
+    }
+    if (s + kAhead < end && v[s + kAhead] != nullptr) {
+      const auto& next = *static_cast<const OmPointerVector*>(v[s + kAhead]);
+      if (next.capacity() > OmPointerVector::kMostUnmarked) {
+        __builtin_prefetch(next.begin() - kLine);
+      }
+      for (unsigned long i = 0; i < std::min(next.size(), 4 * kLine); i += kLine) {
+        __builtin_prefetch(&next[i]);
+      }
+    }
+  }
+
+  // Adds the places of the cells below element `s` of a vector of dimension `k`.
+  void Visit(unsigned long k, unsigned long s, const void* element, unsigned long long place) {
+    const Level& level = levels[k];
+    if (!level.head) {
+      Descend(k, element, place);
+      return;
+    }
+    for (int p = level.first[s]; p >= 0; p = level.next[static_cast<unsigned long>(p)]) {
+      Descend(k, element, place + static_cast<unsigned long long>(p) * level.weight);
+    }
+  }
+
   void Descend(unsigned long k, const void* element, unsigned long long place) {
     if (k == 0) {
       found.Add(place);
