@@ -15,9 +15,11 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "backend/tables/om/Chart.h"
 #include "examples/report/CsvReader.h"
+#include "fuzz/Twins.h"
 #include "tests/support/DimensionModel.h"
 #include "tests/support/DocumentModel.h"
 #include "tests/support/LayoutCheck.h"
@@ -43,10 +45,10 @@ void CheckMapInfo(const std::string& record) {
   OmChart chart(OmStringCell("chart"), "", 1);
   chart.SetMapInfo(record.data(), half);
   chart.SetMapInfo(record.data() + half, static_cast<unsigned int>(record.size()) - half);
-  std::string texts[4];
+  std::vector<std::string> texts(4, "old");
   chart.getMapInfo(texts[0], texts[1], texts[2], texts[3]);
   EXPECT_EQ(chart.hasMap(), !record.empty());
-  EXPECT_LE((texts[0] + texts[1] + texts[2] + texts[3]).size(), record.size());
+  EXPECT_EQ(texts, ReadMapInfo(record));
 }
 
 // The sample program's comma-separated files.
@@ -54,12 +56,22 @@ void CheckCsv(const std::string& text) {
   const int file = memfd_create("csv", 0);
   ASSERT_EQ(write(file, text.data(), text.size()), static_cast<long>(text.size()));
   lseek(file, 0, SEEK_SET);
+  std::vector<std::vector<std::string>> records;
+  bool broken = false;
   try {
     report::ReadCsv(
-        "/proc/self/fd/" + std::to_string(file), [](const auto&) {}, [](auto, auto) {});
+        "/proc/self/fd/" + std::to_string(file),
+        [&](const auto& record) {
+          records.emplace_back(record.fields.begin(), record.fields.end());
+        },
+        [](auto, auto) {});
   } catch (const report::InputError&) {
+    broken = true;
   }
   close(file);
+  const CsvTwin twin(text);
+  EXPECT_EQ(broken, twin.broken);
+  EXPECT_EQ(records, twin.records);
 }
 
 using Target = void (*)(const std::string& bytes);

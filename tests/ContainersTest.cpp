@@ -32,6 +32,7 @@ TEST(Vector, TakesBytesAndHasItsBounds) {
   OmVector<char> v("a\0b", 3, &region);
   EXPECT_EQ(v[1] + v[2], 'b');
   EXPECT_EQ(v.capacity(), 3u);
+  EXPECT_EQ(OmVector<char>("", 0, &region).size(), 0u);
   EXPECT_THROW(OmVector<int>(-1, 0, &region), std::bad_alloc);
   EXPECT_THROW(v.reserve(~0UL / 2), std::bad_alloc);
   v.erase(v.end());  // drops the last one
@@ -90,6 +91,9 @@ TEST_F(Dimension, NeedsNoMemoryToMoveAndKeepsAGroupThatFails) {
   dimension.insertChild(OmStringCell("y"), {});
   Node leaf = root[3][0];
   dimension.removeChild(leaf);
+  Node top = root;
+  dimension.OmVectorTree::removeChild(top);
+  top.Renumber();
   root->Hide(true);
   leaf = root[0];
   dimension.moveChild(leaf, nullptr, false);
@@ -170,6 +174,13 @@ TEST_F(Dimension, CountsWhatItShowsAndWantsGroups) {
   std::vector<unsigned long> counts(dimension.getMaximumDepth(), 0);
   dimension.getGroupCountsByLevel(root, counts);
   EXPECT_EQ(counts, (std::vector<unsigned long>{0, 3, 3}));
+  OmDimension other(Root(), &region);
+  for (const char* const label : {"hidden", "shown"}) {
+    other.Child(other.Root(), OmStringCell(label), 0, true)->Hide(*label == 'h');
+    Node below = other.Child(other.Root(), OmStringCell(label), 0, true);
+    other.Child(below, OmStringCell("leaf"), 0, false);
+  }
+  EXPECT_EQ(other.getMaxVisibleGroupCount(), 2u);  // the two leaves
   OmDimensionNode node(OmStringCell("a"), 0, false, nullptr);
   node.ChildIndex().push_back(7);  // of where the node comes from
   const Node child = dimension.Child(root, node);

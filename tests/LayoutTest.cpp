@@ -48,20 +48,23 @@ TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
   table.Cell({5}, OmNumber(1));
   OmDisplayLayerHeading layers(table, false);
   ASSERT_TRUE(IsSparse(table));
-  EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), Places{0x0505050505050505});
+  const OmDisplayRowHeading rows(layers, true, false);
+  EXPECT_EQ(rows.getNonEmptyRows(), Places{0x0505050505050505});
+  EXPECT_EQ(rows.Column(15)[0], rows.Row(0)[15]);
+  EXPECT_EQ((*rows.Row(0)[15])->Text()->Text(), "a5");
   EXPECT_EQ(OmDisplayRowHeading(layers, false, false).NRows(), 0U);
 }
 
 TEST_F(Layout, FindsRowsAmongMoreThanABitEachWouldHold) {
+  Add("column", 2, table.Columns());
   for (const char* const name : {"a", "b", "c"}) {
     Add(name, 3000, table.Rows());
   }
-  Add("column", 2, table.Columns());
   std::set<unsigned long long> expected;
   for (int i = 0; i != 3000; ++i) {
-    const Subscripts at{i * 7 % 3000, i * 11 % 30, i * 13 % 3000, i % 2};
+    const Subscripts at{i * 7 % 3000, i * 11 % 30, i * 13 % 3000};
     for (const int column : {0, 1}) {
-      table.Cell({at[0], at[1], at[2], column}, OmNumber(1));
+      table.Cell({column, at[0], at[1], at[2]}, OmNumber(1));
     }
     expected.insert(static_cast<unsigned long long>((at[2] * 3000L + at[1]) * 3000 + at[0]));
   }
@@ -177,6 +180,20 @@ TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {
     EXPECT_THROW(OmDisplayLayerHeading(table, true), OMSException);
     axis->erase(axis->end() - 1);
   }
+}
+
+TEST_F(Layout, ReadsATableThatGrewMeanwhileWithoutItsNewDimension) {
+  Add("a", 2, table.Rows());
+  OmDisplayLayerHeading layers(table, false);
+  Add("new", 3, table.Rows());
+  const OmDisplayRowHeading rows(layers, false, false);
+  const OmDisplayColumnHeading columns(layers, false);
+  EXPECT_EQ(rows.NRows(), 6U);
+  EXPECT_EQ(rows.Row(5).size(), rows.NColumns());
+  EXPECT_EQ(rows.Column(0).size(), 6U);
+  Subscripts subscripts;
+  rows.Fill(subscripts, 5);
+  EXPECT_EQ(subscripts, Subscripts{1});
 }
 
 TEST_F(Layout, KeepsItsLayerWhereASwitchFails) {

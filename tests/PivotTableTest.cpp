@@ -94,6 +94,7 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   expect("CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == 0",
          [&] { table.CopyDimensions(empty); });
   EXPECT_EQ(empty.Cell({}), nullptr);
+  EXPECT_THROW((void)table.Cell(none), OMSException);
 
   BackendSettings settings;
   settings.setMaxCells(2);
@@ -160,6 +161,9 @@ TEST(PointerVector, GrowsAsIfAppendedOneByOne) {
     EXPECT_EQ(FindNonZero(v, 0), v.size());
     return v.capacity();
   };
+  OmCellStore::Delete(nullptr, {});
+  EXPECT_EQ(OmCellStore::Lower(nullptr), nullptr);
+  EXPECT_THROW(OmPointerVector(&region).reserve(~0UL / 2), std::bad_alloc);
   EXPECT_EQ(room({0}), 4U);
   EXPECT_EQ(room({0, 5}), 8U);
   EXPECT_EQ(room({100, 3}), 101U);
