@@ -128,7 +128,7 @@ template <typename Store>
 void Register(const std::string& side) {
   const auto once = [](benchmark::internal::Benchmark* b) { b->Iterations(1); };
   const std::string name = "/" + side;
-  for (const long cells : {1000000L, 10000000L, 100000000L}) {
+  for (const long cells : {10000L, 1000000L, 10000000L, 100000000L}) {
     benchmark::RegisterBenchmark(("InOrder" + name).c_str(), InOrder<Store>)
         ->Arg(cells)
         ->Apply(once);
@@ -137,21 +137,23 @@ void Register(const std::string& side) {
         ->Apply(once);
   }
   if constexpr (requires(Store store, Subscripts at) { store.Erase(at); }) {
-    benchmark::RegisterBenchmark(("Delete" + name).c_str(), Delete<Store>)
-        ->Arg(1000000)
-        ->Apply(once);
+    for (const long cells : {10000L, 1000000L, 10000000L}) {
+      benchmark::RegisterBenchmark(("Delete" + name).c_str(), Delete<Store>)
+          ->Arg(cells)
+          ->Apply(once);
+    }
   }
   benchmark::RegisterBenchmark(("Cached" + name).c_str(), Cached<Store>)->Apply(once);
 }
 
 template <typename Store>
 void RegisterTree(const std::string& side) {
-  for (const long scale : {1L, 10L, 100L}) {
+  for (const long scale : {1L, 100L, 1000L, 10000L}) {
     benchmark::RegisterBenchmark(("Wide/" + side).c_str(), Wide<Store>)
-        ->Arg(10000 * scale)
+        ->Arg(100 * scale)
         ->Iterations(1);
     benchmark::RegisterBenchmark(("Deep/" + side).c_str(), Deep<Store>)
-        ->Arg(100000 * scale)
+        ->Arg(1000 * scale)
         ->Iterations(1);
   }
 }
