@@ -207,6 +207,10 @@ struct Stores : ExhaustionFixture {
   }
   void Verify() { VerifyStore(root, static_cast<unsigned long>(levels)); }
   void Raise() { root = OmCellStore::Raise(root, &region); }
+  void Widely() {
+    const OmPointerVector& wide = *root;
+    seen = Fields(*root->NearSlot(1) == nullptr, (*root)[1] == wide[1], wide.Marks() == nullptr);
+  }
 
   OmPointerVector* root = nullptr;
   int levels = 2;
@@ -215,7 +219,8 @@ struct Stores : ExhaustionFixture {
 TEST(Exhaustion, CellStore) {
   UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}),
             (f.Raise(), f.root = OmCellStore::Lower(f.root)), (f.Raise(), ++f.levels),
-            (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))));
+            (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))),
+            (f.root->reserve(3000), f.root->push_back(nullptr), f.Widely()));
 }
 
 struct Numbers : ExhaustionFixture {

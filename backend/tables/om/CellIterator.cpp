@@ -36,6 +36,10 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
       return nullptr;
     }
     my.vector = next;
+    if (level == 0) {
+      const PointerVector& above = *levels[1].vector;
+      PointerVector::AskForNext(above.begin() + levels[1].index, above.end());
+    }
     index = FindNonZero(*next, 0);
   }
   my.index = index;

@@ -65,6 +65,7 @@ unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) 
     return i;
   }
   while (i + kStep <= end && isZero(i)) {
+    __builtin_prefetch(elements + i + 128);
     i += kStep;
   }
   while (i < end && elements[i] == nullptr) {
@@ -107,38 +108,41 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
 // How many elements ahead memory is asked for, so that it comes while nearer ones are worked on.
 constexpr long kAhead = 96;
 
-// Asks for the elements of the vector at `slot`, if any, and for the vector behind it. Returns the
-// one at `slot` unless it is wide.
-const OmPointerVector* AskFor(void* const* slot, void* const* end) {
-  if (end - slot > 1) {
-    __builtin_prefetch(slot[1]);
-  }
-  if (slot == end || *slot == nullptr) {
-    return nullptr;
-  }
-  const auto* const v = static_cast<const OmPointerVector*>(*slot);
-  if (v->capacity() > OmPointerVector::kMostUnmarked) {
-    __builtin_prefetch(v->begin() - 8);
-    return nullptr;
-  }
-  for (long i = 0, n = std::min(kAhead, static_cast<long>(v->size())); i < n; i += 8) {
-    __builtin_prefetch(v->begin() + i);
-  }
-  return v;
+// Returns a vector without marks, or null for any other and for none.
+const OmPointerVector* Narrow(const void* element) noexcept {
+  const auto* const v = static_cast<const OmPointerVector*>(element);
+  return v != nullptr && v->capacity() <= OmPointerVector::kMostUnmarked ? v : nullptr;
 }
 
-// Deletes the cells in `v`, and asks for the first of those in `next`.
+// Whether the eight elements from `slot` on are null.
+bool AllNull(void* const* slot) noexcept {
+  unsigned long any = 0;
+  for (int k = 0; k != 8; ++k) {
+    any |= reinterpret_cast<unsigned long>(slot[k]);
+  }
+  return any == 0;
+}
+
+// Deletes the cells in `v`, and asks for the first of those in `next`, which may be null.
 void FreeCells(const OmPointerVector& v, const OmPointerVector* next) {
   const long nextSize = next != nullptr ? static_cast<long>(next->size()) : 0;
   ForStretches(v, v.Marks(), [&](void* const* slot, void* const* end) {
-    for (; slot != end; ++slot) {
-      const long behind = kAhead - (end - slot);
-      if (behind < 0) {
+    while (slot != end) {
+      const long left = end - slot;
+      if (left >= kAhead + 8) {
+        // Many are often null together.
+        __builtin_prefetch(slot + 2 * kAhead);
+        if (AllNull(slot) && AllNull(slot + kAhead)) {
+          slot += 8;
+          continue;
+        }
         __builtin_prefetch(slot[kAhead]);
-      } else if (behind < nextSize) {
-        __builtin_prefetch(next->begin()[behind]);
+      } else if (kAhead - left >= 0 && kAhead - left < nextSize) {
+        __builtin_prefetch(next->begin()[kAhead - left]);
+      } else if (left > kAhead) {
+        __builtin_prefetch(slot[kAhead]);
       }
-      delete static_cast<OmCellText*>(*slot);
+      delete static_cast<OmCellText*>(*slot++);
     }
   });
 }
@@ -189,6 +193,31 @@ void OmPointerVector::ReserveWide(unsigned long n) {
   first = block;
 }
 
+void OmPointerVector::AskForNext(void* const* slot, void* const* end) noexcept {
+  const auto vector = [slot, end](long i) {
+    return i < end - slot ? static_cast<const OmPointerVector*>(slot[i]) : nullptr;
+  };
+  __builtin_prefetch(vector(6));
+  if (const OmPointerVector* const v = vector(4); v != nullptr) {
+    // What stands in front of wide elements tells which of them to look at.
+    __builtin_prefetch(v->begin() - 8);
+    for (long i = 0, n = std::min(kAhead, static_cast<long>(v->size())); i < n; i += 8) {
+      __builtin_prefetch(v->begin() + i);
+    }
+  }
+  for (const long i : {2L, 1L}) {
+    const OmPointerVector* const v = vector(i);
+    const unsigned long* const marks = v != nullptr ? v->Marks() : nullptr;
+    if (marks != nullptr && *marks != 0) {
+      void* const* const stretch =
+          v->begin() + std::countr_zero(*marks) * static_cast<long>(kStretch);
+      for (long k = 0; k < static_cast<long>(kStretch); k += 8) {
+        __builtin_prefetch(stretch + k);
+      }
+    }
+  }
+}
+
 unsigned long FindNonZero(const OmPointerVector& v, unsigned long start) {
   const unsigned long size = v.size();
   const unsigned long* const marks = v.Marks();
@@ -226,7 +255,9 @@ void freeCellArray(OmPointerVector* v, int depth) {
       for (; slot != end; ++slot) {
         auto* const child = static_cast<OmPointerVector*>(*slot);
         if (child != nullptr && depth == 2) {
-          FreeCells(*child, AskFor(slot + 1, end));
+          const bool more = slot + 1 != end;
+          OmPointerVector::AskForNext(slot, end);
+          FreeCells(*child, more ? Narrow(slot[1]) : nullptr);
           delete child;
         } else {
           freeCellArray(child, depth - 1);

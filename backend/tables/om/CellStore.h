@@ -53,6 +53,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // Returns the marks, a bit a stretch, or null where there are none: then anything may be stored
   // anywhere.
   [[nodiscard]] const unsigned long* Marks() const noexcept;
+  // Asks for the memory of the vectors behind the one at `slot`, which come next in a walk.
+  OM_PRIVATE static void AskForNext(void* const* slot, void* const* end) noexcept;
 
  private:
   [[nodiscard]] unsigned long* WideMarks() const noexcept;
