@@ -128,7 +128,7 @@ template <typename Store>
 void Register(const std::string& side) {
   const auto once = [](benchmark::internal::Benchmark* b) { b->Iterations(1); };
   const std::string name = "/" + side;
-  for (const long cells : {10000L, 1000000L, 10000000L, 100000000L}) {
+  for (const long cells : {10000L, 100000L, 1000000L, 10000000L}) {
     benchmark::RegisterBenchmark(("InOrder" + name).c_str(), InOrder<Store>)
         ->Arg(cells)
         ->Apply(once);
@@ -137,7 +137,7 @@ void Register(const std::string& side) {
         ->Apply(once);
   }
   if constexpr (requires(Store store, Subscripts at) { store.Erase(at); }) {
-    for (const long cells : {10000L, 1000000L, 10000000L}) {
+    for (const long cells : {10000L, 100000L, 1000000L, 10000000L}) {
       benchmark::RegisterBenchmark(("Delete" + name).c_str(), Delete<Store>)
           ->Arg(cells)
           ->Apply(once);
@@ -148,7 +148,7 @@ void Register(const std::string& side) {
 
 template <typename Store>
 void RegisterTree(const std::string& side) {
-  for (const long scale : {1L, 100L, 1000L, 10000L}) {
+  for (const long scale : {1L, 10L, 100L, 1000L}) {
     benchmark::RegisterBenchmark(("Wide/" + side).c_str(), Wide<Store>)
         ->Arg(100 * scale)
         ->Iterations(1);
