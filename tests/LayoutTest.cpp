@@ -182,18 +182,43 @@ TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {
   }
 }
 
+TEST_F(Layout, AsksForWhatIsHiddenWithTheLabels) {
+  OmDimension* const inner = Add("inner", 600, table.Rows());
+  OmDimension* const outer = Add("outer", 2, table.Rows());
+  OmDisplayLayerHeading layers(table, false);
+  const OmDisplayRowHeading rows(layers, false, false);
+  for (const bool hide : {false, true, false}) {
+    inner->Root()[1]->Hide(hide);
+    inner->Root()[599]->Hide(hide);
+    outer->Root()[0]->Hide(hide);
+    outer->Root()->HideLabels(hide);
+    for (const int r : {0, 1, 2, 599, 600, 1199}) {
+      for (int c = 0; c != 4; ++c) {
+        EXPECT_EQ(rows.Row(r)[static_cast<unsigned long>(c)],
+                  rows.Column(c)[static_cast<unsigned long>(r)]);
+      }
+    }
+  }
+}
+
 TEST_F(Layout, ReadsATableThatGrewMeanwhileWithoutItsNewDimension) {
   Add("a", 2, table.Rows());
   OmDisplayLayerHeading layers(table, false);
   Add("new", 3, table.Rows());
-  const OmDisplayRowHeading rows(layers, false, false);
-  const OmDisplayColumnHeading columns(layers, false);
-  EXPECT_EQ(rows.NRows(), 6U);
-  EXPECT_EQ(rows.Row(5).size(), rows.NColumns());
-  EXPECT_EQ(rows.Column(0).size(), 6U);
-  Subscripts subscripts;
-  rows.Fill(subscripts, 5);
-  EXPECT_EQ(subscripts, Subscripts{1});
+  for (const bool corner : {false, true}) {
+    const OmDisplayRowHeading rows(layers, false, corner);
+    EXPECT_EQ(rows.NRows(), 6U);
+    const auto outermost = table.Rows()[1] == 1 ? 1 : 3;  // rows of one category of a
+    for (int r = 0; r != 6; ++r) {
+      EXPECT_EQ(rows.Row(r).back(),
+                rows.Column(static_cast<int>(rows.NColumns()) - 1)[static_cast<unsigned long>(r)]);
+      Subscripts subscripts;
+      rows.Fill(subscripts, r);
+      EXPECT_EQ(subscripts, Subscripts{r / outermost % 2});
+    }
+    EXPECT_THROW(OmDisplayRowHeading(layers, true, corner), OMSException);
+    std::swap(table.Rows()[0], table.Rows()[1]);
+  }
 }
 
 TEST_F(Layout, KeepsItsLayerWhereASwitchFails) {
@@ -238,6 +263,8 @@ TEST(MultiBase, KeepsItsEdges) {
   Subscripts out{7, 7, 7, 7};
   projector.Spread(Digits{1, 2, 9}, out);
   EXPECT_EQ(out, (Subscripts{2, 7, 7, 1}));
+  PuppetVector<short> none(-1);
+  EXPECT_THROW(none[~0UL] = 0, std::length_error);
 }
 
 }  // namespace

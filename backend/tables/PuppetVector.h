@@ -30,7 +30,8 @@ class PuppetVector {
   // Returns the value at `i`, after appending the default until there is one.
   T& operator[](unsigned long i) {
     if (i >= values.size()) {
-      values.insert(values.end(), i - values.size() + 1, value);
+      values.insert(values.end(), i - values.size(), value);
+      values.push_back(value);
     }
     return values[i];
   }

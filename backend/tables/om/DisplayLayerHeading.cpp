@@ -172,6 +172,7 @@ void OmDisplayLayerHeading::Data::FindVisibleLevels(const Places& places,
     const DigitReader digitOf(calc, k++);
     OmDimHeader* const header = Header(d);
     if (header == nullptr) {
+      out.push_back(0);  // the table has grown since; the entries stay those of the axis
       continue;
     }
     if (places.empty()) {

@@ -12,6 +12,7 @@
 #include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/DisplayLayerHeadingData.h"
+#include "backend/tables/om/Exception.h"
 #include "backend/tables/om/PivotTable.h"
 #include "backend/tables/om/PivotTableData.h"
 
@@ -275,6 +276,12 @@ const OmPointerVector* OmDisplayLayerHeading::Store(const OmPivotTable& table) n
 void OmDisplayLayerHeading::Data::FindNonEmptyHeaders(const PuppetVector<short>& headDims,
                                                       const PuppetVector<short>& otherDims,
                                                       Places& out) {
+  if (headers.size() != table->NDimensions()) {
+    // Dimensions were added since: the store has a level for each, and no header.
+    throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()",
+                       static_cast<double>(headers.size()),
+                       static_cast<double>(table->NDimensions()));
+  }
   if (isSparse) {
     FindNonEmptyHeadersSparse(headDims, otherDims, out);
   } else {

@@ -158,22 +158,50 @@ bool OmDisplayRowHeading::Data::CollectCornerLabels() {
   return found;
 }
 
-// Returns the labels of the categories of a block of the innermost dimension.
-ConstNode* const* OmDisplayRowHeading::Data::InnerLabels(std::deque<Path>& paths,
-                                                         unsigned long block) {
-  innerLabels.resize(paths.size() / kBlock + 1);
-  std::vector<ConstNode*>& labels = innerLabels[block];
-  if (labels.empty()) {
-    std::vector<ConstNode*> made;
-    const unsigned long end = std::min((block + 1) * kBlock, paths.size());
-    made.reserve((end - block * kBlock) * levelsPerDim.back());
-    for (unsigned long p = block * kBlock; p != end; ++p) {
-      ForEachLabel(paths[p], levelsPerDim.back(), dimNamesInCorner,
-                   [&](ConstNode* node) { made.push_back(node); });
-    }
-    labels.swap(made);
+namespace {
+
+// Never what FlagsOf gives for a path of few nodes.
+constexpr unsigned long kManyNodes = ~0UL;
+
+// Returns the flags of a path's nodes, or where they are too many for that, kManyNodes.
+inline unsigned long FlagsOf(const Path& path) noexcept {
+  if (path.size() > 20) {
+    return kManyNodes;
   }
-  return labels.data();
+  unsigned long flags = 0;
+  for (const ConstNode& node : path) {
+    flags = flags << 3 | node->Flags();
+  }
+  return flags;
+}
+
+}  // namespace
+
+OmDisplayRowHeading::Data::Listed::Listed(Path* path_) noexcept
+    : path(path_), flags(FlagsOf(*path_)) {}
+
+bool OmDisplayRowHeading::Data::Listed::IsStale() const noexcept {
+  return flags == kManyNodes || FlagsOf(*path) != flags;
+}
+
+// Returns a block of categories of the innermost dimension.
+OmDisplayRowHeading::Data::Block& OmDisplayRowHeading::Data::InnerBlock(std::deque<Path>& paths,
+                                                                        unsigned long block) {
+  innerBlocks.resize(paths.size() / kBlock + 1);
+  Block& kept = innerBlocks[block];
+  if (kept.categories.empty()) {
+    Block made;
+    const unsigned long end = std::min((block + 1) * kBlock, paths.size());
+    made.categories.reserve(end - block * kBlock);
+    made.labels.reserve((end - block * kBlock) * levelsPerDim.back());
+    for (unsigned long p = block * kBlock; p != end; ++p) {
+      made.categories.emplace_back(&paths[p]);
+      ForEachLabel(paths[p], levelsPerDim.back(), dimNamesInCorner,
+                   [&](ConstNode* node) { made.labels.push_back(node); });
+    }
+    kept = std::move(made);
+  }
+  return kept;
 }
 
 // Makes `shown` the run that `place` is in.
@@ -182,8 +210,11 @@ void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
   const unsigned long dims = levelsPerDim.size();
   shown.length = 0;
   shown.row.clear();
+  shown.outer.clear();
+  shown.categories = nullptr;
   for (unsigned long k = 0; k + 1 < dims; ++k) {
     if (Path* const path = PathAt(k, digits[k]); path != nullptr) {
+      shown.outer.emplace_back(path);
       ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
                    [&](ConstNode* node) { shown.row.push_back(node); });
     } else {
@@ -209,13 +240,29 @@ void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
   if (dims != 1) {
     end = std::min<unsigned long>(end, LayerData::DigitReader(placeCalculator, dims - 1).Base());
   }
-  shown.labels = InnerLabels(paths, digit / kBlock);
+  Block& block = InnerBlock(paths, digit / kBlock);
+  Listed& category = block.categories[digit % kBlock];
+  if (category.IsStale()) {
+    ConstNode** label = block.labels.data() + digit % kBlock * levelsPerDim.back();
+    ForEachLabel(*category.path, levelsPerDim.back(), dimNamesInCorner,
+                 [&](ConstNode* node) { *label++ = node; });
+    category = Listed(category.path);
+  }
+  shown.labels = block.labels.data();
+  shown.categories = block.categories.data();
   shown.first = place - digit % kBlock;
   shown.length = std::min(kBlock, end - digit / kBlock * kBlock);
 }
 
+// Tells whether what is kept of a place of the run is no longer what its nodes say.
+bool OmDisplayRowHeading::Data::IsStale(unsigned long long place) const noexcept {
+  return (shown.categories != nullptr && shown.categories[place - shown.first].IsStale()) ||
+         std::any_of(shown.outer.begin(), shown.outer.end(),
+                     [](const Listed& listed) { return listed.IsStale(); });
+}
+
 OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place) {
-  if (place - shown.first >= shown.length) {
+  if (place - shown.first >= shown.length || IsStale(place)) {
     EnterRun(place);
   }
   const auto i = static_cast<long>(place - shown.first);

@@ -57,19 +57,36 @@ struct OmDisplayRowHeading::Data {
   unsigned int headingWidth = 0;                   // sum of levelsPerDim
 
  private:
+  // A path whose labels are kept, and what the flags of its nodes were when they were listed. What
+  // is hidden may change while the heading lives.
+  struct Listed {
+    explicit Listed(Path* path_) noexcept;
+    [[nodiscard]] bool IsStale() const noexcept;
+
+    Path* path;
+    unsigned long flags;
+  };
+  // The labels of some categories of the innermost dimension, levelsPerDim of each.
+  struct Block {
+    std::vector<ConstNode*> labels;
+    std::vector<Listed> categories;
+  };
   // Rows that differ in the innermost dimension only follow each other, as a rule; so what they
   // share is kept. A place is in the run where place - first < length.
   struct Run {
     unsigned long long first = 0;
     unsigned long long length = 0;
     ConstNode* const* labels = nullptr;  // of the innermost dimension, place by place
+    Listed* categories = nullptr;        // theirs, null where no leaf stands
     ConstNode** begin = nullptr;         // of `row`
     ConstNode** innerBegin = nullptr;    // of those of the innermost dimension there
     ConstNode** end = nullptr;
     std::vector<ConstNode*> row;  // the row asked for last
+    std::vector<Listed> outer;    // of the other dimensions, those with a leaf
   };
 
-  [[nodiscard]] ConstNode* const* InnerLabels(std::deque<Path>& paths, unsigned long block);
+  [[nodiscard]] Block& InnerBlock(std::deque<Path>& paths, unsigned long block);
+  [[nodiscard]] bool IsStale(unsigned long long place) const noexcept;
   void EnterRun(unsigned long long place);
   [[nodiscard]] LayerData& Layer() const noexcept;
   // Returns the path of category `digit` of axis dimension `k`, or null.
@@ -79,9 +96,7 @@ struct OmDisplayRowHeading::Data {
   void ForEachPath(unsigned long long place, Visit visit) const;
 
   Run shown;
-  // By block of categories of the innermost dimension, their labels, once a row of theirs was asked
-  // for.
-  std::vector<std::vector<ConstNode*>> innerLabels;
+  std::vector<Block> innerBlocks;  // each filled once a row of it was asked for
 };
 
 #endif

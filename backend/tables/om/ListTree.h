@@ -3,7 +3,8 @@
 // The entries stand in document order, each with its level; the subtree of an entry is the run of
 // deeper entries right behind it. Every operation is a scan forward over that run and costs time in
 // proportion to it, nothing is indexed. The values are opaque: the tree neither copies what they
-// point to nor deletes it. Nothing checks its arguments in a release build.
+// point to nor deletes it; a value is default-constructible and assignable. Nothing checks its
+// arguments in a release build.
 
 #ifndef BACKEND_TABLES_OM_LISTTREE_H
 #define BACKEND_TABLES_OM_LISTTREE_H
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <iterator>
 #include <list>
+#include <new>
 
 #include "backend/tables/om/Assert.h"
 
@@ -59,8 +61,16 @@ class ListTree {
   [[nodiscard]] static iterator Place(const Node& n) { return n.iter; }
 
  private:
+  // Entries to come, made several at a time. No copy takes them along.
+  struct Spare {
+    Spare() = default;
+    Spare(const Spare&) {}
+    Spare& operator=(const Spare&) { return *this; }
+    std::list<ListTreeData<T>> entries;
+  };
+
   std::list<ListTreeData<T>> list;
-  std::list<ListTreeData<T>> spare;  // entries to come, made several at a time
+  Spare spare;
 };
 
 // A cursor on an entry, or on the end of the list.
@@ -176,12 +186,18 @@ typename ListTree<T>::Node& ListTree<T>::Node::operator++() {
 template <typename T>
 typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
   CheckEntry("ListTree::Node::Child");
-  std::list<ListTreeData<T>>& unused = tree->spare;
+  std::list<ListTreeData<T>>& unused = tree->spare.entries;
   const ListTreeData<T> made(level + 1, value);
   if (unused.empty()) {
     // Scans over a long list wait for memory, and least where entries lie side by side: made one by
     // one, each would lie behind the item that it is made for.
-    unused.resize(std::min<unsigned long>(tree->list.size() / 8 + 1, 512), ListTreeData<T>(0, T()));
+    const unsigned long several = std::min<unsigned long>(tree->list.size() / 8, 511);
+    unused.push_back(made);
+    try {
+      unused.resize(several + 1, ListTreeData<T>(0, T()));
+    } catch (const std::bad_alloc&) {
+      // One is enough.
+    }
   }
   const iterator entry = unused.begin();
   *entry = made;
