@@ -69,9 +69,9 @@ class OM_API OmDimensionNode {
   void Hide(bool value) noexcept { hide = value; }
   [[nodiscard]] bool HideLabels() const noexcept { return hideLabels; }
   void HideLabels(bool value) noexcept { hideLabels = value; }
-  // The three flags at once: 1 for a group, 2 where hidden, 4 where labels are.
-  [[nodiscard]] unsigned int Flags() const noexcept {
-    return (group ? 1U : 0U) | (hide ? 2U : 0U) | (hideLabels ? 4U : 0U);
+  // What is hidden, in one look: 1 for Hide(), 256 for HideLabels().
+  [[nodiscard]] unsigned int Hidden() const noexcept {
+    return static_cast<unsigned int>(hide) | static_cast<unsigned int>(hideLabels) << 8;
   }
   // 0 ascending, 1 descending, 2 not sorted.
   [[nodiscard]] int SortOrder() const noexcept { return sortOrder; }

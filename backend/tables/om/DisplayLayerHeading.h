@@ -30,8 +30,8 @@ class OmPointerVector;
 // dimension 0 of the heading is the axis's last.
 //
 // The table and its dimensions must not change while the heading lives, except for what is hidden.
-// The headings built from it have to go first. Nodes that are handed out live as long as the layer heading. One thread at a
-// time uses a table and its headings, for const operations too.
+// The headings built from it have to go first. Nodes that are handed out live as long as the layer
+// heading. One thread at a time uses a table and its headings, for const operations too.
 class OM_API OmDisplayLayerHeading {
  public:
   using ConstNode = OmVectorTree<OmDimensionNode>::ConstNode;

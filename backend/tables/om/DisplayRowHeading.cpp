@@ -160,28 +160,26 @@ bool OmDisplayRowHeading::Data::CollectCornerLabels() {
 
 namespace {
 
-// Never what FlagsOf gives for a path of few nodes.
-constexpr unsigned long kManyNodes = ~0UL;
+// For a path of more nodes than a mark holds.
+constexpr unsigned int kManyNodes = ~0U;
 
-// Returns the flags of a path's nodes, or where they are too many for that, kManyNodes.
-inline unsigned long FlagsOf(const Path& path) noexcept {
-  if (path.size() > 20) {
-    return kManyNodes;
-  }
-  unsigned long flags = 0;
+// Returns a mark that differs where something else is hidden on a path: a bit for each of its
+// nodes, eight at most, and eight above it one for its labels.
+inline unsigned int HiddenOn(const Path& path) noexcept {
+  unsigned int mark = 0;
   for (const ConstNode& node : path) {
-    flags = flags << 3 | node->Flags();
+    mark = mark << 1 | node->Hidden();
   }
-  return flags;
+  return mark;
 }
 
 }  // namespace
 
 OmDisplayRowHeading::Data::Listed::Listed(Path* path_) noexcept
-    : path(path_), flags(FlagsOf(*path_)) {}
+    : path(path_), hidden(path_->size() > 8 ? kManyNodes : HiddenOn(*path_)) {}
 
-bool OmDisplayRowHeading::Data::Listed::IsStale() const noexcept {
-  return flags == kManyNodes || FlagsOf(*path) != flags;
+inline bool OmDisplayRowHeading::Data::Listed::IsStale() const noexcept {
+  return hidden == kManyNodes || HiddenOn(*path) != hidden;
 }
 
 // Returns a block of categories of the innermost dimension.
@@ -255,7 +253,7 @@ void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
 }
 
 // Tells whether what is kept of a place of the run is no longer what its nodes say.
-bool OmDisplayRowHeading::Data::IsStale(unsigned long long place) const noexcept {
+inline bool OmDisplayRowHeading::Data::IsStale(unsigned long long place) const noexcept {
   return (shown.categories != nullptr && shown.categories[place - shown.first].IsStale()) ||
          std::any_of(shown.outer.begin(), shown.outer.end(),
                      [](const Listed& listed) { return listed.IsStale(); });

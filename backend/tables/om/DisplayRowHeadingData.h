@@ -57,14 +57,14 @@ struct OmDisplayRowHeading::Data {
   unsigned int headingWidth = 0;                   // sum of levelsPerDim
 
  private:
-  // A path whose labels are kept, and what the flags of its nodes were when they were listed. What
-  // is hidden may change while the heading lives.
+  // A path whose labels are kept, and what was hidden on it when they were listed, which may change
+  // while the heading lives.
   struct Listed {
     explicit Listed(Path* path_) noexcept;
     [[nodiscard]] bool IsStale() const noexcept;
 
     Path* path;
-    unsigned long flags;
+    unsigned int hidden;
   };
   // The labels of some categories of the innermost dimension, levelsPerDim of each.
   struct Block {
