@@ -4,6 +4,7 @@
 #ifndef BACKEND_TABLES_PUPPETVECTOR_H
 #define BACKEND_TABLES_PUPPETVECTOR_H
 
+#include <stdexcept>
 #include <vector>
 
 // Reading beyond the end gives the default; writing beyond the end fills up with it. Copies and
@@ -30,8 +31,10 @@ class PuppetVector {
   // Returns the value at `i`, after appending the default until there is one.
   T& operator[](unsigned long i) {
     if (i >= values.size()) {
-      values.insert(values.end(), i - values.size(), value);
-      values.push_back(value);
+      if (i >= values.max_size()) {
+        throw std::length_error("PuppetVector");
+      }
+      values.insert(values.end(), i - values.size() + 1, value);
     }
     return values[i];
   }
