@@ -515,11 +515,21 @@ bool OmMemoryRegion::ExtendChunk() noexcept {
   return true;
 }
 
-// Begins a span, pages as many as all chunks are, which cost nothing before they are reached. The
-// chunk is extended in it from then on.
+// Begins a span, pages as many as all chunks are, which cost nothing before they are reached, or
+// fewer where the system has not that many. The chunk is extended in it from then on.
 void OmMemoryRegion::AddSpan() {
-  const unsigned long bytes = std::clamp(RoundUp(chunkBytes, kHugePage), kFirstSpan, kLastSpan);
-  char* const pages = static_cast<char*>(TakePages(bytes + kHugePage));
+  unsigned long bytes = std::clamp(RoundUp(chunkBytes, kHugePage), kFirstSpan, kLastSpan);
+  char* pages = nullptr;
+  while (pages == nullptr) {
+    try {
+      pages = static_cast<char*>(TakePages(bytes + kHugePage));
+    } catch (const std::bad_alloc&) {
+      if (bytes == kFirstSpan) {
+        throw;
+      }
+      bytes = std::max(RoundUp(bytes / 2, kHugePage), kFirstSpan);
+    }
+  }
   const unsigned long before = -reinterpret_cast<unsigned long>(pages) % kHugePage;
   char* const start = pages + before;
   if (before != 0) {

@@ -74,8 +74,10 @@ void OmPivotTable::Iterator::Data::LookFurther() noexcept {
   }
   __builtin_prefetch(vector(aheadIndex + 2));
   if (const PointerVector* const next = vector(aheadIndex + 1); next != nullptr) {
-    for (long i = 0; i < 512; i += 64) {
-      __builtin_prefetch(reinterpret_cast<const char*>(next->begin()) + i);
+    // An address, because there may be no room.
+    const auto elements = reinterpret_cast<unsigned long>(next->begin());
+    for (unsigned long i = 0; i < 512; i += 64) {
+      __builtin_prefetch(reinterpret_cast<const void*>(elements + i));
     }
   }
 }

@@ -95,7 +95,7 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
 // the root.
 [[gnu::noinline]] void Prune(OmPointerVector* root, const std::vector<int>& subscripts) {
   for (unsigned long k = 1; k != subscripts.size(); ++k) {
-    void*& slot = VectorOf(root, subscripts, k)->begin()[subscripts[k]];
+    void*& slot = (*VectorOf(root, subscripts, k))[static_cast<unsigned long>(subscripts[k])];
     auto* const child = static_cast<OmPointerVector*>(slot);
     if (!HoldsNothing(*child)) {
       return;
@@ -200,7 +200,8 @@ void OmPointerVector::AskForNext(void* const* slot, void* const* end) noexcept {
   __builtin_prefetch(vector(6));
   if (const OmPointerVector* const v = vector(4); v != nullptr) {
     // What stands in front of wide elements tells which of them to look at.
-    __builtin_prefetch(v->begin() - 8);
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<unsigned long>(v->begin()) -
+                                                     8 * sizeof(void*)));
     for (long i = 0, n = std::min(kAhead, static_cast<long>(v->size())); i < n; i += 8) {
       __builtin_prefetch(v->begin() + i);
     }
@@ -299,7 +300,7 @@ void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscrip
   if (v == nullptr || s >= v->size()) {
     return;
   }
-  void*& slot = v->begin()[s];
+  void*& slot = (*v)[s];
   delete static_cast<OmCellText*>(slot);
   slot = nullptr;
   if (HoldsNothing(*v)) {

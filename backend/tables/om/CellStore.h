@@ -23,8 +23,8 @@ class OmCellText;
 // A vector with room for more than kMostUnmarked elements takes pages that nobody has touched,
 // where the region has such, and marks the stretches of kStretch elements in which anything was
 // stored. The other stretches hold nulls and cost no memory; searches and growth pass over them.
-// What hands out an element for writing marks its stretch: this class has its own of those members
-// of OmVector, and does without the ones that move elements.
+// What hands out an element for writing marks its stretch: operator[] and push_back() are this
+// class's own, the iterators and back() are for reading, and what moves elements is left out.
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) : OmVector<void*>(region_) {}
@@ -41,6 +41,9 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   [[nodiscard]] void* const& operator[](unsigned long i) const;
   void reserve(unsigned long n);
   void** push_back(void* value);
+  [[nodiscard]] void* const* begin() const noexcept { return first; }
+  [[nodiscard]] void* const* end() const noexcept { return last; }
+  [[nodiscard]] void* const& back() const { return (*this)[size() - 1]; }
   template <typename... Args>
   void insert(Args...) = delete;
   template <typename... Args>

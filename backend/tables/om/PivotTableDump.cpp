@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/CellIterator.h"
@@ -54,6 +55,7 @@ void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned lo
   OM_HARDEN(v != nullptr, "OmPivotTable::PrintCells");
   std::cout << static_cast<void*>(v) << std::endl;
   for (unsigned long i = 0; i < v->size(); ++i) {
-    PrintCells(static_cast<PointerVector*>((*v)[i]), depth + 1, i);
+    // Read as a constant, since to be written to would mark a slot as used.
+    PrintCells(static_cast<PointerVector*>(std::as_const(*v)[i]), depth + 1, i);
   }
 }
