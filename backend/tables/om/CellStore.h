@@ -40,6 +40,7 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   [[nodiscard]] void*& operator[](unsigned long i);
   [[nodiscard]] void* const& operator[](unsigned long i) const;
   void reserve(unsigned long n);
+  // Appends an element and returns its slot.
   void** push_back(void* value);
   [[nodiscard]] void* const* begin() const noexcept { return first; }
   [[nodiscard]] void* const* end() const noexcept { return last; }
