@@ -21,24 +21,29 @@ class Bare : public Store {
 // A region with a store in it, as a table holds them, and nothing else of a table.
 class BareStore {
  public:
-  BareStore() = default;
+  BareStore() : region(false) {}
   BareStore(const BareStore&) = delete;
   BareStore& operator=(const BareStore&) = delete;
   ~BareStore() {
     region.WorkingRelease(false);
-    freeCellArray(root, static_cast<int>(kSizes.size()));
+    if (!cellsGo) {
+      freeCellArray(root, static_cast<int>(kSizes.size()));
+    }
   }
   void Set(const Subscripts& at, double value) {
     void** slot = OmCellStore::NearSlot(root, at);
     if (slot == nullptr) {
       slot = &OmCellStore::Slot(root, at, &region);
     }
-    *slot = OmNumber(value).Clone(&region);
+    OmCellText* const copy = OmNumber(value).Clone(&region);
+    *slot = copy;
+    cellsGo = cellsGo && OmCellStore::GoesWith(*copy, &region);
   }
 
  private:
-  OmMemoryRegion region{false};
+  OmMemoryRegion region;
   OmPointerVector* root = nullptr;
+  bool cellsGo = OmCellStore::kCellsGo;
 };
 
 class WholeTable {

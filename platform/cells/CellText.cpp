@@ -113,7 +113,8 @@ const OmCellMetaData& OmCellText::getMeta() const {
 void OmCellText::setMeta(const OmCellMetaData& meta) {
   auto* const old = hasMeta() ? reinterpret_cast<OmCellMetaData*>(home) : nullptr;
   OmMemoryRegion* const region =
-      old != nullptr ? old->Region() : reinterpret_cast<OmMemoryRegion*>(home & ~kNoMeta);
+      old != nullptr ? old->Region()
+                     : reinterpret_cast<OmMemoryRegion*>(home & ~(kNoMeta | kWhole));
   // Copied before the old one goes: it may be `meta`.
   home = reinterpret_cast<unsigned long>(NewMeta(meta, region));
   if (old != nullptr) {

@@ -81,6 +81,13 @@ class OM_PLATFORM_API OmCellText {
   // fails, the old metadata stays.
   void setMeta(const OmCellMetaData& meta);
 
+  // Whether all that the text holds is in `region`, so that it may go with the region as it stands,
+  // without its end. True of what the kinds here clone, as long as it has no metadata; metadata
+  // that it gets later changes nothing, because that lives in the region too.
+  [[nodiscard]] bool GoesWith(const OmMemoryRegion* region) const noexcept {
+    return home == (reinterpret_cast<unsigned long>(region) | kNoMeta | kWhole);
+  }
+
  protected:
   // What the order of texts goes by, most significant first.
   struct Key {
@@ -101,6 +108,12 @@ class OM_PLATFORM_API OmCellText {
     }
   }
 
+  // Tells of a copy that a kind has just made for itself that it holds nothing but its own block.
+  [[nodiscard]] static OmCellText* Whole(OmCellText* copy) noexcept {
+    copy->home |= (copy->home & kNoMeta) * kWhole;
+    return copy;
+  }
+
   // Makes an object with `trailing` bytes behind it, in the same block.
   static void* operator new(unsigned long size, OmMemoryRegion* region, unsigned long trailing);
   static void operator delete(void* block, OmMemoryRegion* region, unsigned long trailing) noexcept;
@@ -110,14 +123,16 @@ class OM_PLATFORM_API OmCellText {
   [[nodiscard]] virtual Key OrderKey(std::string& composed) const;
 
  private:
-  // Marks `home` as a region, which is aligned to more than one byte.
+  // Mark `home` as a region, which is aligned to more than these, and as the region that everything
+  // is in.
   static constexpr unsigned long kNoMeta = 1;
+  static constexpr unsigned long kWhole = 2;
 
   void CopyMeta(const OmCellText& other, OmMemoryRegion* region);
   static void DropMeta(unsigned long meta) noexcept;
 
   icuTracker* tracker = nullptr;  // not owned
-  // The metadata or, with the lowest bit set, the region that it would live in: a text without
+  // The metadata or, with kNoMeta, the region that it would live in: a text without
   // metadata has no other use for the word.
   unsigned long home;
 };

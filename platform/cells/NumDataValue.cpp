@@ -15,7 +15,7 @@ OmNumDataValue::OmNumDataValue(const OmNumDataValue& other, OmMemoryRegion* regi
 OmNumDataValue::~OmNumDataValue() = default;
 
 OmCellText* OmNumDataValue::Clone(OmMemoryRegion* region) const {
-  return new (region, chars.Size()) OmNumDataValue(*this, region);
+  return Whole(new (region, chars.Size()) OmNumDataValue(*this, region));
 }
 
 unsigned long OmNumDataValue::Kind() const noexcept {

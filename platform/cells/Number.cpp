@@ -12,7 +12,7 @@ OmCellText* OmNumber::Clone(OmMemoryRegion* region) const {
   if (hasMeta()) {
     return CloneWithMeta(region);
   }
-  return new (region) OmNumber(value, format, region);
+  return Whole(new (region) OmNumber(value, format, region));
 }
 
 // Apart from the other, which needs no clean-up because it cannot fail half-way.

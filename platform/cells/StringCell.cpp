@@ -9,7 +9,7 @@ OmStringCell::OmStringCell(const OmStringCell& other, OmMemoryRegion* region)
 OmStringCell::~OmStringCell() = default;
 
 OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
-  return new (region, chars.Size()) OmStringCell(*this, region);
+  return Whole(new (region, chars.Size()) OmStringCell(*this, region));
 }
 
 unsigned long OmStringCell::Kind() const noexcept {

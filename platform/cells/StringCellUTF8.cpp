@@ -9,7 +9,7 @@ OmStringCellUTF8::OmStringCellUTF8(const OmStringCellUTF8& other, OmMemoryRegion
 OmStringCellUTF8::~OmStringCellUTF8() = default;
 
 OmCellText* OmStringCellUTF8::Clone(OmMemoryRegion* region) const {
-  return new (region, chars.Size()) OmStringCellUTF8(*this, region);
+  return Whole(new (region, chars.Size()) OmStringCellUTF8(*this, region));
 }
 
 unsigned long OmStringCellUTF8::Kind() const noexcept {

@@ -10,7 +10,7 @@ OmStringDataValue::OmStringDataValue(const OmStringDataValue& other, OmMemoryReg
 OmStringDataValue::~OmStringDataValue() = default;
 
 OmCellText* OmStringDataValue::Clone(OmMemoryRegion* region) const {
-  return new (region, chars.Size()) OmStringDataValue(*this, region);
+  return Whole(new (region, chars.Size()) OmStringDataValue(*this, region));
 }
 
 unsigned long OmStringDataValue::Kind() const noexcept {

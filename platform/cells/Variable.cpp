@@ -9,7 +9,7 @@ OmVariable::OmVariable(const OmVariable& other, OmMemoryRegion* region)
 OmVariable::~OmVariable() = default;
 
 OmCellText* OmVariable::Clone(OmMemoryRegion* region) const {
-  return new (region, chars.Size()) OmVariable(*this, region);
+  return Whole(new (region, chars.Size()) OmVariable(*this, region));
 }
 
 unsigned long OmVariable::Kind() const noexcept {

@@ -100,6 +100,7 @@ constexpr unsigned int kLargeClass = 0x7fff;
 constexpr unsigned int kZeroedClass = 0x7ffe;
 constexpr unsigned int kMappedClass = 0x7ffd;
 constexpr unsigned long kFirstChunk = 1024;
+constexpr unsigned long kSecondChunk = 3072;
 constexpr unsigned long kLastDoubling = 64UL << 10;
 constexpr unsigned long kPage = 4096;
 constexpr unsigned long kHugePage = 2UL << 20;
@@ -468,14 +469,17 @@ inline void* OmMemoryRegion::Carve(unsigned int sizeClass) noexcept {
   return block;
 }
 
-// Takes as much again as all chunks are, or what one block needs where that is more. Where that is
-// a lot, goes on in a span.
+// Takes as much again as all chunks are, three times that at the second, or what one block needs
+// where that is more. Where that is a lot, goes on in a span.
 void OmMemoryRegion::AddChunk(unsigned long stride) {
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;
   if (ExtendChunk()) {
     return;
   }
   unsigned long usual = std::max(kFirstChunk, std::bit_floor(chunkBytes));
+  if (chunkBytes == kFirstChunk) {
+    usual = kSecondChunk;
+  }
   if (usual > kLastDoubling) {
     if (!kChunksOnly) {
       AddSpan();

@@ -276,19 +276,17 @@ void*& OmCellStore::Slot(OmPointerVector*& root, const std::vector<int>& subscri
     root = new (region) OmPointerVector(region);
   }
   OmPointerVector* v = root;
-  for (unsigned long k = subscripts.size() - 1; k > 0; --k) {
-    const auto s = static_cast<unsigned long>(subscripts[k]);
-    v->GrowTo(s);
-    void* child = v->begin()[s];
-    if (child == nullptr) {
-      child = new (region) OmPointerVector(region);
-      (*v)[s] = child;
+  const int* const first = subscripts.data();
+  for (const int* s = first + subscripts.size();;) {
+    void*& slot = v->MakeSlot(*--s);
+    if (s == first) {
+      return slot;
     }
-    v = static_cast<OmPointerVector*>(child);
+    if (slot == nullptr) {
+      slot = new (region) OmPointerVector(region);
+    }
+    v = static_cast<OmPointerVector*>(slot);
   }
-  const auto s = static_cast<unsigned long>(subscripts[0]);
-  v->GrowTo(s);
-  return (*v)[s];
 }
 
 void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts) {

@@ -61,6 +61,10 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   OM_PRIVATE static void AskForNext(void* const* slot, void* const* end) noexcept;
 
  private:
+  friend class OmCellStore;
+
+  // As GrowTo, and returns the slot, marked. `s` is not negative.
+  [[nodiscard]] void*& MakeSlot(int s);
   [[nodiscard]] unsigned long* WideMarks() const noexcept;
   void Mark(void* const* slot) noexcept;
   void MarkWide(void* const* slot) noexcept;
@@ -102,6 +106,25 @@ inline void** OmPointerVector::NearSlot(int s) noexcept {
   }
   Mark(slot);
   return slot;
+}
+
+inline void*& OmPointerVector::MakeSlot(int s) {
+  void** slot = NearSlot(s);
+  if (slot == nullptr) {
+    const auto at = static_cast<unsigned long>(s);
+    if (first == nullptr && at == 0) {
+      // What MakeRoom comes to, and most vectors begin with.
+      constexpr unsigned long kFew = 4;
+      first = last = AllocateBlock(region, kFew);
+      limit = first + kFew;
+    } else {
+      MakeRoom(at);
+    }
+    slot = first + at;
+    Fill(slot);
+    Mark(slot);
+  }
+  return *slot;
 }
 
 inline void OmPointerVector::Fill(void** slot) noexcept {
@@ -176,6 +199,23 @@ class OM_API OmCellStore {
   [[nodiscard]] static OmPointerVector* Raise(OmPointerVector* root, OmMemoryRegion* region);
   // Undoes Raise: returns the root from before.
   [[nodiscard]] static OmPointerVector* Lower(OmPointerVector* root);
+
+  // Whether a stored cell may go with the region that the store is in, without freeCellArray. Cells
+  // that cannot tell may not.
+  template <typename Text>
+  [[nodiscard]] static bool GoesWith(const Text& cell, const OmMemoryRegion* region) noexcept {
+    if constexpr (requires { cell.GoesWith(region); }) {
+      return cell.GoesWith(region);
+    } else {
+      return false;
+    }
+  }
+  // What holds of a store without cells. Where hardening is on, every end is run and checked.
+#if defined(OM_HARDENING) && OM_HARDENING
+  static constexpr bool kCellsGo = false;
+#else
+  static constexpr bool kCellsGo = true;
+#endif
 };
 
 inline OmCellText* OmCellStore::Find(const OmPointerVector* root,

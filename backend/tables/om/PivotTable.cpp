@@ -63,7 +63,7 @@ OmPivotTable::Data::~Data() {
   Drop(cornerText);
   Drop(caption);
   Drop(tableTitle);
-  if (_dimensions.size() != 0) {
+  if (_dimensions.size() != 0 && !cellsGo) {
     freeCellArray(root, static_cast<int>(_dimensions.size()));
     root = nullptr;
   }
@@ -172,6 +172,7 @@ namespace {
 inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
   slot = copy;
+  my.cellsGo = my.cellsGo && OmCellStore::GoesWith(*copy, &my.region);
   if (my.helper.Tracker() != nullptr) {
     copy->Accept(my.helper);
   }
@@ -196,17 +197,6 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellTe
   }
 }
 
-inline OmCellText* FindCell(const OmPivotTable::Data& my, const std::vector<int>& subscripts) {
-  if (subscripts.size() == my._dimensions.size()) {
-    if (OmCellText* const cell = OmCellStore::Find(my.root, subscripts); cell != nullptr) {
-      return cell;
-    }
-  }
-  // Subscripts that lead to a cell need no test.
-  CheckSubscripts(subscripts, my._dimensions.size());
-  return nullptr;
-}
-
 }  // namespace
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* cell) {
@@ -219,7 +209,7 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
     return false;
   }
   void** slot = nullptr;
-  if (subscripts.size() == _my->_dimensions.size()) {
+  if (subscripts.size() == _my->dimensions) {
     slot = OmCellStore::NearSlot(_my->root, subscripts);
   }
   if (slot == nullptr) {
@@ -238,12 +228,8 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& ce
   return Cell(subscripts, &cell);
 }
 
-OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
-  return FindCell(*_my, subscripts);
-}
-
-const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
-  return FindCell(*_my, subscripts);
+void OmPivotTable::CheckSubscripts(const std::vector<int>& subscripts) const {
+  ::CheckSubscripts(subscripts, _my->_dimensions.size());
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/OutputPart.h"
@@ -27,9 +28,6 @@ class OmCellText;
 class OmDimension;
 class OmDisplayLayerHeading;
 class OmFootnote;
-class OmPointerVector;
-template <typename T>
-class OmVector;
 class icuTracker;
 
 // One thread at a time uses a table and the headings made from it.
@@ -254,7 +252,35 @@ class OM_API OmPivotTable : public OmOutputPart {
   friend class OmDisplayLayerHeading;  // walks the store where asking for cell by cell would be
                                        // slow
 
+  // The start of the private record, so that reading a cell costs no call.
+  struct OM_PRIVATE Start {
+    PointerVector* root = nullptr;  // of the cell store; null until a cell is set
+    unsigned long dimensions = 0;   // as many as _dimensions holds
+  };
+  [[nodiscard]] OmCellText* FindCell(const std::vector<int>& subscripts) const;
+  // Throws where FindCell has to, for subscripts that lead to no cell.
+  void CheckSubscripts(const std::vector<int>& subscripts) const;
+
   Data* _my;
 };
+
+inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) const {
+  const auto* const start = reinterpret_cast<const Start*>(_my);
+  if (subscripts.size() == start->dimensions) {
+    if (OmCellText* const cell = OmCellStore::Find(start->root, subscripts); cell != nullptr) {
+      return cell;
+    }
+  }
+  CheckSubscripts(subscripts);
+  return nullptr;
+}
+
+inline OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
+  return FindCell(subscripts);
+}
+
+inline const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
+  return FindCell(subscripts);
+}
 
 #endif

@@ -44,9 +44,10 @@ void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherit
 // Ties every label below `n` to `t`.
 void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t);
 
-// Everything that a table holds. The four titles and all that the store holds are null or live in
-// the region. -1 means not set.
-struct OmPivotTable::Data {
+// Everything that a table holds. The base comes first, where the table reads it without this
+// record. The four titles and all that the store holds are null or live in the region. -1 means not
+// set.
+struct OmPivotTable::Data : OmPivotTable::Start {
   Data(const OmCellText& templateName_, bool hasSplits_);
   Data(const Data&) = delete;
   Data& operator=(const Data&) = delete;
@@ -68,7 +69,9 @@ struct OmPivotTable::Data {
   OmVector<OmFootnote> footnotes{&region};
   bool removedFootnotes = false;
   bool hasSplits;
-  PointerVector* root = nullptr;  // of the cell store; null until a cell is set
+  // Whether all cells may go with the region as they stand: then nothing walks the store in the
+  // end.
+  bool cellsGo = OmCellStore::kCellsGo;
   OmVector<OmDimension*> _dimensions{
       &region};  // heap objects, owned; their trees are in the region
   PuppetVector<short> rows{-1};
