@@ -4,9 +4,8 @@
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
 // first block, 1 KiB then, 3 KiB next, and as much again as it holds whenever that is used up;
-// above 128 KiB 64 KiB at a time, and from 4 to 64 MiB a huge page, where the system has them. A
-// block costs 8 bytes more than its size class. Blocks above 16 KiB are taken from the system one
-// by one. A chunk is given back only with its region.
+// above 128 KiB 64 KiB at a time. A block costs 8 bytes more than its size class. Blocks above 16
+// KiB are taken from the system one by one. A chunk is given back only with its region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
