@@ -130,6 +130,10 @@ constexpr bool kChunksOnly = true;
 #else
 constexpr bool kChunksOnly = false;
 #endif
+// What all chunks of a region come to when it goes on in spans, and when coarse blocks get their
+// own.
+constexpr unsigned long kLeastForSpans = kChunksOnly ? ~0UL : 2 * kLastDoubling;
+constexpr unsigned long kLeastApart = kChunksOnly ? ~0UL : 4 * kLastDoubling;
 // Bytes behind each block that belong to nobody. A sanitizer sees a read that goes past the block
 // even where the block fills its class.
 #ifdef OM_SEES_ADDRESSES
@@ -343,10 +347,7 @@ unsigned long* OmMemoryRegion::Marks(void* block) noexcept {
   return (static_cast<Large*>(block) - 1)->Marks();
 }
 
-void OmMemoryRegion::Release(void* block) noexcept {
-  if (block == nullptr) {
-    return;
-  }
+void OmMemoryRegion::ReleaseAny(void* block) noexcept {
   const unsigned long tag = TagOf(block);
   OmMemoryRegion* const owner = OwnerIn(tag);
   if (owner->plain) {
@@ -443,17 +444,18 @@ inline void* OmMemoryRegion::TakeAny(unsigned long bytes) {
 
 void* OmMemoryRegion::TakeFromChunk([[maybe_unused]] unsigned long bytes, unsigned int sizeClass) {
   const unsigned long stride = kStrides[sizeClass];
-  if (static_cast<unsigned long>(bumpEnd - bump) < stride) {
-    AddChunk(stride);
+  Rest& rest = sizeClass >= kFineClasses && chunkBytes >= kLeastApart ? coarse : fine;
+  if (rest.Bytes() < stride) {
+    AddChunk(rest, stride);
   }
-  void* const block = Carve(sizeClass);
+  void* const block = Carve(rest, sizeClass);
   ASAN_UNPOISON_MEMORY_REGION(block, bytes);
   return block;
 }
 
-inline void* OmMemoryRegion::Carve(unsigned int sizeClass) noexcept {
-  void* const block = bump + kTagBytes;
-  bump += kStrides[sizeClass];
+inline void* OmMemoryRegion::Carve(Rest& rest, unsigned int sizeClass) noexcept {
+  void* const block = rest.bump + kTagBytes;
+  rest.bump += kStrides[sizeClass];
   SetTag(block, TagFor(this, sizeClass));
   given.Add(kStrides[sizeClass] - kTagBytes);
   return block;
@@ -461,51 +463,45 @@ inline void* OmMemoryRegion::Carve(unsigned int sizeClass) noexcept {
 
 // Takes as much again as all chunks are, three times that at the second, or what one block needs
 // where that is more. Where that is a lot, goes on in a span.
-void OmMemoryRegion::AddChunk(unsigned long stride) {
+void OmMemoryRegion::AddChunk(Rest& rest, unsigned long stride) {
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;
-  if (ExtendChunk()) {
+  if (rest.end != rest.spanEnd) {
+    Extend(rest);
     return;
   }
-  unsigned long usual = std::max(kFirstChunk, std::bit_floor(chunkBytes));
+  if (chunkBytes >= kLeastForSpans) {
+    AddSpan(rest);
+    return;
+  }
+  unsigned long usual = std::clamp(std::bit_floor(chunkBytes), kFirstChunk, kLastDoubling);
   if (chunkBytes == kFirstChunk) {
     usual = kSecondChunk;
-  }
-  if (usual > kLastDoubling) {
-    if (!kChunksOnly) {
-      AddSpan();
-      return;
-    }
-    usual = kLastDoubling;
   }
   const unsigned long whole =
       std::max(usual, RoundUp(stride + kAround + kSystemHeader, kFirstChunk));
   const unsigned long bytes = whole - kSystemHeader;
   auto* const chunk = static_cast<Chunk*>(::operator new(bytes));
 
-  RetireChunk();
+  Retire(rest);
   chunk->next = chunks;
   chunks = chunk;
   chunkBytes += whole;
   bytesHeld += bytes;
-  bump = reinterpret_cast<char*>(chunk + 1);
-  bumpEnd = spanEnd = bump + (bytes - kAround) / kStep * kStep;
-  ASAN_POISON_MEMORY_REGION(bump, bytes - sizeof(Chunk));
+  rest.bump = reinterpret_cast<char*>(chunk + 1);
+  rest.end = rest.spanEnd = rest.bump + (bytes - kAround) / kStep * kStep;
+  ASAN_POISON_MEMORY_REGION(rest.bump, bytes - sizeof(Chunk));
 }
 
-// Moves the end of a chunk that is in a span on. Returns false where there is no more of it.
-bool OmMemoryRegion::ExtendChunk() noexcept {
-  if (bumpEnd == spanEnd) {
-    return false;
-  }
-  bumpEnd += kLastDoubling;
+// Moves the end of a chunk that is in a span on.
+void OmMemoryRegion::Extend(Rest& rest) noexcept {
+  rest.end += kLastDoubling;
   chunkBytes += kLastDoubling;
   bytesHeld += kLastDoubling;
-  return true;
 }
 
 // Begins a span, pages as many as all chunks are, which cost nothing before they are reached, or
 // fewer where the system has not that many. The chunk is extended in it from then on.
-void OmMemoryRegion::AddSpan() {
+void OmMemoryRegion::AddSpan(Rest& rest) {
   unsigned long bytes = std::clamp(RoundUp(chunkBytes, kHugePage), kFirstSpan, kLastSpan);
   char* pages = nullptr;
   while (pages == nullptr) {
@@ -524,25 +520,23 @@ void OmMemoryRegion::AddSpan() {
     ReturnPages(pages, before);
   }
   ReturnPages(start + bytes, kHugePage - before);
-  RetireChunk();
-  bump = start + sizeof(Span) + kTagBytes;
+  Retire(rest);
+  rest.bump = start + sizeof(Span) + kTagBytes;
   // A tag would fit between where blocks end and the next page.
-  bumpEnd = start - kTagBytes;
-  spanEnd = bumpEnd + bytes;
-  ExtendChunk();
+  rest.end = start - kTagBytes;
+  rest.spanEnd = rest.end + bytes;
+  Extend(rest);
   spans = new (start) Span{spans, bytes};
 }
 
-// Leaves what is unused of the current chunk to the free lists. It is less than the block that did
-// not fit.
-void OmMemoryRegion::RetireChunk() noexcept {
-  while (bump != bumpEnd) {
-    const auto rest = static_cast<unsigned long>(bumpEnd - bump);
-    unsigned int sizeClass = ClassOf(rest);
-    if (kStrides[sizeClass] > rest) {
+// Leaves what is unused of a chunk to the free lists. It is less than the block that did not fit.
+void OmMemoryRegion::Retire(Rest& rest) noexcept {
+  while (rest.Bytes() != 0) {
+    unsigned int sizeClass = ClassOf(rest.Bytes());
+    if (kStrides[sizeClass] > rest.Bytes()) {
       --sizeClass;
     }
-    PushFree(Carve(sizeClass), sizeClass);
+    PushFree(Carve(rest, sizeClass), sizeClass);
   }
 }
 

@@ -19,7 +19,7 @@
 // Taking and releasing a small block count nothing, which would cost more than all the rest: what
 // is alive is told from what was carved from chunks, less what the free lists hold.
 //
-// Invariants: `bump` and `bumpEnd` delimit the unused rest of one chunk; each block on freeLists[c]
+// Invariants: each block on freeLists[c]
 // is of class c; a block that was ever given out is alive, or on a free list, or no longer in
 // `given`; `bytesHeld` is the sum of all chunks, large blocks and blocks of zeros.
 class OM_PLATFORM_API OmMemoryRegion {
@@ -89,6 +89,16 @@ class OM_PLATFORM_API OmMemoryRegion {
     unsigned long bytes = 0;
   };
 
+  // The unused rest of a chunk.
+  struct Rest {
+    [[nodiscard]] unsigned long Bytes() const noexcept {
+      return static_cast<unsigned long>(end - bump);
+    }
+    char* bump = nullptr;
+    char* end = nullptr;
+    char* spanEnd = nullptr;  // how far `end` may move; the same unless it is in a span
+  };
+
   // 17 classes in steps of 16 bytes, then four for each of six doublings.
   static constexpr unsigned int kClasses = 41;
   // Blocks up to this size are of the first 17 classes, whose sizes are 8, 24, 40, …
@@ -96,6 +106,7 @@ class OM_PLATFORM_API OmMemoryRegion {
 
   explicit OmMemoryRegion(Lock* lock_) noexcept;
 
+  static void ReleaseAny(void* block) noexcept;
   void* Take(unsigned long bytes, bool zeroed);
   void* TakeAny(unsigned long bytes);
   void* TakeFromChunk(unsigned long bytes, unsigned int sizeClass);
@@ -103,11 +114,11 @@ class OM_PLATFORM_API OmMemoryRegion {
   void* TakeZeroed(unsigned long bytes);
   Large* FindZeroed(unsigned long bytes) noexcept;
   Large* CarveZeroed(unsigned long bytes);
-  void* Carve(unsigned int sizeClass) noexcept;
-  void AddChunk(unsigned long stride);
-  bool ExtendChunk() noexcept;
-  void AddSpan();
-  void RetireChunk() noexcept;
+  void* Carve(Rest& rest, unsigned int sizeClass) noexcept;
+  void AddChunk(Rest& rest, unsigned long stride);
+  void Extend(Rest& rest) noexcept;
+  void AddSpan(Rest& rest);
+  void Retire(Rest& rest) noexcept;
   void Return(void* block, unsigned long tag) noexcept;
   void ReturnWithCare(void* block, unsigned long tag) noexcept;
   void ReturnLarge(Large* front) noexcept;
@@ -121,9 +132,8 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool plain;  // neither shared, limited, on its way out nor hardened: nothing has to be asked
   bool working = true;
   bool leaving = false;  // on its way out, and plain otherwise
-  char* bump = nullptr;
-  char* bumpEnd = nullptr;
-  char* spanEnd = nullptr;  // how far bumpEnd may move; the same unless it is in a span
+  Rest fine;             // for all blocks, but for coarse ones once there are spans
+  Rest coarse;           // in spans of its own, so that small blocks stand close to each other
   void* freeLists[kClasses] = {};
   Tally given;  // blocks that were given out, less large ones and those released on the way out
   unsigned long counted = 0;  // bytes in use where there is a limit
@@ -150,15 +160,30 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
       return block;
     }
     const unsigned long stride = (sizeClass + 1) * 16;
-    if (static_cast<unsigned long>(bumpEnd - bump) >= stride) {
-      auto* const tag = reinterpret_cast<unsigned long*>(bump);
+    if (fine.Bytes() >= stride) {
+      auto* const tag = reinterpret_cast<unsigned long*>(fine.bump);
       *tag = reinterpret_cast<unsigned long>(this) << 16 | sizeClass;
-      bump += stride;
+      fine.bump += stride;
       given.Add(stride - sizeof(*tag));
       return tag + 1;
     }
   }
   return Take(bytes, false);
+}
+
+// Inline like Allocate. What stands in front of a block is poisoned where a sanitizer watches.
+[[gnu::no_sanitize_address]] inline void OmMemoryRegion::Release(void* block) noexcept {
+  if (block != nullptr) {
+    const unsigned long tag = static_cast<const unsigned long*>(block)[-1];
+    auto* const owner = reinterpret_cast<OmMemoryRegion*>(tag >> 16);
+    const unsigned long sizeClass = tag & 0xffff;
+    if (owner->plain && sizeClass < kClasses) {
+      *static_cast<void**>(block) = owner->freeLists[sizeClass];
+      owner->freeLists[sizeClass] = block;
+      return;
+    }
+    ReleaseAny(block);
+  }
 }
 
 #endif

@@ -14,10 +14,10 @@ namespace {
 
 // What stands before a block.
 struct Front {
-  OmMemoryRegion* owner;
   unsigned long bytes;
   unsigned long unused;
   void* block;  // null once it is released; beyond what the system writes into its free blocks
+  unsigned long tag;  // the owner, where the library looks for it
 };
 
 }  // namespace
@@ -31,7 +31,7 @@ OmMemoryRegion::~OmMemoryRegion() {
 
 void* OmMemoryRegion::Take(unsigned long bytes, bool) {
   auto* const front = static_cast<Front*>(::operator new(sizeof(Front) + bytes));
-  *front = {this, bytes, 0, front + 1};
+  *front = {bytes, 0, front + 1, reinterpret_cast<unsigned long>(this) << 16};
   given.Add(bytes);
   return std::memset(front->block, 0xa5, bytes);
 }
@@ -44,16 +44,13 @@ unsigned long* OmMemoryRegion::Marks(void*) noexcept {
   return nullptr;
 }
 
-void OmMemoryRegion::Release(void* block) noexcept {
-  if (block == nullptr) {
-    return;
-  }
+void OmMemoryRegion::ReleaseAny(void* block) noexcept {
   Front* const front = static_cast<Front*>(block) - 1;
   if (front->block != block) {
     std::fputs("a block was released that no region has given out\n", stderr);
     std::abort();
   }
-  front->owner->given.Take(front->bytes);
+  reinterpret_cast<OmMemoryRegion*>(front->tag >> 16)->given.Take(front->bytes);
   std::memset(block, 0xdd, front->bytes);
   front->block = nullptr;
   ::operator delete(front);

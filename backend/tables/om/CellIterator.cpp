@@ -21,7 +21,23 @@ OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
       element = (*level.vector)[index];
     }
   }
+  Stand(element);
+}
+
+void OmPivotTable::Iterator::Data::Stand(void* element) noexcept {
   cell = static_cast<OmCellText*>(element);
+  next = end = nullptr;
+  if (cell != nullptr) {
+    const Level& bottom = levels.front();
+    next = bottom.vector->begin() + bottom.index + 1;
+    end = bottom.vector->end();
+  }
+}
+
+unsigned long OmPivotTable::Iterator::Data::BottomIndex() const noexcept {
+  const Level& bottom = levels.front();
+  return next != nullptr ? static_cast<unsigned long>(next - bottom.vector->begin()) - 1
+                         : bottom.index;
 }
 
 void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
@@ -31,16 +47,16 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
     if (level + 1 == levels.size()) {
       return nullptr;
     }
-    auto* const next = static_cast<PointerVector*>(Increment(level + 1));
-    if (next == nullptr) {
+    auto* const vector = static_cast<PointerVector*>(Increment(level + 1));
+    if (vector == nullptr) {
       return nullptr;
     }
-    my.vector = next;
+    my.vector = vector;
     if (level == 0) {
       const PointerVector& above = *levels[1].vector;
       PointerVector::AskForNext(above.begin() + levels[1].index, above.end());
     }
-    index = FindNonZero(*next, 0);
+    index = FindNonZero(*vector, 0);
   }
   my.index = index;
   return (*my.vector)[index];
@@ -58,24 +74,24 @@ void OmPivotTable::Iterator::Data::LookFurther() noexcept {
   if (aheadAbove != &above || aheadIndex < index) {
     aheadAbove = &above;
     aheadIndex = index;
-    ahead = levels[0].vector->begin() + levels[0].index;
+    ahead = next;
     aheadEnd = levels[0].vector->end();
     for (long i = 0; i != kAhead && ahead != aheadEnd; ++i) {
       __builtin_prefetch(*ahead++);
     }
   } else if (aheadIndex < std::min(index + kVectorsAhead, above.size())) {
     ++aheadIndex;
-    const PointerVector* const next = vector(aheadIndex);
+    const PointerVector* const wanted = vector(aheadIndex);
     // Wide vectors are mostly empty, and looking into their empty stretches takes memory.
-    if (next != nullptr && next->capacity() <= PointerVector::kMostUnmarked) {
-      ahead = next->begin();
-      aheadEnd = next->end();
+    if (wanted != nullptr && wanted->capacity() <= PointerVector::kMostUnmarked) {
+      ahead = wanted->begin();
+      aheadEnd = wanted->end();
     }
   }
   __builtin_prefetch(vector(aheadIndex + 2));
-  if (const PointerVector* const next = vector(aheadIndex + 1); next != nullptr) {
+  if (const PointerVector* const later = vector(aheadIndex + 1); later != nullptr) {
     // An address, because there may be no room.
-    const auto elements = reinterpret_cast<unsigned long>(next->begin());
+    const auto elements = reinterpret_cast<unsigned long>(later->begin());
     for (unsigned long i = 0; i < 512; i += 64) {
       __builtin_prefetch(reinterpret_cast<const void*>(elements + i));
     }
@@ -85,7 +101,8 @@ void OmPivotTable::Iterator::Data::LookFurther() noexcept {
 void OmPivotTable::Iterator::Data::Advance() {
   if (cell != nullptr) {
     OM_HARDEN(table->changes == changes, "OmPivotTable::Iterator::operator++");
-    cell = static_cast<OmCellText*>(Increment(0));
+    levels.front().index = BottomIndex();
+    Stand(Increment(0));
   }
 }
 
@@ -93,7 +110,7 @@ std::vector<int> OmPivotTable::Iterator::Data::Index() const {
   std::vector<int> index;
   index.reserve(levels.size());
   for (const Level& level : levels) {
-    index.push_back(static_cast<int>(level.index));
+    index.push_back(static_cast<int>(&level == &levels.front() ? BottomIndex() : level.index));
   }
   return index;
 }

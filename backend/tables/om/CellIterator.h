@@ -50,7 +50,8 @@ class OM_API OmPivotTable::Iterator {
 // vectors.
 struct OM_PRIVATE OmPivotTable::Iterator::Data {
   struct Level {
-    unsigned long index = 0;          // of the current element, which is the current subscript
+    unsigned long index = 0;          // of the current element, which is the current subscript;
+                                      // `next` tells that of the bottom vector
     int size = 0;                     // categories of the dimension when the walk started
     PointerVector* vector = nullptr;  // on the current path
   };
@@ -63,12 +64,20 @@ struct OM_PRIVATE OmPivotTable::Iterator::Data {
   explicit Data(const OmPivotTable::Data& table_);
   // Copies the place of the walk. Nobody holds the copy yet.
   Data(const Data& other)
-      : levels(other.levels), cell(other.cell), table(other.table), changes(other.changes) {}
+      : levels(other.levels),
+        cell(other.cell),
+        table(other.table),
+        changes(other.changes),
+        next(other.next),
+        end(other.end) {}
   Data& operator=(const Data&) = delete;
 
   // Moves to the next cell, which most often stands beside this one, or to the end.
   void Next();
   OM_API void Advance();
+  // Makes `element`, at the index of the bottom vector, the current cell; null ends the walk.
+  void Stand(void* element) noexcept;
+  [[nodiscard]] unsigned long BottomIndex() const noexcept;
   // Moves `level` to its next element and returns that, or null at the end of the walk.
   void* Increment(unsigned long level);
   [[nodiscard]] std::vector<int> Index() const;
@@ -84,6 +93,9 @@ struct OM_PRIVATE OmPivotTable::Iterator::Data {
   const OmPivotTable::Data* table = nullptr;
   unsigned long changes = 0;  // of the table's cells when the walk started
   unsigned long holders = 0;  // iterators that share this cursor
+  // What follows the current cell in its vector. Null at the end of the walk.
+  void* const* next = nullptr;
+  void* const* end = nullptr;
   // The elements whose memory is asked for next, some way ahead of the walk.
   void* const* ahead = nullptr;
   void* const* aheadEnd = nullptr;
@@ -110,19 +122,14 @@ class OM_API OmPivotTable::ConstIterator {
 
 inline void OmPivotTable::Iterator::Data::Next() {
 #if !defined(OM_HARDENING) || !OM_HARDENING
-  if (cell != nullptr) {
-    Level& bottom = levels.front();
-    void* const* const next = bottom.vector->begin() + bottom.index + 1;
-    if (next < bottom.vector->end() && *next != nullptr) {
-      if (ahead == aheadEnd) {
-        LookFurther();
-      } else {
-        __builtin_prefetch(*ahead++);
-      }
-      ++bottom.index;
-      cell = static_cast<OmCellText*>(*next);
-      return;
+  if (next != end && *next != nullptr) {
+    if (ahead == aheadEnd) {
+      LookFurther();
+    } else {
+      __builtin_prefetch(*ahead++);
     }
+    cell = static_cast<OmCellText*>(*next++);
+    return;
   }
 #endif
   Advance();

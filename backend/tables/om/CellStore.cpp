@@ -74,10 +74,16 @@ unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) 
   return i;
 }
 
-// Most vectors that hold something hold it at an end.
 bool HoldsNothing(const OmPointerVector& v) {
-  return v.size() == 0 ||
-         (v.end()[-1] == nullptr && v.begin()[0] == nullptr && FindNonZero(v, 0) == v.size());
+  // One by one at first: most that hold something hold it near.
+  constexpr unsigned long kNear = 8;
+  const unsigned long size = v.size();
+  for (unsigned long i = 0; i != std::min(size, kNear); ++i) {
+    if (v.begin()[i] != nullptr) {
+      return false;
+    }
+  }
+  return FindNonZero(v, 0) == size;
 }
 
 // Returns the vector of dimension `k` on the way to `subscripts`, or null where there is none.
@@ -85,8 +91,7 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
                                  unsigned long k) {
   OmPointerVector* v = root;
   for (unsigned long i = subscripts.size() - 1; i != k && v != nullptr; --i) {
-    void* const* const slot = v->SlotAt(subscripts[i]);
-    v = slot != nullptr ? static_cast<OmPointerVector*>(*slot) : nullptr;
+    v = static_cast<OmPointerVector*>(v->At(subscripts[i]));
   }
   return v;
 }
@@ -95,18 +100,45 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
 // the root.
 [[gnu::noinline]] void Prune(OmPointerVector* root, const std::vector<int>& subscripts) {
   for (unsigned long k = 1; k != subscripts.size(); ++k) {
-    void*& slot = (*VectorOf(root, subscripts, k))[static_cast<unsigned long>(subscripts[k])];
-    auto* const child = static_cast<OmPointerVector*>(slot);
-    if (!HoldsNothing(*child)) {
+    const auto s = static_cast<unsigned long>(subscripts[k]);
+    OmPointerVector& v = *VectorOf(root, subscripts, k);
+    auto* const child = static_cast<OmPointerVector*>(v[s]);
+    v[s] = nullptr;
+    delete child;
+    if (!HoldsNothing(v)) {
       return;
     }
-    slot = nullptr;
-    delete child;
+  }
+}
+
+// Whether a cell in `region` may be given back without running its end, which nobody would see.
+bool HasNoEnd(const OmCellText* cell, const OmMemoryRegion* region) noexcept {
+  return cell != nullptr && OmCellStore::kCellsGo && OmCellStore::GoesWith(*cell, region);
+}
+
+// What Delete does apart, so that it keeps nothing across a call and stays short: at random its
+// instructions decide how many of the next cells are fetched meanwhile.
+
+[[gnu::noinline]] void DeleteText(OmCellText* text) {
+  delete text;
+}
+
+[[gnu::noinline]] void DeleteAndPrune(OmPointerVector* root, const std::vector<int>& subscripts,
+                                      const OmPointerVector& v, OmCellText* cell) {
+  if (HasNoEnd(cell, v.Region())) {
+    OmMemoryRegion::Release(cell);
+  } else {
+    delete cell;
+  }
+  if (HoldsNothing(v)) {
+    Prune(root, subscripts);
   }
 }
 
 // How many elements ahead memory is asked for, so that it comes while nearer ones are worked on.
 constexpr long kAhead = 96;
+
+constexpr long kDeletedAhead = 24;
 
 // Returns a vector without marks, or null for any other and for none.
 const OmPointerVector* Narrow(const void* element) noexcept {
@@ -289,20 +321,35 @@ void*& OmCellStore::Slot(OmPointerVector*& root, const std::vector<int>& subscri
   }
 }
 
-void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts) {
-  if (subscripts.empty()) {
-    return;
+void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts,
+                         unsigned long& lastSlot) {
+  void* element = root;
+  for (unsigned long k = subscripts.size(); --k != 0 && element != nullptr;) {
+    element = static_cast<const OmPointerVector*>(element)->At(subscripts[k]);
   }
-  OmPointerVector* const v = VectorOf(root, subscripts, 0);
+  auto* const v = static_cast<OmPointerVector*>(element);
   const auto s = static_cast<unsigned long>(subscripts[0]);
   if (v == nullptr || s >= v->size()) {
     return;
   }
-  void*& slot = (*v)[s];
-  delete static_cast<OmCellText*>(slot);
+  void*& slot = v->first[s];
+  auto* const cell = static_cast<OmCellText*>(slot);
   slot = nullptr;
-  if (HoldsNothing(*v)) {
-    Prune(root, subscripts);
+  const auto address = reinterpret_cast<unsigned long>(&slot);
+  if (address == lastSlot + sizeof(void*) && v->last - &slot > kDeletedAhead) {
+    // Whoever deletes in order will come to these.
+    const char* const ahead = static_cast<const char*>((&slot)[kDeletedAhead]);
+    __builtin_prefetch(ahead, 1);
+    __builtin_prefetch(ahead + 32, 1);
+  }
+  lastSlot = address;
+  // Most vectors that hold something hold it at an end.
+  if (v->last[-1] == nullptr && v->first[0] == nullptr) {
+    DeleteAndPrune(root, subscripts, *v, cell);
+  } else if (HasNoEnd(cell, v->region)) {
+    OmMemoryRegion::Release(cell);
+  } else {
+    DeleteText(cell);
   }
 }
 

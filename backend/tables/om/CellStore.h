@@ -32,8 +32,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // Appends nulls until there is a slot `s`, with the room that appending one by one would leave; a
   // jump beyond twice the room there is takes exactly what it needs.
   void GrowTo(unsigned long s);
-  // Returns slot `s`, or null where there is none, as for a negative `s`.
-  [[nodiscard]] void* const* SlotAt(int s) const noexcept;
+  // Returns element `s`, or null where there is none, as for a negative `s`.
+  [[nodiscard]] void* At(int s) const noexcept;
   // As GrowTo where there is room, and returns the slot, marked; returns null where there is none.
   [[nodiscard]] void** NearSlot(int s) noexcept;
 
@@ -76,12 +76,12 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void FillUpTo(void** slot) noexcept;
 };
 
-inline void* const* OmPointerVector::SlotAt(int s) const noexcept {
+inline void* OmPointerVector::At(int s) const noexcept {
   // An address, because the slot may be none. A negative number becomes one that no vector reaches,
   // whose size is at most that of the positive ones; the shift below cannot overflow.
   const auto slot = reinterpret_cast<unsigned long>(first) +
                     static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
-  return slot < reinterpret_cast<unsigned long>(last) ? reinterpret_cast<void* const*>(slot)
+  return slot < reinterpret_cast<unsigned long>(last) ? *reinterpret_cast<void* const*>(slot)
                                                       : nullptr;
 }
 
@@ -189,12 +189,16 @@ class OM_API OmCellStore {
   // Unlike Slot, and like Find, it takes subscripts that may be negative: there is no such slot.
   [[nodiscard]] static void** NearSlot(OmPointerVector* root,
                                        const std::vector<int>& subscripts) noexcept;
-  // Returns the cell at `subscripts`, or null. Makes nothing.
+  // Returns the cell at `subscripts`, which are not none, or null. Makes nothing.
   [[nodiscard]] static OmCellText* Find(const OmPointerVector* root,
                                         const std::vector<int>& subscripts) noexcept;
-  // Deletes the cell at `subscripts` and every vector but the root that this leaves without an
-  // element.
-  static void Delete(OmPointerVector* root, const std::vector<int>& subscripts);
+  // Whether one of `subscripts` is negative.
+  [[nodiscard]] static bool AnyNegative(const std::vector<int>& subscripts) noexcept;
+  // Deletes the cell at `subscripts`, which are not none, and every vector but the root that this
+  // leaves without an element. `lastSlot` is the address of the slot that the call before cleared,
+  // or 0, and is set to this one's: only whether they are neighbours is asked.
+  static void Delete(OmPointerVector* root, const std::vector<int>& subscripts,
+                     unsigned long& lastSlot);
   // Puts a new root above `root`, which moves every cell to subscript 0 of one more dimension.
   [[nodiscard]] static OmPointerVector* Raise(OmPointerVector* root, OmMemoryRegion* region);
   // Undoes Raise: returns the root from before.
@@ -221,19 +225,11 @@ class OM_API OmCellStore {
 inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
                                      const std::vector<int>& subscripts) noexcept {
   const int* const first = subscripts.data();
-  const int* s = first + subscripts.size();
-  const void* element = s != first ? root : nullptr;
-  while (element != nullptr) {
-    void* const* const slot = static_cast<const OmPointerVector*>(element)->SlotAt(*--s);
-    if (slot == nullptr) {
-      return nullptr;
-    }
-    if (s == first) {
-      return static_cast<OmCellText*>(*slot);
-    }
-    element = *slot;
+  void* element = const_cast<OmPointerVector*>(root);
+  for (const int* s = first + subscripts.size(); element != nullptr && s != first;) {
+    element = static_cast<const OmPointerVector*>(element)->At(*--s);
   }
-  return nullptr;
+  return static_cast<OmCellText*>(element);
 }
 
 inline void** OmCellStore::NearSlot(OmPointerVector* root,
@@ -246,10 +242,18 @@ inline void** OmCellStore::NearSlot(OmPointerVector* root,
     if (--s == first) {
       return v->NearSlot(*s);
     }
-    void* const* const slot = v->SlotAt(*s);
-    element = slot != nullptr ? *slot : nullptr;
+    element = v->At(*s);
   }
   return nullptr;
+}
+
+inline bool OmCellStore::AnyNegative(const std::vector<int>& subscripts) noexcept {
+  for (const int subscript : subscripts) {
+    if (subscript < 0) {
+      return true;
+    }
+  }
+  return false;
 }
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "backend/tables/om/PivotTable.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -30,21 +31,18 @@ void Replace(OmCellText*& held, const OmCellText* text, OmMemoryRegion* region) 
   }
 }
 
-// Throws unless `subscripts` has one subscript for each of `count` dimensions and none is negative.
-void CheckSubscripts(const std::vector<int>& subscripts, unsigned long count) {
-  if (subscripts.size() != count) {
+// Throws what is wrong with `subscripts` in a table of `count` dimensions.
+[[noreturn]] void RefuseSubscripts(const std::vector<int>& subscripts, unsigned long count) {
+  const auto negative = std::find_if(subscripts.begin(), subscripts.end(),
+                                     [](int subscript) { return subscript < 0; });
+  if (subscripts.size() != count || negative == subscripts.end()) {
     throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()",
                        static_cast<double>(subscripts.size()), static_cast<double>(count));
   }
-  for (const int subscript : subscripts) {
-    if (subscript < 0) {
-      // Reported as the unsigned number that it widens to, so -1 reads 1.84467e+19, on purpose.
-      throw OMSException(
-          "OmPivotTable::Cell() -- subscript < 0",
-          static_cast<double>(static_cast<unsigned long long>(static_cast<long long>(subscript))),
-          0);
-    }
-  }
+  // Reported as the unsigned number that it widens to, so -1 reads 1.84467e+19, on purpose.
+  throw OMSException(
+      "OmPivotTable::Cell() -- subscript < 0",
+      static_cast<double>(static_cast<unsigned long long>(static_cast<long long>(*negative))), 0);
 }
 
 }  // namespace
@@ -159,13 +157,12 @@ namespace {
 // Makes the path to a slot that NearSlot does not find, after holding the subscripts against the
 // table. What NearSlot finds needs no such test.
 [[gnu::noinline]] void*& FarSlot(OmPivotTable::Data& my, const std::vector<int>& subscripts) {
-  if (subscripts.empty()) {
-    // A table without dimensions has no place for a cell either.
-    throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", 0,
-                       static_cast<double>(my._dimensions.size()));
+  // A table without dimensions has no place for a cell either.
+  if (subscripts.empty() || subscripts.size() != my._dimensions.size() ||
+      OmCellStore::AnyNegative(subscripts)) {
+    RefuseSubscripts(subscripts, my._dimensions.size());
   }
-  CheckSubscripts(subscripts, my._dimensions.size());
-  ++my.changes;
+  my.Changed();
   return OmCellStore::Slot(my.root, subscripts, &my.region);
 }
 
@@ -215,7 +212,7 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
   if (slot == nullptr) {
     slot = &FarSlot(*_my, subscripts);
   }
-  ++_my->changes;
+  _my->Changed();
   if (*slot != nullptr) {
     ReplaceCell(*_my, *slot, cell);
   } else if (cell != nullptr) {
@@ -228,8 +225,8 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& ce
   return Cell(subscripts, &cell);
 }
 
-void OmPivotTable::CheckSubscripts(const std::vector<int>& subscripts) const {
-  ::CheckSubscripts(subscripts, _my->_dimensions.size());
+void OmPivotTable::Refuse(const std::vector<int>& subscripts) const {
+  RefuseSubscripts(subscripts, _my->_dimensions.size());
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
@@ -239,9 +236,9 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
     OM_HARDEN(subscript >= 0, "OmPivotTable::deleteCell");
   }
 #endif
-  if (subscripts.size() == _my->_dimensions.size()) {
-    ++_my->changes;
-    OmCellStore::Delete(_my->root, subscripts);
+  if (subscripts.size() == _my->dimensions && !subscripts.empty()) {
+    _my->Changed();
+    OmCellStore::Delete(_my->root, subscripts, _my->lastDeleted);
   }
 }
 

@@ -258,21 +258,23 @@ class OM_API OmPivotTable : public OmOutputPart {
     unsigned long dimensions = 0;   // as many as _dimensions holds
   };
   [[nodiscard]] OmCellText* FindCell(const std::vector<int>& subscripts) const;
-  // Throws where FindCell has to, for subscripts that lead to no cell.
-  void CheckSubscripts(const std::vector<int>& subscripts) const;
+  // Throws what is wrong with `subscripts`: their number, or else a negative one.
+  [[noreturn]] void Refuse(const std::vector<int>& subscripts) const;
 
   Data* _my;
 };
 
+// What refuses does not come back, so that callers keep what they have in registers.
 inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) const {
   const auto* const start = reinterpret_cast<const Start*>(_my);
-  if (subscripts.size() == start->dimensions) {
-    if (OmCellText* const cell = OmCellStore::Find(start->root, subscripts); cell != nullptr) {
-      return cell;
-    }
+  if (subscripts.size() != start->dimensions) {
+    Refuse(subscripts);
   }
-  CheckSubscripts(subscripts);
-  return nullptr;
+  OmCellText* const cell = OmCellStore::Find(start->root, subscripts);
+  if (cell == nullptr && OmCellStore::AnyNegative(subscripts)) {
+    Refuse(subscripts);
+  }
+  return cell;
 }
 
 inline OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {

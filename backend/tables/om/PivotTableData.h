@@ -58,6 +58,12 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   [[nodiscard]] std::vector<int> SizeVector() const;
   // Holds the axes against the number of dimensions.
   void ReindexAxis();
+  // Tells the walks, where hardening is on, that they are over.
+  void Changed() noexcept {
+#if defined(OM_HARDENING) && OM_HARDENING
+    ++changes;
+#endif
+  }
   // Appends a dimension with all that belongs to it, or leaves the table as it was.
   OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
@@ -119,8 +125,9 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   // Formats of areas above 8 that a later one took the place of: no lookup finds such a format, so
   // none deletes it before the table goes.
   std::vector<FormatArea*> displacedFormats;
-  // Changes of the cells. Walks hold it against the number at their start, where hardening is on.
+  // Changes of the cells that were told. Walks hold it against the number at their start.
   unsigned long changes = 0;
+  unsigned long lastDeleted = 0;  // the address of the slot of the cell that was deleted last
 };
 
 #endif

@@ -58,7 +58,7 @@ class RaisedStore {
 
 void OmPivotTable::Data::AddCellDimension() {
   root = OmCellStore::Raise(root, &region);
-  ++changes;
+  Changed();
 }
 
 OmDimension* OmPivotTable::Data::Add(std::unique_ptr<OmDimension> dimension) {
