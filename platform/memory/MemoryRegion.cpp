@@ -100,7 +100,7 @@ constexpr unsigned int kLargeClass = 0x7fff;
 constexpr unsigned int kZeroedClass = 0x7ffe;
 constexpr unsigned int kMappedClass = 0x7ffd;
 constexpr unsigned long kFirstChunk = 1024;
-constexpr unsigned long kSecondChunk = 3072;
+constexpr unsigned long kLeastDoubling = 4096;
 constexpr unsigned long kLastDoubling = 64UL << 10;
 constexpr unsigned long kPage = 4096;
 // Spans are aligned to it, for systems that give huge pages unasked. To ask costs more than it
@@ -461,8 +461,9 @@ inline void* OmMemoryRegion::Carve(Rest& rest, unsigned int sizeClass) noexcept 
   return block;
 }
 
-// Takes as much again as all chunks are, three times that at the second, or what one block needs
-// where that is more. Where that is a lot, goes on in a span.
+// Takes as much again as all chunks are, or what one block needs where that is more. The first few
+// are of a size that the system's allocator gives and takes back fastest. Where all are a lot, goes
+// on in a span.
 void OmMemoryRegion::AddChunk(Rest& rest, unsigned long stride) {
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;
   if (rest.end != rest.spanEnd) {
@@ -473,10 +474,9 @@ void OmMemoryRegion::AddChunk(Rest& rest, unsigned long stride) {
     AddSpan(rest);
     return;
   }
-  unsigned long usual = std::clamp(std::bit_floor(chunkBytes), kFirstChunk, kLastDoubling);
-  if (chunkBytes == kFirstChunk) {
-    usual = kSecondChunk;
-  }
+  const unsigned long usual = chunkBytes < kLeastDoubling
+                                  ? kFirstChunk
+                                  : std::min(std::bit_floor(chunkBytes), kLastDoubling);
   const unsigned long whole =
       std::max(usual, RoundUp(stride + kAround + kSystemHeader, kFirstChunk));
   const unsigned long bytes = whole - kSystemHeader;

@@ -3,7 +3,7 @@
 // Blocks come from chunks that a region takes from the system and gives back as a whole when it is
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
-// first block, 1 KiB then, 3 KiB next, and as much again as it holds whenever that is used up;
+// first block, 1 KiB at a time up to 4 KiB, and as much again as it holds whenever that is used up;
 // above 128 KiB 64 KiB at a time. A block costs 8 bytes more than its size class. Blocks above 16
 // KiB are taken from the system one by one. A chunk is given back only with its region.
 
