@@ -16,6 +16,11 @@ using Path = OmVector<ConstNode>;
 
 // Categories whose labels are listed together.
 constexpr unsigned long kBlock = 256;
+// Nodes that are looked at together: as many as there are on most paths with a group.
+constexpr unsigned long kTogether = 3;
+// The mark of more nodes than a mark can tell of.
+constexpr unsigned long long kNoMark = ~0ULL;
+constexpr unsigned long long kNothingHidden = 0;
 // A run of equal labels that is worth an insertion of its own.
 constexpr unsigned long long kLongRun = 64;
 // The most labels for one insertion, so that what it reserves is still at hand when it is filled.
@@ -160,26 +165,41 @@ bool OmDisplayRowHeading::Data::CollectCornerLabels() {
 
 namespace {
 
-// For a path of more nodes than a mark holds.
-constexpr unsigned int kManyNodes = ~0U;
-
-// Returns a mark that differs where something else is hidden on a path: a bit for each of its
-// nodes, eight at most, and eight above it one for its labels.
-inline unsigned int HiddenOn(const Path& path) noexcept {
-  unsigned int mark = 0;
-  for (const ConstNode& node : path) {
-    mark = mark << 1 | node->Hidden();
+// Repeats the last of some nodes until kTogether divides their number.
+template <typename Nodes>
+void FillUp(Nodes& nodes) {
+  while (nodes.size() % kTogether != 0) {
+    nodes.push_back(nodes.back());
   }
-  return mark;
 }
 
 }  // namespace
 
-OmDisplayRowHeading::Data::Listed::Listed(Path* path_) noexcept
-    : path(path_), hidden(path_->size() > 8 ? kManyNodes : HiddenOn(*path_)) {}
+// Takes two bits a node.
+OmDisplayRowHeading::Data::Mark OmDisplayRowHeading::Data::MarkOf(const PathNode* node,
+                                                                  const PathNode* end) noexcept {
+  if (end - node >= 32) {
+    return kNoMark;
+  }
+  Mark mark = 0;
+  for (; node != end; ++node) {
+    mark = mark << 2 | static_cast<Mark>((*node)->Hide()) << 1 |
+           static_cast<Mark>((*node)->HideLabels());
+  }
+  return mark;
+}
 
-inline bool OmDisplayRowHeading::Data::Listed::IsStale() const noexcept {
-  return hidden == kManyNodes || HiddenOn(*path) != hidden;
+// Tells whether MarkOf() is anything but 0, at a third of its price.
+inline bool OmDisplayRowHeading::Data::IsAnyHidden(const PathNode* node,
+                                                   const PathNode* end) noexcept {
+  unsigned char any = 0;
+  for (; node != end; node += kTogether) {
+    for (unsigned long i = 0; i != kTogether; ++i) {
+      any = static_cast<unsigned char>(any | static_cast<unsigned char>(node[i]->Hide()) |
+                                       static_cast<unsigned char>(node[i]->HideLabels()));
+    }
+  }
+  return any != 0;
 }
 
 // Returns a block of categories of the innermost dimension.
@@ -187,13 +207,25 @@ OmDisplayRowHeading::Data::Block& OmDisplayRowHeading::Data::InnerBlock(std::deq
                                                                         unsigned long block) {
   innerBlocks.resize(paths.size() / kBlock + 1);
   Block& kept = innerBlocks[block];
-  if (kept.categories.empty()) {
+  if (kept.marks.empty()) {
     Block made;
-    const unsigned long end = std::min((block + 1) * kBlock, paths.size());
-    made.categories.reserve(end - block * kBlock);
-    made.labels.reserve((end - block * kBlock) * levelsPerDim.back());
-    for (unsigned long p = block * kBlock; p != end; ++p) {
-      made.categories.emplace_back(&paths[p]);
+    const unsigned long begin = block * kBlock;
+    const unsigned long end = std::min(begin + kBlock, paths.size());
+    for (unsigned long p = begin; p != end; ++p) {
+      made.depth = std::max(made.depth, paths[p].size());
+    }
+    made.depth += (kTogether - made.depth % kTogether) % kTogether;
+    made.labels.reserve((end - begin) * levelsPerDim.back());
+    made.nodes.reserve((end - begin) * made.depth);
+    made.marks.reserve(end - begin);
+    for (unsigned long p = begin; p != end; ++p) {
+      for (const ConstNode& node : paths[p]) {
+        made.nodes.push_back(&*node);
+      }
+      made.nodes.resize((p - begin + 1) * made.depth, made.nodes.back());
+      const PathNode* const last = made.nodes.data() + made.nodes.size();
+      made.marks.push_back(MarkOf(last - made.depth, last));
+      made.marked += made.marks.back() != 0 ? 1 : 0;
       ForEachLabel(paths[p], levelsPerDim.back(), dimNamesInCorner,
                    [&](ConstNode* node) { made.labels.push_back(node); });
     }
@@ -207,27 +239,32 @@ void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
   const LayerData::PlaceDigits digits(placeCalculator, place);
   const unsigned long dims = levelsPerDim.size();
   shown.length = 0;
-  shown.row.clear();
-  shown.outer.clear();
-  shown.categories = nullptr;
+  shown.outerNodes.clear();
+  shown.outerLabels.clear();
   for (unsigned long k = 0; k + 1 < dims; ++k) {
     if (Path* const path = PathAt(k, digits[k]); path != nullptr) {
-      shown.outer.emplace_back(path);
+      for (const ConstNode& node : *path) {
+        shown.outerNodes.push_back(&*node);
+      }
       ForEachLabel(*path, levelsPerDim[k], dimNamesInCorner,
-                   [&](ConstNode* node) { shown.row.push_back(node); });
+                   [&](ConstNode* node) { shown.outerLabels.push_back(node); });
     } else {
-      shown.row.insert(shown.row.end(), levelsPerDim[k], nullptr);
+      shown.outerLabels.insert(shown.outerLabels.end(), levelsPerDim[k], nullptr);
     }
   }
-  const unsigned long outer = shown.row.size();
-  shown.row.resize(headingWidth, nullptr);
-  shown.begin = shown.row.data();
-  shown.end = shown.begin + headingWidth;
-  shown.innerBegin = shown.begin + outer;
+  FillUp(shown.outerNodes);
+  shown.outerMark =
+      MarkOf(shown.outerNodes.data(), shown.outerNodes.data() + shown.outerNodes.size());
 
   const unsigned int digit = dims != 0 ? digits[dims - 1] : 0;
   if (dims == 0 || PathAt(dims - 1, digit) == nullptr) {
-    shown.labels = shown.innerBegin;  // the nulls there, if any
+    shown.outerLabels.resize(headingWidth, nullptr);
+    shown.labels = nullptr;
+    shown.width = 0;
+    shown.nodes = nullptr;
+    shown.depth = 0;
+    shown.marks = &kNothingHidden;
+    shown.plain = shown.outerMark == 0;
     shown.first = place;
     shown.length = 1;
     return;
@@ -239,37 +276,88 @@ void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
     end = std::min<unsigned long>(end, LayerData::DigitReader(placeCalculator, dims - 1).Base());
   }
   Block& block = InnerBlock(paths, digit / kBlock);
-  Listed& category = block.categories[digit % kBlock];
-  if (category.IsStale()) {
-    ConstNode** label = block.labels.data() + digit % kBlock * levelsPerDim.back();
-    ForEachLabel(*category.path, levelsPerDim.back(), dimNamesInCorner,
+  const unsigned long category = digit % kBlock;
+  const PathNode* const nodes = block.nodes.data() + category * block.depth;
+  Mark& listed = block.marks[category];
+  if (const Mark mark = MarkOf(nodes, nodes + block.depth); mark != listed || mark == kNoMark) {
+    ConstNode** label = block.labels.data() + category * levelsPerDim.back();
+    ForEachLabel(paths[digit], levelsPerDim.back(), dimNamesInCorner,
                  [&](ConstNode* node) { *label++ = node; });
-    category = Listed(category.path);
+    block.marked += mark != 0 ? 1 : 0;
+    block.marked -= listed != 0 ? 1 : 0;
+    listed = mark;
   }
   shown.labels = block.labels.data();
-  shown.categories = block.categories.data();
-  shown.first = place - digit % kBlock;
+  shown.width = levelsPerDim.back();
+  shown.nodes = block.nodes.data();
+  shown.depth = block.depth;
+  shown.marks = block.marks.data();
+  shown.plain = shown.outerMark == 0 && block.marked == 0;
+  shown.first = place - category;
   shown.length = std::min(kBlock, end - digit / kBlock * kBlock);
 }
 
-// Tells whether what is kept of a place of the run is no longer what its nodes say.
-inline bool OmDisplayRowHeading::Data::IsStale(unsigned long long place) const noexcept {
-  return (shown.categories != nullptr && shown.categories[place - shown.first].IsStale()) ||
-         std::any_of(shown.outer.begin(), shown.outer.end(),
-                     [](const Listed& listed) { return listed.IsStale(); });
+// Tells whether what is kept of place `i` of the run is no longer what its nodes say.
+inline bool OmDisplayRowHeading::Data::IsStale(unsigned long i) const noexcept {
+  const PathNode* const inner = shown.nodes + i * shown.depth;
+  const PathNode* const outer = shown.outerNodes.data();
+  const PathNode* const innerEnd = inner + shown.depth;
+  const PathNode* const outerEnd = outer + shown.outerNodes.size();
+  if (shown.plain) {
+    return IsAnyHidden(inner, innerEnd) || IsAnyHidden(outer, outerEnd);
+  }
+  const Mark innerMark = MarkOf(inner, innerEnd);
+  const Mark outerMark = MarkOf(outer, outerEnd);
+  return innerMark != shown.marks[i] || outerMark != shown.outerMark || innerMark == kNoMark ||
+         outerMark == kNoMark;
 }
 
+namespace {
+
+// A way through two arrays, one behind the other. A container that is made from it copies each
+// label once, and none that was written just before, which it would have to wait for.
+class Joined {
+ public:
+  using iterator_category = std::forward_iterator_tag;
+  using value_type = ConstNode*;
+  using difference_type = long;
+  using pointer = ConstNode* const*;
+  using reference = ConstNode* const&;
+
+  // Begins `left` labels before the end.
+  Joined(const std::vector<ConstNode*>& front, ConstNode* const* back_, unsigned int left_) noexcept
+      : at(front.empty() ? back_ : front.data()),
+        frontEnd(front.data() + front.size()),
+        back(back_),
+        left(left_) {}
+
+  reference operator*() const noexcept { return *at; }
+  Joined& operator++() noexcept {
+    --left;
+    if (++at == frontEnd) {
+      at = back;
+    }
+    return *this;
+  }
+  friend bool operator==(const Joined& a, const Joined& b) noexcept { return a.left == b.left; }
+
+ private:
+  ConstNode* const* at;
+  ConstNode* const* frontEnd;
+  ConstNode* const* back;
+  unsigned int left;
+};
+
+}  // namespace
+
 OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place) {
-  if (place - shown.first >= shown.length || IsStale(place)) {
+  if (place - shown.first >= shown.length || IsStale(place - shown.first)) {
     EnterRun(place);
   }
-  const auto i = static_cast<long>(place - shown.first);
-  ConstNode* const* label = shown.labels + i * (shown.end - shown.innerBegin);
-  for (ConstNode** entry = shown.innerBegin; entry != shown.end; ++entry) {
-    *entry = *label++;
-  }
+  ConstNode* const* const label = shown.labels + (place - shown.first) * shown.width;
   // At once: filling a deque one by one costs more than anything else here.
-  return Labels(shown.begin, shown.end);
+  return Labels(Joined(shown.outerLabels, label, headingWidth),
+                Joined(shown.outerLabels, label, 0));
 }
 
 void OmDisplayRowHeading::Data::GetRowNodeCategories(unsigned long long place, Labels& out) const {

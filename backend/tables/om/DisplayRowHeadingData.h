@@ -57,36 +57,38 @@ struct OmDisplayRowHeading::Data {
   unsigned int headingWidth = 0;                   // sum of levelsPerDim
 
  private:
-  // A path whose labels are kept, and what was hidden on it when they were listed, which may change
-  // while the heading lives.
-  struct Listed {
-    explicit Listed(Path* path_) noexcept;
-    [[nodiscard]] bool IsStale() const noexcept;
-
-    Path* path;
-    unsigned int hidden;
-  };
-  // The labels of some categories of the innermost dimension, levelsPerDim of each.
+  // What is hidden on a path, which may change while the heading lives: labels that are kept hold
+  // for as long as it does not. 0 means nothing.
+  using Mark = unsigned long long;
+  using PathNode = const OmDimensionNode*;
+  // Some categories of the innermost dimension.
   struct Block {
-    std::vector<ConstNode*> labels;
-    std::vector<Listed> categories;
+    std::vector<ConstNode*> labels;  // levelsPerDim of each
+    std::vector<PathNode> nodes;     // the path of each, `depth` nodes, some twice
+    std::vector<Mark> marks;         // of the paths, from when the labels were listed
+    unsigned long marked = 0;        // of the marks, those that are not 0
+    unsigned long depth = 0;
   };
   // Rows that differ in the innermost dimension only follow each other, as a rule; so what they
   // share is kept. A place is in the run where place - first < length.
   struct Run {
     unsigned long long first = 0;
     unsigned long long length = 0;
-    ConstNode* const* labels = nullptr;  // of the innermost dimension, place by place
-    Listed* categories = nullptr;        // theirs, null where no leaf stands
-    ConstNode** begin = nullptr;         // of `row`
-    ConstNode** innerBegin = nullptr;    // of those of the innermost dimension there
-    ConstNode** end = nullptr;
-    std::vector<ConstNode*> row;  // the row asked for last
-    std::vector<Listed> outer;    // of the other dimensions, those with a leaf
+    ConstNode* const* labels = nullptr;  // of the innermost dimension, `width` a place
+    unsigned long width = 0;
+    const PathNode* nodes = nullptr;  // of the innermost dimension, `depth` a place
+    unsigned long depth = 0;
+    const Mark* marks = nullptr;  // of those
+    bool plain = false;           // all marks are 0, outerMark too
+    Mark outerMark = 0;
+    std::vector<PathNode> outerNodes;     // of the other dimensions
+    std::vector<ConstNode*> outerLabels;  // of the other dimensions
   };
 
+  [[nodiscard]] static Mark MarkOf(const PathNode* node, const PathNode* end) noexcept;
+  [[nodiscard]] static bool IsAnyHidden(const PathNode* node, const PathNode* end) noexcept;
   [[nodiscard]] Block& InnerBlock(std::deque<Path>& paths, unsigned long block);
-  [[nodiscard]] bool IsStale(unsigned long long place) const noexcept;
+  [[nodiscard]] bool IsStale(unsigned long i) const noexcept;
   void EnterRun(unsigned long long place);
   [[nodiscard]] LayerData& Layer() const noexcept;
   // Returns the path of category `digit` of axis dimension `k`, or null.
