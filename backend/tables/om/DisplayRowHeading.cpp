@@ -23,8 +23,9 @@ constexpr unsigned long long kNoMark = ~0ULL;
 constexpr unsigned long long kNothingHidden = 0;
 // A run of equal labels that is worth an insertion of its own.
 constexpr unsigned long long kLongRun = 64;
-// The most labels for one insertion, so that what it reserves is still at hand when it is filled.
-constexpr unsigned long kAtOnce = 1024;
+// The most labels for one insertion: whole nodes of the deque, and so few that what is reserved is
+// still at hand when it is filled.
+constexpr unsigned long kAtOnce = 128;
 
 // Calls `sink` with each of the `levels` labels of a path, root first, and null where there are
 // fewer.
@@ -435,16 +436,21 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
     }
     return column;
   }
+  // The labels of a period, and those that follow it, so that every insertion begins where a node
+  // of the deque does, and fills it.
   const auto period = static_cast<unsigned long>(std::min(stride * digitOf.Base(), placeCount));
-  std::vector<ConstNode*> runs;
-  runs.reserve(period + stride);
-  for (unsigned int digit = 0; runs.size() < period; ++digit) {
-    runs.insert(runs.end(), stride, labelOf(digit));
+  std::vector<ConstNode*> labels;
+  labels.reserve(period + std::max<unsigned long>(stride, kAtOnce));
+  for (unsigned int digit = 0; labels.size() < period; ++digit) {
+    labels.insert(labels.end(), stride, labelOf(digit));
   }
-  while (left() != 0) {
-    const unsigned long from = column.size() % period;
-    const unsigned long n = std::min<unsigned long>({kAtOnce, period - from, left()});
-    column.insert(column.end(), &runs[from], &runs[from] + n);
+  labels.resize(period);
+  for (unsigned long i = 0; i != kAtOnce; ++i) {
+    labels.push_back(labels[i]);
+  }
+  for (unsigned long from = 0; left() != 0; from = (from + kAtOnce) % period) {
+    const unsigned long n = std::min<unsigned long>(kAtOnce, left());
+    column.insert(column.end(), &labels[from], &labels[from] + n);
   }
   return column;
 }
