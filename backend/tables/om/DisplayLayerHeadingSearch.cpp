@@ -150,33 +150,41 @@ class StoreWalk {
   // Walks the elements from `s` to `end`; up to `held`, they may be looked at in advance.
   void WalkSlots(unsigned long k, const OmPointerVector& v, unsigned long s, unsigned long end,
                  unsigned long held, unsigned long long place) {
+    unsigned long asked = k != 0 ? s : held;
     for (; s < end; ++s) {
+      if (asked < held && asked <= s + kAhead) {
+        const unsigned long to = std::min(asked + kAhead, held);
+        AskFor(v, asked, to, held);
+        asked = to;
+      }
       if (void* const element = v.begin()[s]; element != nullptr) {
         if (found.Full()) {
           return;
-        }
-        if (k != 0) {
-          FetchAhead(v, s, held);
         }
         Visit(k, s, element, place);
       }
     }
   }
 
-  // Asks for elements behind `s`: a vector of the store is as a rule nowhere near the one before
-  // it, and most of the work is to wait for it. Inlined because a function that does no more than
-  // this is one without an effect to the compiler, which drops its calls.
-  [[gnu::always_inline]] static inline void FetchAhead(const OmPointerVector& v, unsigned long s,
-                                                       unsigned long end) {
-    if (s + 2 * kAhead < end) {
-      __builtin_prefetch(v[s + 2 * kAhead]);
+  // Asks for what the vectors from `s` to `to` begin with, and for the vectors behind them up to
+  // `end`: a vector of the store is as a rule nowhere near the one before it, and most of the work
+  // is to wait for it. Many at once, because each is on another page, and the searches for pages
+  // overlap only where they follow each other closely. Inlined because a function that does no more
+  // than this is one without an effect to the compiler, which drops its calls.
+  [[gnu::always_inline]] static inline void AskFor(const OmPointerVector& v, unsigned long s,
+                                                   unsigned long to, unsigned long end) {
+    for (unsigned long i = to; i < std::min(to + kAhead, end); ++i) {
+      __builtin_prefetch(v[i]);
     }
-    if (s + kAhead < end && v[s + kAhead] != nullptr) {
-      const auto& next = *static_cast<const OmPointerVector*>(v[s + kAhead]);
+    for (; s < to; ++s) {
+      if (v[s] == nullptr) {
+        continue;
+      }
+      const auto& next = *static_cast<const OmPointerVector*>(v[s]);
       if (next.capacity() > OmPointerVector::kMostUnmarked) {
         __builtin_prefetch(next.begin() - kLine);
       }
-      for (unsigned long i = 0; i < std::min(next.size(), 4 * kLine); i += kLine) {
+      for (unsigned long i = 0; i < std::min(next.size(), OmPointerVector::kStretch); i += kLine) {
         __builtin_prefetch(&next[i]);
       }
     }
