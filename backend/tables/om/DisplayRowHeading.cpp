@@ -235,8 +235,8 @@ OmDisplayRowHeading::Data::Block& OmDisplayRowHeading::Data::InnerBlock(std::deq
   return kept;
 }
 
-// Makes `shown` the run that `place` is in.
-void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
+// Makes `shown` the run that `place` is in. Not a part of what calls it, which mostly need not.
+[[gnu::noinline]] void OmDisplayRowHeading::Data::EnterRun(unsigned long long place) {
   const LayerData::PlaceDigits digits(placeCalculator, place);
   const unsigned long dims = levelsPerDim.size();
   shown.length = 0;
@@ -539,7 +539,8 @@ const std::vector<unsigned long long>& OmDisplayRowHeading::getNonEmptyRows() co
   return data->Places();
 }
 
-std::deque<ConstNode*> OmDisplayRowHeading::Row(int r) const {
+// Flat, because calls are a good part of what a row costs beside its memory.
+[[gnu::flatten]] std::deque<ConstNode*> OmDisplayRowHeading::Row(int r) const {
   return data->GetRowNodes(data->ListedPlaceOf(r));
 }
 
