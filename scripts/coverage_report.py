@@ -34,7 +34,9 @@ def main():
                 open_lines.append((known, name, line["line_number"], code))
             # Where the source decides nothing, the branches are the compiler's: of new, of delete, of clean-up.
             decides = re.search(r"\b(if|for|while|case|catch)\b|&&|\|\||\?", code)
-            taken = [branch["count"] > 0 for branch in line.get("branches", [])] if decides else []
+            # Nor does it in the ways that exceptions take, one of every call: the exhaustion test takes them all.
+            # Which they are is known only of code that has run, so of what is merged and not of each object.
+            taken = [branch["count"] > 0 for branch in line.get("branches", []) if decides and not branch["throw"]]
             branches += len(taken)
             reached_branches += len(taken) if known else sum(taken)
             if taken and not all(taken) and line["count"] > 0:
