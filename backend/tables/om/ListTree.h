@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <iterator>
 #include <list>
-#include <new>
 
 #include "backend/tables/om/Assert.h"
 
@@ -195,7 +194,7 @@ typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
     unused.push_back(made);
     try {
       unused.resize(several + 1, ListTreeData<T>(0, T()));
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
       // One is enough.
     }
   }

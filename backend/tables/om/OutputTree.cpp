@@ -50,9 +50,9 @@ class Replacement {
 Node ReplaceItem(Node node, const std::string& message) {
   OM_HARDEN(*node != nullptr, "Amputate");
   // An item has no title only where setting one failed.
+  const OmStringCell none("");
   const OmCellText* const title = (*node)->Title();
-  Replacement block =
-      title != nullptr ? Replacement(*title, message) : Replacement(OmStringCell(""), message);
+  Replacement block(title != nullptr ? *title : none, message);
   DeletePart(*node);
   block.Append(node);
   node.Tree().Flatten(node);

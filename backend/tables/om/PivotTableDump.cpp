@@ -29,8 +29,11 @@ void OmPivotTable::Print() const {
   if (_my->footnotes.size() != 0) {
     std::cout << "  Footnotes" << std::endl;
     for (const OmFootnote& footnote : _my->footnotes) {
-      std::cout << "      " << (footnote.Text() != nullptr ? footnote.Text()->Text() : "")
-                << std::endl;
+      std::cout << "      ";
+      if (footnote.Text() != nullptr) {
+        std::cout << footnote.Text()->Text();
+      }
+      std::cout << std::endl;
     }
   }
   std::cout << "Done with table " << _my->tableTitle->Text() << std::endl;

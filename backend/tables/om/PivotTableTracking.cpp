@@ -89,7 +89,11 @@ void OmPivotTable::setBackendSettings(const BackendSettings& settings) {
     }
   }
   if (my.utf8 == nullptr && my.fastTable) {
-    my.utf8 = settings.getUnicode() ? my.icu : new icuTracker(true, settings.getLocale());
+    if (settings.getUnicode()) {
+      my.utf8 = my.icu;
+    } else {
+      my.utf8 = new icuTracker(true, settings.getLocale());
+    }
   }
 }
 

@@ -317,9 +317,7 @@ T* OmVector<T>::insert(T* position, const T& value) {
     try {
       new (place) T(value);
     } catch (...) {
-      if (tail != 0) {
-        std::memmove(static_cast<void*>(place), place + 1, tail);
-      }
+      std::memmove(static_cast<void*>(place), place + 1, tail);
       throw;
     }
   }
