@@ -21,6 +21,7 @@ using Subscripts = std::vector<int>;
 using Table = OmPivotTable;
 
 const OmStringCell kText("text");
+const BrittleText kBrittle(1);
 
 class PivotTable : public testing::Test {
  protected:
@@ -94,6 +95,8 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   expect("CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == 0",
          [&] { table.CopyDimensions(empty); });
   EXPECT_EQ(empty.Cell({}), nullptr);
+  EXPECT_THROW(empty.Cell(place, kText), OMSException);
+  empty.deleteCell(none);
   EXPECT_THROW((void)table.Cell(none), OMSException);
 
   BackendSettings settings;
@@ -209,21 +212,21 @@ TEST_F(PivotTable, IteratorsShareACursorAndGoInAnyOrder) {
   EXPECT_EQ(copy.Index(), Subscripts{0});
   a.reset();
   EXPECT_EQ((++ ++b).Cell(), nullptr);
+  EXPECT_EQ(b.Index(), Subscripts{1}) << "where it was last";
 }
 
 // On two threads, whose tables share nothing but the default heap.
 TEST_F(PivotTable, StoresAgreeWithAMap) {
   const unsigned long blocks = OmMemoryRegion::DefaultHeap()->LiveBlocks();
-  std::thread other([] { Play<StoreModel>(20, 300); });
-  Play<StoreModel>(20, 300);
+  std::thread other([] { Play<StoreModel>(100, 300); });
+  Play<StoreModel>(100, 300);
   other.join();
   EXPECT_EQ(OmMemoryRegion::DefaultHeap()->LiveBlocks(), blocks);
 }
 
 TEST_F(PivotTable, FootnotesAgreeWithAListAndSurviveAFailedCopy) {
   Play<FootnoteModel>(20, 200);
-  const BrittleText brittle(1);
-  EXPECT_THROW(table.Footnote(OmFootnote(&brittle, nullptr, nullptr), false), std::runtime_error);
+  EXPECT_THROW(table.Footnote(OmFootnote(&kBrittle, nullptr, nullptr), false), std::runtime_error);
   EXPECT_EQ(table.Footnote(OmFootnote(&kText, &kText, nullptr), false), 1) << "the entry stays";
   // An entry of the list may be handed back, while the list grows.
   for (int i = 2; i < 20; ++i) {
@@ -281,7 +284,12 @@ TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
   settings.setFastTables(true);
   settings.setUnicode(true);
   OmPivotTable unicode(kText, kText, false);
-  unicode.Footnote(OmFootnote(&kText, nullptr, nullptr), false);
+  // What a failure left without a text has nothing to tie.
+  EXPECT_THROW(unicode.SetTitle(BrittleText(0)), std::runtime_error);
+  EXPECT_THROW(unicode.Footnote(OmFootnote(&kBrittle, nullptr, nullptr), false),
+               std::runtime_error);
+  OmDimension& bare = *unicode.AddDimension(kText);
+  bare.OmVectorTree::Child(bare.Root(), OmDimensionNode(nullptr));
   unicode.setBackendSettings(settings);
   const OmStringCellUTF8 utf8("utf8");
   const OmVariable variable("v", "");
@@ -317,6 +325,7 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   table.SetTableTitle(OmStringCell("T"));
   table.CornerText(&corner);
   table.Caption(&caption);
+  EXPECT_THROW(table.Footnote(OmFootnote(&kBrittle, nullptr, nullptr), false), std::runtime_error);
   table.Footnote(OmFootnote(&kText, nullptr, nullptr), false);
   OmMemoryRegion region(false);
   OmPointerVector bottom(&region);
@@ -328,7 +337,7 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   std::ostringstream expected;
   expected << "Starting table T\n"
            << "Subscript: 0, Group: yes, hide: no, hideLabels: no, Text: D\n"
-           << "Cells\n  Corner Text: corner\n  Caption: caption\n  Footnotes\n      text\n"
+           << "Cells\n  Corner Text: corner\n  Caption: caption\n  Footnotes\n      \n      text\n"
            << "Done with table T\n"
            << static_cast<void*>(&bottom) << "\n    [0] " << static_cast<void*>(nullptr)
            << "\n    [1] " << bottom[1] << " - corner\n";

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,45 +35,54 @@ inline std::string Cells(const OmPivotTable& table) {
 // what was stored: a text, or nothing for a null.
 class StoreModel {
  public:
-  explicit StoreModel(Choices& random_) : random(random_), nulls(random.OneIn(2)) {
-    AddDimension(t, "d", 2);
-  }
+  explicit StoreModel(Choices& random_) : random(random_) { AddDimension(*t, "d", 2); }
 
   void Step() {
     const int step = count++;
-    const auto n = static_cast<unsigned long>(t.NDimensions());
+    const auto n = static_cast<unsigned long>(t->NDimensions());
     Key key{};
     for (auto subscript = key.end() - static_cast<long>(n); subscript != key.end(); ++subscript) {
       // Now and then far away, also where only what was stored in is marked.
-      *subscript = random.Below(random.OneIn(200) ? 9000 : random.OneIn(100) ? 201 : n > 2 ? 3 : 7);
+      *subscript = random.Below(random.OneIn(50) ? 9000 : random.OneIn(100) ? 201 : n > 2 ? 3 : 7);
     }
     const std::vector<int> subscripts = Subscripts(key);
     const int what = random.Below(20);
-    if (what < 12) {
-      twin[key] = std::to_string(step);
-      t.Cell(subscripts, OmStringCell(twin[key]));
+    if (what < sets) {
+      Key at = key;
+      // Now and then many side by side.
+      for (int left = random.OneIn(60) ? 150 : 1; left != 0; --left, ++at.back()) {
+        twin[at] = std::to_string(step);
+        const OmStringCell text(twin[at]);
+        const BrittleText other(1, twin[at], counted);
+        t->Cell(Subscripts(at), foreign ? static_cast<const OmCellText*>(&other) : &text);
+      }
     } else if (what < 14 && nulls) {
       twin[key] = "";
-      t.Cell(subscripts, nullptr);
-    } else if (what < 19 && twin.contains(key)) {
-      twin[key] = "";
-      t.deleteCell(subscripts);
-      if (!VectorHoldsCell(key)) {
-        std::erase_if(twin, [&](const auto& entry) { return SameVector(entry.first, key); });
+      t->Cell(subscripts, nullptr);
+    } else if (what < 19) {
+      t->deleteCell(subscripts);
+      // Behind the end of a vector nothing happens.
+      if (const auto at = twin.lower_bound(key); at != twin.end() && SameVector(at->first, key)) {
+        twin[key] = "";
+        if (!VectorHoldsCell(key)) {
+          std::erase_if(twin, [&](const auto& entry) { return SameVector(entry.first, key); });
+        }
       }
-    } else if (what == 19 && n < key.size() && step > 100 && !twin.empty()) {
-      AddDimension(t, "d", 2);
+    } else if (n < most && step > 100 && !twin.empty()) {
+      AddDimension(*t, "d", 2);
       return;
     }
-    const OmCellText* const cell = t.Cell(subscripts);
+    const OmCellText* const cell = t->Cell(subscripts);
     ASSERT_EQ(cell == nullptr ? "" : cell->Text(), twin.contains(key) ? twin[key] : "");
   }
 
   void End() {
-    auto cell = t.FirstCell();
+    auto cell = t->FirstCell();
     // The first vector has to hold a cell, or the walk is over at once.
     const bool walks = !twin.empty() && VectorHoldsCell(twin.begin()->first);
+    long texts = 0;
     for (const auto& [key, text] : twin) {
+      texts += foreign && !text.empty() ? 1 : 0;
       if (walks && !text.empty()) {
         ASSERT_NE(cell.Cell(), nullptr);
         ASSERT_EQ(cell.Index(), Subscripts(key));
@@ -80,6 +91,10 @@ class StoreModel {
       }
     }
     ASSERT_EQ(cell.Cell(), nullptr);
+    // Each has its end once, some with the table.
+    ASSERT_EQ(counted.use_count(), 1 + texts);
+    t.reset();
+    ASSERT_EQ(counted.use_count(), 1);
   }
 
  private:
@@ -87,7 +102,7 @@ class StoreModel {
   using Key = std::array<int, 4>;
 
   [[nodiscard]] std::vector<int> Subscripts(const Key& key) const {
-    return {key.rbegin(), key.rbegin() + static_cast<long>(t.NDimensions())};
+    return {key.rbegin(), key.rbegin() + static_cast<long>(t->NDimensions())};
   }
   [[nodiscard]] bool VectorHoldsCell(const Key& key) const {
     return std::any_of(twin.begin(), twin.end(), [&](const auto& entry) {
@@ -99,9 +114,13 @@ class StoreModel {
   }
 
   Choices& random;
-  bool nulls;
+  bool nulls = random.OneIn(2);
+  bool foreign = random.OneIn(2);  // texts that do not go with the region
+  unsigned long most = 1 + static_cast<unsigned long>(random.Below(4));  // dimensions
+  int sets = 4 + 4 * random.Below(3);                                    // of 20 steps
   int count = 0;
-  OmPivotTable t{OmStringCell("t"), OmStringCell("t"), false};
+  std::shared_ptr<int> counted = std::make_shared<int>();
+  std::optional<OmPivotTable> t{std::in_place, OmStringCell("t"), OmStringCell("t"), false};
   std::map<Key, std::string> twin;
 };
 

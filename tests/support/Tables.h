@@ -3,8 +3,10 @@
 #ifndef TESTS_SUPPORT_TABLES_H
 #define TESTS_SUPPORT_TABLES_H
 
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Exception.h"
@@ -32,17 +34,19 @@ std::string Message(Call call) {
   return "nothing thrown";
 }
 
-// A text that can be copied `left` times, its copies one time less each.
+// A text that can be copied `left` times, its copies one time less each. All hold the count.
 class BrittleText : public OmStringCell {
  public:
-  explicit BrittleText(int left_) : OmStringCell("brittle"), left(left_) {}
+  explicit BrittleText(int left_, const std::string& text = "", std::shared_ptr<int> count_ = {})
+      : OmStringCell(text), left(left_), count(std::move(count_)) {}
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region) const override {
     return left == 0 ? throw std::runtime_error("no more copies")
-                     : new (region) BrittleText(left - 1);
+                     : new (region) BrittleText(left - 1, Text(), count);
   }
 
  private:
   int left;
+  std::shared_ptr<int> count;
 };
 
 #endif
