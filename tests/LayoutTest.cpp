@@ -40,63 +40,69 @@ TEST_F(Layout, CutsAndFillsThePathsOfAHeader) {
   EXPECT_EQ(Category(&path), std::vector<ConstNode*>{&path[0]});
 }
 
+// A number beyond 64 bits loses what does not fit, and shows what the rest stands for.
 TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
-  Add("a", 256, table.Rows());
-  for (int i = 0; i < 7; ++i) {
-    table.Rows().push_back(0);  // 2 to the 64th places
+  OmDimension* const dimension = Add("a", 300, table.Rows());
+  for (int i = 0; i != 100; ++i) {
+    Node first = dimension->Root()[0];
+    dimension->Delete(first);
   }
-  table.Cell({5}, OmNumber(1));
+  for (const int n : {9, 443, 449, 453, 509, 513, 566, 841, 961}) {
+    Add("b", n, table.Columns());  // 5251 times 2 to the 64th and 242 places
+  }
+  Subscripts at(10, 0);
+  for (const int row : {0, 250, 999}) {  // a leaf carries the second
+    at[0] = row;
+    table.Cell(at, OmNumber(1));
+  }
+  Place place = 150;
+  for (int i = 0; i != 8; ++i) {
+    table.Rows().push_back(0);
+    place = place * 300 + 150;
+  }
   OmDisplayLayerHeading layers(table, false);
   ASSERT_TRUE(IsSparse(table));
   const OmDisplayRowHeading rows(layers, true, false);
-  EXPECT_EQ(rows.getNonEmptyRows(), Places{0x0505050505050505});
-  EXPECT_EQ(rows.Column(15)[0], rows.Row(0)[15]);
-  EXPECT_EQ((*rows.Row(0)[15])->Text()->Text(), "a5");
-  EXPECT_EQ(OmDisplayRowHeading(layers, false, false).NRows(), 0U);
+  EXPECT_EQ(rows.getNonEmptyRows(), Places{place});
+  EXPECT_EQ((*rows.Row(0)[3])->Text()->Text(), "a124");
+  for (unsigned int c = 0; c != rows.NColumns(); ++c) {
+    EXPECT_EQ(rows.Column(static_cast<int>(c))[0], rows.Row(0)[c]);
+  }
+  const OmDisplayColumnHeading columns(layers, false);
+  EXPECT_EQ(columns.Row(1), std::deque<ConstNode*>(242, columns.Column(241)[1]));
+  EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), Places{0});
 }
 
-TEST_F(Layout, FindsRowsAmongMoreThanABitEachWouldHold) {
-  Add("column", 2, table.Columns());
-  for (const char* const name : {"a", "b", "c"}) {
-    Add(name, 3000, table.Rows());
-  }
-  std::set<unsigned long long> expected;
-  for (int i = 0; i != 3000; ++i) {
-    const Subscripts at{i * 7 % 3000, i * 11 % 30, i * 13 % 3000};
-    for (const int column : {0, 1}) {
-      table.Cell({column, at[0], at[1], at[2]}, OmNumber(1));
+// More places than a bit each would hold, and vectors of the store so wide that it marks which
+// parts of them hold anything.
+TEST_F(Layout, FindsRowsInStoresOfAnyShape) {
+  for (unsigned int shape = 0; shape != 8; ++shape) {
+    const unsigned long rows = shape % 2 == 0 ? 1 : 3;           // dimensions there
+    const unsigned long column = shape / 2 % 2 == 0 ? 0 : rows;  // the one beside them
+    const int cells = shape / 4 == 0 ? 40 : 4000;
+    OmPivotTable shaped(OmStringCell("title"), OmStringCell("Template"), false);
+    for (unsigned long d = 0; d <= rows; ++d) {
+      AddDimension(shaped, "d", d == column ? 20 : 5000);
+      (d == column ? shaped.Columns() : shaped.Rows()).push_back(static_cast<short>(d));
     }
-    expected.insert(static_cast<unsigned long long>((at[2] * 3000L + at[1]) * 3000 + at[0]));
-  }
-  OmDisplayLayerHeading layers(table, false);
-  const OmDisplayRowHeading rows(layers, true, false);
-  EXPECT_EQ(rows.getNonEmptyRows(), Places(expected.begin(), expected.end()));
-  EXPECT_EQ((*rows.Row(2999).back())->Text()->Text(),
-            "a" + std::to_string(*expected.rbegin() % 3000));
-}
-
-// The store marks which parts of a vector above some width hold anything.
-TEST_F(Layout, FindsRowsInVectorsOfAnyWidth) {
-  for (const unsigned long rows : {0UL, 1UL}) {
-    for (const int cells : {40, 400}) {  // sparse, dense
-      OmPivotTable wide{OmStringCell("title"), OmStringCell("Template"), false};
-      AddDimension(wide, "a", rows == 0 ? 5000 : 3);
-      AddDimension(wide, "b", rows == 1 ? 5000 : 3);
-      wide.Rows().push_back(static_cast<short>(rows));
-      wide.Columns().push_back(static_cast<short>(1 - rows));
-      std::mt19937 random(7);
-      std::set<unsigned long long> filled;
-      for (int i = 0; i != cells; ++i) {
-        Subscripts at(2, static_cast<int>(random() % 3));
-        at[rows] = static_cast<int>(i % 9 == 0 ? random() % 5000 : 1000 + random() % 300);
-        wide.Cell(at, OmNumber(1));
-        filled.insert(static_cast<unsigned long long>(at[rows]));
+    std::set<Place> filled;
+    for (int i = 0; i != cells; ++i) {
+      std::mt19937 random(static_cast<unsigned int>(i % (cells / 2 + 1)));  // the same row twice
+      Subscripts at(rows + 1, i % 20);
+      Place place = 0;
+      for (unsigned long d = rows + 1; d-- != 0;) {
+        if (d != column) {
+          at[d] = static_cast<int>(i % 9 == 0 ? random() % 5000 : 1000 + random() % 300);
+          place = place * 5000 + static_cast<Place>(at[d]);
+        }
       }
-      OmDisplayLayerHeading layers(wide, false);
-      ASSERT_EQ(IsSparse(wide), cells == 40);
-      EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(),
-                Places(filled.begin(), filled.end()));
+      shaped.Cell(at, OmNumber(1));
+      filled.insert(place);
     }
+    OmDisplayLayerHeading layers(shaped, false);
+    ASSERT_EQ(IsSparse(shaped), rows == 3 || cells == 40);
+    EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(),
+              Places(filled.begin(), filled.end()));
   }
 }
 
@@ -113,7 +119,11 @@ TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
   table.Cell({0, 1, 0}, OmNumber(1));  // shows as place 0 + 1
   table.Cell({0, 8, 0}, OmNumber(1));  // and this as place 7 + 1, where no leaf stands
   OmDisplayLayerHeading layers(table, false);
-  EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), Places{1});
+  const OmDisplayRowHeading rows(layers, true, false);
+  EXPECT_EQ(rows.getNonEmptyRows(), Places{1});
+  std::vector<ConstNode*> nodes;
+  rows.DimAllNodes(4, nodes);  // no row is listed there, so it is the place
+  EXPECT_EQ((*nodes[1])->Text()->Text(), "fewer5");
   // Labels are listed by blocks, whichever is asked for first.
   const OmDisplayColumnHeading columns(layers, false);
   for (int i = 0, c = 299; i != 300; ++i, c = (c + 257) % 300) {
@@ -187,12 +197,12 @@ TEST_F(Layout, AsksForWhatIsHiddenWithTheLabels) {
   OmDimension* const outer = Add("outer", 2, table.Rows());
   OmDisplayLayerHeading layers(table, false);
   const OmDisplayRowHeading rows(layers, false, false);
-  for (const bool hide : {false, true, false}) {
-    inner->Root()[1]->Hide(hide);
-    inner->Root()[599]->Hide(hide);
-    outer->Root()[0]->Hide(hide);
-    outer->Root()->HideLabels(hide);
-    for (const int r : {0, 1, 2, 599, 600, 1199}) {
+  for (const unsigned int hide : {0U, 1U, 0U, 2U, 0U, 3U}) {
+    inner->Root()[1]->Hide(hide % 2 != 0);
+    inner->Root()[599]->Hide(hide % 2 != 0);
+    outer->Root()[0]->Hide(hide > 1);
+    outer->Root()->HideLabels(hide > 1);
+    for (const int r : {1, 2, 599, 600, 1199, 0}) {  // ends beside where it begins
       for (int c = 0; c != 4; ++c) {
         EXPECT_EQ(rows.Row(r)[static_cast<unsigned long>(c)],
                   rows.Column(c)[static_cast<unsigned long>(r)]);
@@ -265,6 +275,7 @@ TEST(MultiBase, KeepsItsEdges) {
   EXPECT_EQ(out, (Subscripts{2, 7, 7, 1}));
   PuppetVector<short> none(-1);
   EXPECT_THROW(none[~0UL] = 0, std::length_error);
+  EXPECT_TRUE(none.empty() && std::as_const(none)[9] == -1);
 }
 
 }  // namespace

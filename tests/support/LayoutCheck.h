@@ -245,6 +245,7 @@ void CheckHeading(const LayoutModel& model, const OmDisplayLayerHeading& layers,
     ASSERT_EQ(PayloadsOf(dimNodes), roots);
     ASSERT_EQ(PayloadsOf(catNodes), leaves);
     ASSERT_EQ(PayloadsOf(allNodes), all);
+    ASSERT_EQ(PayloadsOf(heading.Row(row)), labels) << "a second time";
     Subscripts subscripts(2, 77), expected(2, 77);
     heading.Fill(subscripts, row);
     model.Fill(dims, places[r], expected);
