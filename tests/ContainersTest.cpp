@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <iterator>
 #include <memory>
 #include <stdexcept>
@@ -98,6 +99,15 @@ TEST_F(Dimension, NeedsNoMemoryToMoveAndKeepsAGroupThatFails) {
   leaf = root[0];
   dimension.moveChild(leaf, nullptr, false);
   EXPECT_EQ(Labels(root), "d(db(b))g(gxxxx)a(a)c(c)");
+  OmVectorTree<double> numbers(0, nullptr);
+  numbers.Child(numbers.Root(), 1);
+  auto equal = numbers.Child(numbers.Root(), 1);
+  numbers.Child(equal, 2);
+  for (const double number : {1.0, std::nan("")}) {  // equals a leaf, and nothing at all
+    *equal = number;
+    numbers.removeChild(equal);
+    EXPECT_EQ(*equal[0], 2);
+  }
 }
 
 // Deleting leaves the links below the moved siblings as they were. What is moved afterwards, by
@@ -248,7 +258,10 @@ TEST(ListTree, CursorsKeepTheirLevel) {
   EXPECT_TRUE(++end == root.End());
   EXPECT_EQ(0, end.Level());
   tree.Prune(NodeAt(tree, 2));
-  EXPECT_EQ(4U, tree.List().size());
+  ListTree<int> copy(0);
+  copy = ListTree<int>(tree);
+  NodeAt(copy, 0).Child(6);
+  EXPECT_EQ(4U + 5U, tree.List().size() + copy.List().size());
 }
 
 // An item that tells when it is deleted.

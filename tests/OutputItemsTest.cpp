@@ -34,32 +34,6 @@ using I = OmInteractive;
 
 const OmStringCell kText("text");
 
-struct Kinds : OmOutputPart::Visitor {
-  void Visit(OmPivotTable&) override {}
-  void Visit(OmHeading&) override { seen += "heading "; }
-  void Visit(OmProcedure&) override { seen += "procedure "; }
-  void Visit(OmTextBlock&) override { seen += "text "; }
-  void Visit(OmPageTitle&) override { seen += "page "; }
-  void Visit(OmChart&) override {}
-  void Visit(OmDendrix&) override {}
-  void Visit(OmModel&) override {}
-  void Visit(OmInteractive&) override {}
-
-  std::string seen;
-};
-
-TEST(OutputItems, AreVisitedByKind) {
-  OmProcedure procedure(kText, "", "", "");
-  OmPageTitle page("");
-  Kinds kinds;
-  procedure.Accept(kinds);
-  page.Accept(kinds);
-  // For visitors that do not tell them from what they are besides.
-  kinds.OmOutputPart::Visitor::Visit(procedure);
-  kinds.OmOutputPart::Visitor::Visit(page);
-  EXPECT_EQ("procedure page heading text ", kinds.seen);
-}
-
 TEST(OutputItems, OwnTheirTexts) {
   OmProcedure part(OmStringCell("first"), "a", "b", "c");
   part.setOutlineText(OmStringCell("second"));

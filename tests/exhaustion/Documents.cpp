@@ -16,8 +16,10 @@ constexpr unsigned int kSize = sizeof kBytes;
 const std::string kText = kBytes;
 const OMSException kError(kBytes, 1, 2);
 
+// Hands on what is of two kinds as the other one.
 struct Kinds : OmOutputPart::Visitor {
-  using OmOutputPart::Visitor::Visit;
+  void Visit(OmProcedure& item) override { kinds += 'p', OmOutputPart::Visitor::Visit(item); }
+  void Visit(OmPageTitle& item) override { kinds += 'g', OmOutputPart::Visitor::Visit(item); }
   void Visit(OmPivotTable&) override { kinds += 't'; }
   void Visit(OmHeading&) override { kinds += 'h'; }
   void Visit(OmTextBlock&) override { kinds += 'b'; }
@@ -65,6 +67,7 @@ struct Items : ExhaustionFixture {
     chart.Accept(visitor), model.Accept(visitor), dendrix.Accept(visitor);
     interactive.Accept(visitor), table.Accept(visitor);
     seen = visitor.kinds;
+    EXPECT_EQ(seen, "hphbgbcmdit");
   }
   void MapInfo() {
     std::string texts[4];
@@ -188,11 +191,14 @@ struct Documents : ExhaustionFixture {
                   node != root.End(), node.Level(), &root.Tree() == &tree,
                   tree.SearchForward(tree.List().begin(), 0) == tree.List().end());
   }
-  // The list alone leaves the items of its entries to their owner.
+  // The list alone leaves the items of its entries to their owner. So many that it makes entries in
+  // advance where there is memory.
   void Alone() {
     List list(nullptr);
     Node root(list, list.List().begin());
-    root.Child(nullptr).Child(nullptr);
+    for (int i = 0; i != 16; ++i) {
+      root.Child(nullptr).Child(nullptr);
+    }
     list.Erase(Ref(root.Begin()));
     list.Prune(root.Begin());
     seen = AsText(list.List().size());

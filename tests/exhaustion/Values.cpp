@@ -221,7 +221,7 @@ TEST(Exhaustion, CellStore) {
   UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}, f.last),
             (f.Raise(), f.root = OmCellStore::Lower(f.root)), (f.Raise(), ++f.levels),
             (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))),
-            (f.root->reserve(3000), f.root->push_back(nullptr), f.Widely()));
+            (f.root->reserve(3000), f.root->reserve(2900), f.root->push_back(nullptr), f.Widely()));
 }
 
 struct Numbers : ExhaustionFixture {
