@@ -167,9 +167,11 @@ void RegisterTree(const std::string& side) {
   Register<BTreeOfArrays<4>>("btree_of_arrays");
   Register<TreeStore<PlainNew>>("tree_of_new");
   Register<TreeStore<Pool>>("tree_of_pool");
+  Register<TreeStore<Arena>>("tree_of_arena");
   RegisterTree<TableStore>("ours");
   RegisterTree<TreeStore<PlainNew>>("tree_of_new");
   RegisterTree<TreeStore<Pool>>("tree_of_pool");
+  RegisterTree<TreeStore<Arena>>("tree_of_arena");
   return true;
 }();
 

@@ -10,6 +10,8 @@
 #include <absl/container/btree_map.h>
 #include <absl/container/flat_hash_map.h>
 
+#include <sys/mman.h>
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -148,6 +150,27 @@ struct Pool {
   void* allocate(std::size_t bytes) { return pool.allocate(bytes); }
   void deallocate(void* block, std::size_t bytes) { pool.deallocate(block, bytes); }
   std::pmr::unsynchronized_pool_resource pool;
+};
+
+// The least that such a region could do: blocks one behind the other, each after a word that would
+// tell whose it is, in pages that nobody has touched. Nothing is used again.
+struct Arena {
+  static constexpr std::size_t kPages = 1UL << 32;
+
+  Arena() = default;
+  Arena(const Arena&) = delete;
+  Arena& operator=(const Arena&) = delete;
+  ~Arena() { munmap(pages, kPages); }
+  void* allocate(std::size_t bytes) {
+    auto* const tag = reinterpret_cast<unsigned long*>(next);
+    next += (bytes + sizeof(*tag) + 15) / 16 * 16;
+    *tag = bytes;
+    return tag + 1;
+  }
+  void deallocate(void*, std::size_t) {}
+  char* pages = static_cast<char*>(mmap(nullptr, kPages, PROT_READ | PROT_WRITE,
+                                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+  char* next = pages + sizeof(unsigned long);
 };
 
 template <typename Memory>

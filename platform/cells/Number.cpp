@@ -9,15 +9,18 @@
 static_assert(sizeof(OmNumber) <= 40, "a number fits a region block of 40 bytes");
 
 OmCellText* OmNumber::Clone(OmMemoryRegion* region) const {
-  if (hasMeta()) {
-    return CloneWithMeta(region);
+  if (region != nullptr && !hasMeta()) {
+    if (void* const block = region->TryAllocate(sizeof(OmNumber)); block != nullptr) {
+      return Whole(::new (block) OmNumber(value, format, region));
+    }
   }
-  return Whole(new (region) OmNumber(value, format, region));
+  return CloneAtLength(region);
 }
 
-// Apart from the other, which needs no clean-up because it cannot fail half-way.
-OmCellText* OmNumber::CloneWithMeta(OmMemoryRegion* region) const {
-  return new (region) OmNumber(*this, region);
+// Apart from the other, which keeps nothing across a call.
+[[gnu::noinline]] OmCellText* OmNumber::CloneAtLength(OmMemoryRegion* region) const {
+  auto* const copy = new (region) OmNumber(*this, region);
+  return hasMeta() ? copy : Whole(copy);
 }
 
 unsigned long OmNumber::Kind() const noexcept {

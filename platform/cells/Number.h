@@ -33,7 +33,7 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
   [[nodiscard]] Key OrderKey(std::string& composed) const override;
 
  private:
-  [[nodiscard]] OmCellText* CloneWithMeta(OmMemoryRegion* region) const;
+  [[nodiscard]] OmCellText* CloneAtLength(OmMemoryRegion* region) const;
   OmNumber(const OmNumber& other, OmMemoryRegion* region)
       : OmCellText(other, region), value(other.value), format(other.format) {}
 

@@ -199,6 +199,10 @@ constexpr unsigned int SmallClassFor(unsigned long bytes) {
   return ClassOf(RoundUp(bytes + kTagBytes + kRedZone, kStep));
 }
 
+unsigned long Address(const char* at) {
+  return reinterpret_cast<unsigned long>(at);
+}
+
 // A tag holds the owner in its upper 48 bits and the size class below. Where hardening is on, the
 // top bit of the class marks a block that is released.
 [[maybe_unused]] constexpr unsigned long kReleased = 0x8000;
@@ -402,6 +406,8 @@ unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
 
 OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
   Tally tally = given;
+  tally.blocks += carved;
+  tally.bytes += settled + Address(fine.bump) + Address(coarse.bump) - carved * kTagBytes;
   for (unsigned int c = 0; c != kClasses; ++c) {
     for (const void* block = freeLists[c]; block != nullptr; block = NextFree(block)) {
       tally.Take(kStrides[c] - kTagBytes);
@@ -457,7 +463,7 @@ inline void* OmMemoryRegion::Carve(Rest& rest, unsigned int sizeClass) noexcept 
   void* const block = rest.bump + kTagBytes;
   rest.bump += kStrides[sizeClass];
   SetTag(block, TagFor(this, sizeClass));
-  given.Add(kStrides[sizeClass] - kTagBytes);
+  ++carved;
   return block;
 }
 
@@ -488,6 +494,7 @@ void OmMemoryRegion::AddChunk(Rest& rest, unsigned long stride) {
   chunkBytes += whole;
   bytesHeld += bytes;
   rest.bump = reinterpret_cast<char*>(chunk + 1);
+  settled -= Address(rest.bump);
   rest.end = rest.spanEnd = rest.bump + (bytes - kAround) / kStep * kStep;
   ASAN_POISON_MEMORY_REGION(rest.bump, bytes - sizeof(Chunk));
 }
@@ -522,6 +529,7 @@ void OmMemoryRegion::AddSpan(Rest& rest) {
   ReturnPages(start + bytes, kHugePage - before);
   Retire(rest);
   rest.bump = start + sizeof(Span) + kTagBytes;
+  settled -= Address(rest.bump);
   // A tag would fit between where blocks end and the next page.
   rest.end = start - kTagBytes;
   rest.spanEnd = rest.end + bytes;
@@ -538,6 +546,7 @@ void OmMemoryRegion::Retire(Rest& rest) noexcept {
     }
     PushFree(Carve(rest, sizeClass), sizeClass);
   }
+  settled += Address(rest.bump);
 }
 
 inline void OmMemoryRegion::PushFree(void* block, unsigned int sizeClass) noexcept {

@@ -20,8 +20,8 @@
 // is alive is told from what was carved from chunks, less what the free lists hold.
 //
 // Invariants: each block on freeLists[c]
-// is of class c; a block that was ever given out is alive, or on a free list, or no longer in
-// `given`; `bytesHeld` is the sum of all chunks, large blocks and blocks of zeros.
+// is of class c; a block that was ever given out is alive, or on a free list, or no longer counted;
+// `bytesHeld` is the sum of all chunks, large blocks and blocks of zeros.
 class OM_PLATFORM_API OmMemoryRegion {
  public:
   explicit OmMemoryRegion(bool shared);
@@ -33,6 +33,9 @@ class OM_PLATFORM_API OmMemoryRegion {
   // std::bad_alloc where there is no memory, where the limit is reached, or where `bytes` is beyond
   // what a block can hold (512 GiB). The region is then as it was.
   [[nodiscard]] void* Allocate(unsigned long bytes);
+
+  // Returns such a block where it is at hand, as small blocks mostly are, and null elsewhere.
+  [[nodiscard]] void* TryAllocate(unsigned long bytes) noexcept;
 
   // As Allocate, and every byte is zero. A large block comes from pages that nobody has touched,
   // and has marks: a bit for each kMarkedBytes of it, which the owner sets where it writes. Whoever
@@ -135,7 +138,11 @@ class OM_PLATFORM_API OmMemoryRegion {
   Rest fine;             // for all blocks, but for coarse ones once there are spans
   Rest coarse;           // in spans of its own, so that small blocks stand close to each other
   void* freeLists[kClasses] = {};
-  Tally given;  // blocks that were given out, less large ones and those released on the way out
+  // Blocks carved from chunks. One number, so that taking a block writes no more than it must; what
+  // they come to is told from how far the chunks are used.
+  unsigned long carved = 0;
+  unsigned long settled = 0;  // with the addresses in `fine` and `coarse`, bytes carved from chunks
+  Tally given;                // large blocks, less small ones released on the way out
   unsigned long counted = 0;  // bytes in use where there is a limit
   unsigned long limit = ~0UL;
   unsigned long bytesHeld = 0;
@@ -151,7 +158,7 @@ class OM_PLATFORM_API OmMemoryRegion {
 
 // Inline for what is done most, a small block of a size that was released before or is next in the
 // chunk: to know the size when compiling makes it three times as fast.
-inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
+inline void* OmMemoryRegion::TryAllocate(unsigned long bytes) noexcept {
   if (plain && bytes <= kMostFine) {
     const unsigned long sizeClass = (bytes + 7) / 16;
     void*& list = freeLists[sizeClass];
@@ -164,11 +171,16 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
       auto* const tag = reinterpret_cast<unsigned long*>(fine.bump);
       *tag = reinterpret_cast<unsigned long>(this) << 16 | sizeClass;
       fine.bump += stride;
-      given.Add(stride - sizeof(*tag));
+      ++carved;
       return tag + 1;
     }
   }
-  return Take(bytes, false);
+  return nullptr;
+}
+
+inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
+  void* const block = TryAllocate(bytes);
+  return block != nullptr ? block : Take(bytes, false);
 }
 
 // Inline like Allocate. What stands in front of a block is poisoned where a sanitizer watches.

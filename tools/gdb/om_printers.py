@@ -340,8 +340,11 @@ class CellIterator(Printer):
             cell = data['cell']
             if not int(cell):
                 return 'cells: the end'
-            levels = [str(int(level['index'])) for level in std_vector(data['levels'])]
-            return 'cell {%s}: %s' % (', '.join(levels), quoted(cell))
+            levels = list(std_vector(data['levels']))
+            indices = [int(level['index']) for level in levels]
+            # A step within the bottom vector moves this alone.
+            indices[0] = int(data['next'] - levels[0]['vector'].dereference()['first']) - 1
+            return 'cell {%s}: %s' % (', '.join(map(str, indices)), quoted(cell))
         except (gdb.error, RuntimeError):
             return 'cells'
 
@@ -353,7 +356,10 @@ STRIDES = [16 * (c + 1) for c in range(17)] + [((5 + c % 4) << (6 + c // 4)) + 1
 class Region(Printer):
     def to_string(self):
         v = self.value
-        size, count = int(v['given']['bytes']), int(v['given']['blocks'])
+        count = int(v['given']['blocks']) + int(v['carved'])
+        # Addresses cancel out in numbers of 64 bits.
+        size = (int(v['given']['bytes']) + int(v['settled']) + int(v['fine']['bump']) +
+                int(v['coarse']['bump']) - 8 * int(v['carved'])) % 2**64
         lists = v['freeLists']
         for c in range(lists.type.range()[1] + 1):
             block = lists[c]

@@ -34,7 +34,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void GrowTo(unsigned long s);
   // Returns element `s`, or null where there is none, as for a negative `s`.
   [[nodiscard]] void* At(int s) const noexcept;
-  // As GrowTo where there is room, and returns the slot, marked; returns null where there is none.
+  // Returns slot `s`, appending at most one null, or null where that takes more: room, marks, or
+  // filling up.
   [[nodiscard]] void** NearSlot(int s) noexcept;
 
   [[nodiscard]] void*& operator[](unsigned long i);
@@ -97,22 +98,21 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
 inline void** OmPointerVector::NearSlot(int s) noexcept {
   const auto address = reinterpret_cast<unsigned long>(first) +
                        static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
-  if (address >= reinterpret_cast<unsigned long>(limit)) {
+  if (address >= reinterpret_cast<unsigned long>(limit) ||
+      address > reinterpret_cast<unsigned long>(last) || capacity() > kMostUnmarked) {
     return nullptr;
   }
   void** const slot = reinterpret_cast<void**>(address);
-  if (slot >= last) {
-    Fill(slot);
+  if (slot == last) {
+    *last++ = nullptr;
   }
-  Mark(slot);
   return slot;
 }
 
 inline void*& OmPointerVector::MakeSlot(int s) {
-  void** slot = NearSlot(s);
-  if (slot == nullptr) {
-    const auto at = static_cast<unsigned long>(s);
-    if (first == nullptr && at == 0) {
+  const auto at = static_cast<unsigned long>(s);
+  if (at >= capacity()) {
+    if (at == 0) {
       // What MakeRoom comes to, and most vectors begin with.
       constexpr unsigned long kFew = 4;
       first = last = AllocateBlock(region, kFew);
@@ -120,11 +120,12 @@ inline void*& OmPointerVector::MakeSlot(int s) {
     } else {
       MakeRoom(at);
     }
-    slot = first + at;
-    Fill(slot);
-    Mark(slot);
   }
-  return *slot;
+  if (at >= size()) {
+    Fill(first + at);
+  }
+  Mark(first + at);
+  return first[at];
 }
 
 inline void OmPointerVector::Fill(void** slot) noexcept {
@@ -185,8 +186,9 @@ class OM_API OmCellStore {
   // it in `region`. Where that fails, what was made stays in the tree, which remains whole.
   static void*& Slot(OmPointerVector*& root, const std::vector<int>& subscripts,
                      OmMemoryRegion* region);
-  // Returns that slot where the bottom vector is there and has room for it, and null elsewhere.
-  // Unlike Slot, and like Find, it takes subscripts that may be negative: there is no such slot.
+  // Returns that slot where next to nothing has to be made for it, and null elsewhere. Unlike Slot,
+  // and like Find, it takes subscripts that may be negative: there is no such slot. They are not
+  // none where there is a root.
   [[nodiscard]] static void** NearSlot(OmPointerVector* root,
                                        const std::vector<int>& subscripts) noexcept;
   // Returns the cell at `subscripts`, which are not none, or null. Makes nothing.
@@ -234,15 +236,13 @@ inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
 
 inline void** OmCellStore::NearSlot(OmPointerVector* root,
                                     const std::vector<int>& subscripts) noexcept {
+  void* element = root;
   const int* const first = subscripts.data();
-  const int* s = first + subscripts.size();
-  void* element = s != first ? root : nullptr;
-  while (element != nullptr) {
-    auto* const v = static_cast<OmPointerVector*>(element);
+  for (const int* s = first + subscripts.size(); element != nullptr;) {
     if (--s == first) {
-      return v->NearSlot(*s);
+      return static_cast<OmPointerVector*>(element)->NearSlot(*s);
     }
-    element = v->At(*s);
+    element = static_cast<const OmPointerVector*>(element)->At(*s);
   }
   return nullptr;
 }

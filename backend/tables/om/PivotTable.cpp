@@ -154,22 +154,12 @@ void OmPivotTable::SetTableTitle(const OmCellText& text) {
 
 namespace {
 
-// Makes the path to a slot that NearSlot does not find, after holding the subscripts against the
-// table. What NearSlot finds needs no such test.
-[[gnu::noinline]] void*& FarSlot(OmPivotTable::Data& my, const std::vector<int>& subscripts) {
-  // A table without dimensions has no place for a cell either.
-  if (subscripts.empty() || subscripts.size() != my._dimensions.size() ||
-      OmCellStore::AnyNegative(subscripts)) {
-    RefuseSubscripts(subscripts, my._dimensions.size());
-  }
-  my.Changed();
-  return OmCellStore::Slot(my.root, subscripts, &my.region);
-}
-
 inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
   slot = copy;
-  my.cellsGo = my.cellsGo && OmCellStore::GoesWith(*copy, &my.region);
+  if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
+    my.cellsGo = false;
+  }
   if (my.helper.Tracker() != nullptr) {
     copy->Accept(my.helper);
   }
@@ -194,6 +184,29 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellTe
   }
 }
 
+// The setter's second half, apart from the search, which keeps nothing across a call.
+[[gnu::noinline]] bool Store(OmPivotTable::Data& my, void*& slot, const OmCellText* cell) {
+  my.Changed();
+  if (slot != nullptr) {
+    ReplaceCell(my, slot, cell);
+  } else if (cell != nullptr) {
+    StoreCell(my, slot, *cell);
+  }
+  return true;
+}
+
+// Makes the path to a slot that NearSlot does not find, after holding the subscripts against the
+// table. What NearSlot finds needs no such test.
+[[gnu::noinline]] bool StoreFar(OmPivotTable::Data& my, const std::vector<int>& subscripts,
+                                const OmCellText* cell) {
+  // A table without dimensions has no place for a cell either.
+  if (subscripts.empty() || subscripts.size() != my.dimensions ||
+      OmCellStore::AnyNegative(subscripts)) {
+    RefuseSubscripts(subscripts, my.dimensions);
+  }
+  return Store(my, OmCellStore::Slot(my.root, subscripts, &my.region), cell);
+}
+
 }  // namespace
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* cell) {
@@ -205,20 +218,12 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
     Scratch(true);
     return false;
   }
-  void** slot = nullptr;
   if (subscripts.size() == _my->dimensions) {
-    slot = OmCellStore::NearSlot(_my->root, subscripts);
+    if (void** const slot = OmCellStore::NearSlot(_my->root, subscripts); slot != nullptr) {
+      return Store(*_my, *slot, cell);
+    }
   }
-  if (slot == nullptr) {
-    slot = &FarSlot(*_my, subscripts);
-  }
-  _my->Changed();
-  if (*slot != nullptr) {
-    ReplaceCell(*_my, *slot, cell);
-  } else if (cell != nullptr) {
-    StoreCell(*_my, *slot, *cell);
-  }
-  return true;
+  return StoreFar(*_my, subscripts, cell);
 }
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& cell) {
