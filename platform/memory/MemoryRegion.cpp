@@ -41,22 +41,6 @@ struct OmMemoryRegion::Chunk {
   Chunk* next;
 };
 
-// Stands in front of a large block. The tag comes last, where every block has it. The marks of a
-// block stand in front of this, so that they share its page.
-struct OmMemoryRegion::Large {
-  Large* previous;
-  Large* next;
-  unsigned long bytes;
-  unsigned long tag;
-
-  [[nodiscard]] unsigned long* Marks() noexcept;
-  // Fills with zeros what is marked, and clears the marks.
-  void Clear() noexcept;
-  // What a block that the region gives back by itself takes from the system.
-  [[nodiscard]] unsigned long Whole() noexcept;
-  void GiveBack() noexcept;
-};
-
 // Stands at the start of pages that read as zeros until somebody writes there.
 struct OmMemoryRegion::Span {
   Span* next;
@@ -95,10 +79,12 @@ constexpr unsigned long kTagBytes = 8;
 constexpr unsigned long kStep = 16;
 constexpr unsigned long kLastFineStride = 272;
 constexpr unsigned int kFineClasses = 17;
-// Large blocks: from the system's allocator; of zeros, from a chunk; of zeros, with its own pages.
-constexpr unsigned int kLargeClass = 0x7fff;
-constexpr unsigned int kZeroedClass = 0x7ffe;
-constexpr unsigned int kMappedClass = 0x7ffd;
+// Large blocks: from the system's allocator; of zeros, from a chunk; of zeros, with its own pages;
+// of zeros, inside a small block.
+constexpr unsigned int kLargeClass = 0x3fff;
+constexpr unsigned int kZeroedClass = 0x3ffe;
+constexpr unsigned int kMappedClass = 0x3ffd;
+constexpr unsigned int kInsideClass = 0x3ffc;
 constexpr unsigned long kFirstChunk = 1024;
 constexpr unsigned long kLeastDoubling = 4096;
 constexpr unsigned long kLastDoubling = 64UL << 10;
@@ -194,6 +180,9 @@ constexpr unsigned long RoundUp(unsigned long n, unsigned long step) {
   return (n + step - 1) / step * step;
 }
 
+// What stands in front of a large block.
+constexpr unsigned long kFrontBytes = 48;
+
 // The class of a block of `bytes` bytes, which are at most kLargestSmall.
 constexpr unsigned int SmallClassFor(unsigned long bytes) {
   return ClassOf(RoundUp(bytes + kTagBytes + kRedZone, kStep));
@@ -206,6 +195,8 @@ unsigned long Address(const char* at) {
 // A tag holds the owner in its upper 48 bits and the size class below. Where hardening is on, the
 // top bit of the class marks a block that is released.
 [[maybe_unused]] constexpr unsigned long kReleased = 0x8000;
+// Marks a released block that had marks, and is zeros behind its front.
+constexpr unsigned long kClean = 0x4000;
 
 unsigned long TagFor(OmMemoryRegion* owner, unsigned int sizeClass) {
   return reinterpret_cast<unsigned long>(owner) << 16 | sizeClass;
@@ -216,7 +207,7 @@ OmMemoryRegion* OwnerIn(unsigned long tag) {
 }
 
 unsigned int ClassIn(unsigned long tag) {
-  return static_cast<unsigned int>(tag & 0x7fff);
+  return static_cast<unsigned int>(tag & 0x3fff);
 }
 
 OM_UNPOISONED unsigned long TagOf(const void* block) {
@@ -243,6 +234,11 @@ inline void MarkReleased([[maybe_unused]] void* block, [[maybe_unused]] bool rel
 // Bytes that the marks of a block take, a multiple of 16.
 constexpr unsigned long MarksBytes(unsigned long bytes) {
   return RoundUp(bytes, 128 * OmMemoryRegion::kMarkedBytes) / OmMemoryRegion::kMarkedBytes / 8;
+}
+
+// Bytes in front of a block of `bytes` bytes that has marks.
+constexpr unsigned long AroundMarked(unsigned long bytes) {
+  return MarksBytes(bytes) + kFrontBytes;
 }
 
 // Takes pages from the system that nobody has touched and that read as zeros. A leak checker
@@ -273,34 +269,29 @@ void ReturnPages(void* pages, [[maybe_unused]] unsigned long bytes) noexcept {
 
 }  // namespace
 
-unsigned long* OmMemoryRegion::Large::Marks() noexcept {
-  return reinterpret_cast<unsigned long*>(reinterpret_cast<char*>(this) - MarksBytes(bytes));
-}
-
-void OmMemoryRegion::Large::Clear() noexcept {
-  unsigned long* const marks = Marks();
-  char* const block = reinterpret_cast<char*>(this + 1);
-  for (unsigned long at = 0; at < bytes; at += kMarkedBytes) {
+// Fills with zeros what is marked, and clears the marks.
+void OmMemoryRegion::Clear(const Large& front) noexcept {
+  char* const block = reinterpret_cast<char*>(const_cast<Large*>(&front) + 1);
+  for (unsigned long at = 0; at < front.bytes; at += kMarkedBytes) {
     const unsigned long i = at / kMarkedBytes;
-    if ((marks[i / 64] >> i % 64 & 1) != 0) {
-      std::memset(block + at, 0, std::min(kMarkedBytes, bytes - at));
+    if ((front.marks[i / 64] >> i % 64 & 1) != 0) {
+      std::memset(block + at, 0, std::min(kMarkedBytes, front.bytes - at));
     }
   }
-  std::memset(marks, 0, MarksBytes(bytes));
+  std::memset(front.marks, 0, MarksBytes(front.bytes));
 }
 
-unsigned long OmMemoryRegion::Large::Whole() noexcept {
-  if (ClassIn(TagOf(this + 1)) == kLargeClass) {
-    return sizeof(Large) + bytes;
-  }
-  return RoundUp(MarksBytes(bytes) + sizeof(Large) + bytes, kPage);
+// What a block that the region gives back by itself takes from the system.
+unsigned long OmMemoryRegion::Whole(const Large& front) noexcept {
+  const unsigned long whole = sizeof(Large) + front.bytes;
+  return front.marks == nullptr ? whole : RoundUp(MarksBytes(front.bytes) + whole, kPage);
 }
 
-void OmMemoryRegion::Large::GiveBack() noexcept {
-  if (ClassIn(TagOf(this + 1)) == kLargeClass) {
-    ::operator delete(this);
+void OmMemoryRegion::GiveBack(Large* front) noexcept {
+  if (front->marks == nullptr) {
+    ::operator delete(front);
   } else {
-    ReturnPages(Marks(), Whole());
+    ReturnPages(front->marks, Whole(*front));
   }
 }
 
@@ -309,6 +300,7 @@ OmMemoryRegion::OmMemoryRegion(bool shared) : OmMemoryRegion(shared ? new Lock :
 OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept
     : lock(lock_), plain(lock_ == nullptr && !kChecked) {
   static_assert(kClasses == kAllClasses && kMostFine == kLastFineStride - kTagBytes);
+  static_assert(sizeof(Large) == kFrontBytes && kFrontBytes % 16 == 0);
   OM_HARDEN(OwnerIn(TagFor(this, 0)) == this, "OmMemoryRegion::OmMemoryRegion");
 }
 
@@ -320,7 +312,7 @@ OmMemoryRegion::~OmMemoryRegion() {
   }
   while (large != nullptr) {
     Large* const next = large->next;
-    large->GiveBack();
+    GiveBack(large);
     large = next;
   }
   while (spans != nullptr) {
@@ -343,16 +335,20 @@ void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
   return Take(bytes, true);
 }
 
-unsigned long* OmMemoryRegion::Marks(void* block) noexcept {
-  const unsigned int sizeClass = ClassIn(TagOf(block));
-  if (sizeClass != kZeroedClass && sizeClass != kMappedClass) {
-    return nullptr;
-  }
-  return (static_cast<Large*>(block) - 1)->Marks();
-}
-
 void OmMemoryRegion::ReleaseAny(void* block) noexcept {
-  const unsigned long tag = TagOf(block);
+  unsigned long tag = TagOf(block);
+  if (ClassIn(tag) == kInsideClass) {
+    OM_HARDEN((tag & kReleased) == 0, "OmMemoryRegion::Release");
+    MarkReleased(block, true);
+    const Large& front = *(static_cast<Large*>(block) - 1);
+    block = front.inside;
+    tag = TagOf(block);
+    if (!OwnerIn(tag)->leaving) {
+      // Cheaper now, by the marks, than all of it when it is used again.
+      Clear(front);
+      SetTag(block, tag | kClean);
+    }
+  }
   OmMemoryRegion* const owner = OwnerIn(tag);
   if (owner->plain) {
     owner->Return(block, tag);
@@ -423,8 +419,10 @@ void* OmMemoryRegion::Take(unsigned long bytes, bool zeroed) {
     return zeroed ? TakeZeroed(bytes) : TakeAny(bytes);
   }
   const Guard guard(lock);
+  const bool marked = zeroed && bytes > kMostUnmarked && bytes <= kLargestSmall;
+  const unsigned long whole = marked ? AroundMarked(bytes) + bytes : bytes;
   const unsigned long size =
-      bytes > kLargestSmall ? bytes : kStrides[SmallClassFor(bytes)] - kTagBytes;
+      whole > kLargestSmall ? bytes : kStrides[SmallClassFor(whole)] - kTagBytes;
   if (limit != kNoLimit && (counted > limit || size > limit - counted)) {
     throw std::bad_alloc();
   }
@@ -443,7 +441,7 @@ inline void* OmMemoryRegion::TakeAny(unsigned long bytes) {
     return TakeFromChunk(bytes, sizeClass);
   }
   freeLists[sizeClass] = NextFree(block);
-  MarkReleased(block, false);
+  SetTag(block, TagFor(this, sizeClass));
   ASAN_UNPOISON_MEMORY_REGION(block, bytes);
   return block;
 }
@@ -584,9 +582,10 @@ inline void OmMemoryRegion::Return(void* block, unsigned long tag) noexcept {
 }
 
 inline unsigned long OmMemoryRegion::SizeOf(void* block, unsigned long tag) noexcept {
-  const unsigned int sizeClass = ClassIn(tag);
-  return sizeClass < kAllClasses ? kStrides[sizeClass] - kTagBytes
-                                 : (static_cast<Large*>(block) - 1)->bytes;
+  const Large* const front = static_cast<Large*>(block) - 1;
+  const unsigned int sizeClass =
+      ClassIn(tag) != kInsideClass ? ClassIn(tag) : ClassIn(TagOf(front->inside));
+  return sizeClass < kAllClasses ? kStrides[sizeClass] - kTagBytes : front->bytes;
 }
 
 // --- Large blocks -------------------------------------------------------------------------------
@@ -596,6 +595,7 @@ void* OmMemoryRegion::TakeLarge(unsigned long bytes) {
     throw std::bad_alloc();
   }
   auto* const front = static_cast<Large*>(::operator new(sizeof(Large) + bytes));
+  front->marks = nullptr;
   Link(front, bytes, kLargeClass);
   return front + 1;
 }
@@ -607,10 +607,14 @@ void* OmMemoryRegion::TakeZeroed(unsigned long bytes) {
   if (bytes > kLargestBlock) {
     throw std::bad_alloc();
   }
+  const unsigned long around = AroundMarked(bytes);
+  if (around + bytes <= kLargestSmall) {
+    return TakeInside(bytes);
+  }
   if (bytes >= kLeastMapped) {
-    const unsigned long around = MarksBytes(bytes) + sizeof(Large);
     auto* const pages = static_cast<char*>(TakePages(RoundUp(around + bytes, kPage)));
     Large* const front = reinterpret_cast<Large*>(pages + around) - 1;
+    front->marks = reinterpret_cast<unsigned long*>(pages);
     Link(front, bytes, kMappedClass);
     ASAN_POISON_MEMORY_REGION(pages + around + bytes,
                               RoundUp(around + bytes, kPage) - around - bytes);
@@ -626,6 +630,33 @@ void* OmMemoryRegion::TakeZeroed(unsigned long bytes) {
   return front + 1;
 }
 
+// Takes a small block that is zeros already, where there is one: carved from the pages of a span,
+// or, as far as it was used, released as such.
+void* OmMemoryRegion::TakeInside(unsigned long bytes) {
+  const unsigned long around = AroundMarked(bytes);
+  static_assert(AroundMarked(kMostUnmarked + 1) == AroundMarked(kLargestSmall), "at one place");
+  const void* const listed = freeLists[SmallClassFor(around + bytes)];
+  const bool isClean = listed != nullptr && (TagOf(listed) & kClean) != 0;
+  const bool isFresh = listed == nullptr && chunkBytes >= kLeastApart;
+  auto* const inside = static_cast<char*>(TakeAny(around + bytes));
+  Large* const front = reinterpret_cast<Large*>(inside + around) - 1;
+  if (isClean) {
+    // The front is written anew. The link was in the first mark.
+    std::memset(inside, 0, sizeof(void*));
+    if (front->bytes < bytes) {
+      std::memset(inside + around + front->bytes, 0, bytes - front->bytes);
+    }
+  } else if (!isFresh) {
+    std::memset(inside, 0, around + bytes);
+  }
+  front->marks = reinterpret_cast<unsigned long*>(inside);
+  front->inside = inside;
+  front->bytes = bytes;
+  SetTag(front + 1, TagFor(this, kInsideClass));
+  ASAN_POISON_MEMORY_REGION(&front->tag, kTagBytes);
+  return front + 1;
+}
+
 // Returns a released block of zeros, cleared, or null where there is none of about that size.
 OmMemoryRegion::Large* OmMemoryRegion::FindZeroed(unsigned long bytes) noexcept {
   Large** place = &freeZeroed;
@@ -635,7 +666,7 @@ OmMemoryRegion::Large* OmMemoryRegion::FindZeroed(unsigned long bytes) noexcept 
     if (front->bytes >= bytes && front->bytes / 2 <= bytes && allowed) {
       *place = front->next;
       ASAN_UNPOISON_MEMORY_REGION(front + 1, front->bytes);
-      front->Clear();
+      Clear(*front);
       return front;
     }
     place = &front->next;
@@ -644,7 +675,7 @@ OmMemoryRegion::Large* OmMemoryRegion::FindZeroed(unsigned long bytes) noexcept 
 }
 
 OmMemoryRegion::Large* OmMemoryRegion::CarveZeroed(unsigned long bytes) {
-  const unsigned long around = MarksBytes(bytes) + sizeof(Large);
+  const unsigned long around = AroundMarked(bytes);
   const unsigned long whole = around + RoundUp(bytes + kRedZone, kStep);
   if (static_cast<unsigned long>(zerosEnd - zeros) < whole) {
     // As much again as all such chunks are, in pages that cost nothing before they are reached.
@@ -657,6 +688,7 @@ OmMemoryRegion::Large* OmMemoryRegion::CarveZeroed(unsigned long bytes) {
     zerosEnd = reinterpret_cast<char*>(spans) + chunk;
   }
   Large* const front = reinterpret_cast<Large*>(zeros + around) - 1;
+  front->marks = reinterpret_cast<unsigned long*>(zeros);
   zeros += whole;
   bytesHeld += whole;
   front->bytes = bytes;
@@ -674,12 +706,12 @@ void OmMemoryRegion::ReturnLarge(Large* front) noexcept {
     freeZeroed = front;
     return;
   }
-  bytesHeld -= front->Whole();
+  bytesHeld -= Whole(*front);
   (front->previous != nullptr ? front->previous->next : large) = front->next;
   if (front->next != nullptr) {
     front->next->previous = front->previous;
   }
-  front->GiveBack();
+  GiveBack(front);
 }
 
 // Lists a new block that the region has to give back by itself.
@@ -693,6 +725,6 @@ void OmMemoryRegion::Link(Large* front, unsigned long bytes, unsigned int sizeCl
   large = front;
   SetTag(front + 1, TagFor(this, sizeClass));
   given.Add(bytes);
-  bytesHeld += front->Whole();
+  bytesHeld += Whole(*front);
   ASAN_POISON_MEMORY_REGION(&front->tag, kTagBytes);
 }

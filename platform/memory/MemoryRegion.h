@@ -37,16 +37,17 @@ class OM_PLATFORM_API OmMemoryRegion {
   // Returns such a block where it is at hand, as small blocks mostly are, and null elsewhere.
   [[nodiscard]] void* TryAllocate(unsigned long bytes) noexcept;
 
-  // As Allocate, and every byte is zero. A large block comes from pages that nobody has touched,
-  // and has marks: a bit for each kMarkedBytes of it, which the owner sets where it writes. Whoever
-  // looks for what was written need not look at the rest, and the system gives no memory for it.
+  // As Allocate, and every byte is zero. All but small blocks come from pages that nobody has
+  // touched, where there are such, and have marks: a bit for each kMarkedBytes of it, which the
+  // owner sets where it writes. Whoever looks for what was written need not look at the rest, and
+  // the system gives no memory for it.
   [[nodiscard]] void* AllocateZeroed(unsigned long bytes);
   // Returns the marks of a live block, the first bit of the first word for its first bytes, or null
   // for a block that has none.
   [[nodiscard]] static unsigned long* Marks(void* block) noexcept;
   static constexpr unsigned long kMarkedBytes = 512;
   // Blocks up to this size have no marks.
-  static constexpr unsigned long kMostUnmarked = 16384;
+  static constexpr unsigned long kMostUnmarked = 1024;
 
   // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
   static void Release(void* block) noexcept;
@@ -77,9 +78,18 @@ class OM_PLATFORM_API OmMemoryRegion {
   unsigned long LiveBlocks() const noexcept;
 
  private:
+  // Stands in front of a block that is large or has marks. The tag comes last, where every block
+  // has it. The marks stand in front of this, so that they share its page.
+  struct Large {
+    unsigned long* marks;  // null where there are none
+    void* inside;          // the small block that this is inside of, or null
+    Large* previous;
+    Large* next;
+    unsigned long bytes;
+    unsigned long tag;
+  };
   struct Chunk;
   struct Heap;
-  struct Large;
   struct Lock;
   struct Span;
   class Guard;
@@ -104,6 +114,8 @@ class OM_PLATFORM_API OmMemoryRegion {
 
   // 17 classes in steps of 16 bytes, then four for each of six doublings.
   static constexpr unsigned int kClasses = 41;
+  // Where a tag tells the class.
+  static constexpr unsigned long kClassBits = 0x3fff;
   // Blocks up to this size are of the first 17 classes, whose sizes are 8, 24, 40, …
   static constexpr unsigned long kMostFine = 264;
 
@@ -115,6 +127,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   void* TakeFromChunk(unsigned long bytes, unsigned int sizeClass);
   void* TakeLarge(unsigned long bytes);
   void* TakeZeroed(unsigned long bytes);
+  void* TakeInside(unsigned long bytes);
   Large* FindZeroed(unsigned long bytes) noexcept;
   Large* CarveZeroed(unsigned long bytes);
   void* Carve(Rest& rest, unsigned int sizeClass) noexcept;
@@ -128,6 +141,9 @@ class OM_PLATFORM_API OmMemoryRegion {
   void PushFree(void* block, unsigned int sizeClass) noexcept;
   void Link(Large* front, unsigned long bytes, unsigned int sizeClass) noexcept;
   void SettlePlain() noexcept;
+  static void Clear(const Large& front) noexcept;
+  [[nodiscard]] static unsigned long Whole(const Large& front) noexcept;
+  static void GiveBack(Large* front) noexcept;
   [[nodiscard]] static unsigned long SizeOf(void* block, unsigned long tag) noexcept;
   [[nodiscard]] Tally InUse() const noexcept;
 
@@ -188,7 +204,7 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
   if (block != nullptr) {
     const unsigned long tag = static_cast<const unsigned long*>(block)[-1];
     auto* const owner = reinterpret_cast<OmMemoryRegion*>(tag >> 16);
-    const unsigned long sizeClass = tag & 0xffff;
+    const unsigned long sizeClass = tag & kClassBits;
     if (owner->plain && sizeClass < kClasses) {
       *static_cast<void**>(block) = owner->freeLists[sizeClass];
       owner->freeLists[sizeClass] = block;
@@ -196,6 +212,11 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
     }
     ReleaseAny(block);
   }
+}
+
+[[gnu::no_sanitize_address]] inline unsigned long* OmMemoryRegion::Marks(void* block) noexcept {
+  const Large* const front = static_cast<Large*>(block) - 1;
+  return (front->tag & kClassBits) < kClasses ? nullptr : front->marks;
 }
 
 #endif

@@ -17,7 +17,7 @@ struct Front {
   unsigned long bytes;
   unsigned long unused;
   void* block;  // null once it is released; beyond what the system writes into its free blocks
-  unsigned long tag;  // the owner, where the library looks for it
+  unsigned long tag;  // the owner, where the library looks for it, and a class without marks
 };
 
 }  // namespace
@@ -38,10 +38,6 @@ void* OmMemoryRegion::Take(unsigned long bytes, bool) {
 
 void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
   return std::memset(Allocate(bytes), 0, bytes);
-}
-
-unsigned long* OmMemoryRegion::Marks(void*) noexcept {
-  return nullptr;
 }
 
 void OmMemoryRegion::ReleaseAny(void* block) noexcept {

@@ -209,7 +209,7 @@ struct Stores : ExhaustionFixture {
   void Raise() { root = OmCellStore::Raise(root, &region); }
   void Widely() {
     const OmPointerVector& wide = *root;
-    seen = Fields(*root->NearSlot(1) == nullptr, (*root)[1] == wide[1], wide.Marks() == nullptr);
+    seen = Fields(root->NearSlot(1) == nullptr, (*root)[1] == wide[1], wide.Marks() == nullptr);
   }
 
   OmPointerVector* root = nullptr;

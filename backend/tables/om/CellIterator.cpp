@@ -1,6 +1,7 @@
 #include "backend/tables/om/CellIterator.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Dimension.h"
@@ -82,10 +83,14 @@ void OmPivotTable::Iterator::Data::LookFurther() noexcept {
   } else if (aheadIndex < std::min(index + kVectorsAhead, above.size())) {
     ++aheadIndex;
     const PointerVector* const wanted = vector(aheadIndex);
-    // Wide vectors are mostly empty, and looking into their empty stretches takes memory.
-    if (wanted != nullptr && wanted->capacity() <= PointerVector::kMostUnmarked) {
+    if (wanted != nullptr) {
       ahead = wanted->begin();
       aheadEnd = wanted->end();
+      if (const unsigned long* const marks = wanted->Marks(); marks != nullptr) {
+        // Looking into empty stretches takes memory.
+        aheadEnd = std::min(
+            aheadEnd, ahead + std::countr_one(*marks) * static_cast<long>(PointerVector::kStretch));
+      }
     }
   }
   __builtin_prefetch(vector(aheadIndex + 2));

@@ -11,24 +11,12 @@
 
 namespace {
 
-// A region that has no pages of zeros gives blocks without marks.
 template <typename Region>
 void* AllocateZeroed(Region& region, unsigned long bytes) {
   if constexpr (requires { region.AllocateZeroed(bytes); }) {
-    static_assert(Region::kMarkedBytes == OmPointerVector::kStretch * sizeof(void*));
-    static_assert(Region::kMostUnmarked == OmPointerVector::kMostUnmarked * sizeof(void*));
     return region.AllocateZeroed(bytes);
   } else {
     return region.Allocate(bytes);
-  }
-}
-
-template <typename Region>
-unsigned long* MarksOf(void* block) noexcept {
-  if constexpr (requires { Region::Marks(block); }) {
-    return Region::Marks(block);
-  } else {
-    return nullptr;
   }
 }
 
@@ -65,7 +53,7 @@ unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) 
     return i;
   }
   while (i + kStep <= end && isZero(i)) {
-    __builtin_prefetch(elements + i + 128);
+    __builtin_prefetch(elements + std::min(i + 128, end));
     i += kStep;
   }
   while (i < end && elements[i] == nullptr) {
@@ -139,6 +127,7 @@ bool HasNoEnd(const OmCellText* cell, const OmMemoryRegion* region) noexcept {
 constexpr long kAhead = 96;
 
 constexpr long kDeletedAhead = 24;
+constexpr int kStretchesAhead = 4;
 
 // Returns a vector without marks, or null for any other and for none.
 const OmPointerVector* Narrow(const void* element) noexcept {
@@ -153,6 +142,29 @@ bool AllNull(void* const* slot) noexcept {
     any |= reinterpret_cast<unsigned long>(slot[k]);
   }
   return any == 0;
+}
+
+// Asks for the first elements, or for what stands in front of them where there are marks.
+void AskForFront(const OmPointerVector& v) noexcept {
+  if (v.capacity() > OmPointerVector::kMostUnmarked) {
+    __builtin_prefetch(reinterpret_cast<const char*>(v.begin()) - 64);
+    return;
+  }
+  for (long i = 0, n = std::min(kAhead, static_cast<long>(v.size())); i < n; i += 8) {
+    __builtin_prefetch(v.begin() + i);
+  }
+}
+
+// Asks for the elements that the marks tell of. A vector with many of them gives time anyway.
+void AskForStretches(const OmPointerVector& v) noexcept {
+  int left = kStretchesAhead;
+  ForStretches(v, v.Marks(), [&left](void* const* from, void* const* to) {
+    if (left-- > 0) {
+      for (; from < to; from += 8) {
+        __builtin_prefetch(from);
+      }
+    }
+  });
 }
 
 // Deletes the cells in `v`, and asks for the first of those in `next`, which may be null.
@@ -194,17 +206,6 @@ void OmPointerVector::FillUpTo(void** slot) noexcept {
   }
 }
 
-unsigned long* OmPointerVector::WideMarks() const noexcept {
-  return MarksOf<OmMemoryRegion>(first);
-}
-
-void OmPointerVector::MarkWide(void* const* slot) noexcept {
-  if (unsigned long* const marks = WideMarks(); marks != nullptr) {
-    const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
-    marks[stretch / 64] |= 1UL << stretch % 64;
-  }
-}
-
 // Makes room for exactly `n` elements, which are more than there is room for.
 void OmPointerVector::ReserveWide(unsigned long n) {
   if (n > std::numeric_limits<unsigned long>::max() / sizeof(void*)) {
@@ -213,10 +214,18 @@ void OmPointerVector::ReserveWide(unsigned long n) {
   auto** const block = static_cast<void**>(AllocateZeroed(*region, n * sizeof(void*)));
   unsigned long* const marks = MarksOf<OmMemoryRegion>(block);
   ForStretches(*this, Marks(), [&](void* const* from, void* const* to) {
-    std::copy(from, to, block + (from - first));
-    for (void* const* slot = from; marks != nullptr && slot < to; slot += kStretch) {
-      const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
-      marks[stretch / 64] |= 1UL << stretch % 64;
+    if (marks == nullptr) {
+      std::copy(from, to, block + (from - first));
+      return;
+    }
+    // Only what holds something: the rest is zeros already.
+    for (; from < to; from += kStretch) {
+      void* const* const end = std::min(from + kStretch, to);
+      if (std::any_of(from, end, [](const void* element) { return element != nullptr; })) {
+        const auto stretch = static_cast<unsigned long>(from - first) / kStretch;
+        marks[stretch / 64] |= 1UL << stretch % 64;
+        std::copy(from, end, block + (from - first));
+      }
     }
   });
   last = block + size();
@@ -225,28 +234,20 @@ void OmPointerVector::ReserveWide(unsigned long n) {
   first = block;
 }
 
+// Each stage needs what an earlier one asked for: the vector, what stands in front of its elements
+// and tells where to look, and the elements.
 void OmPointerVector::AskForNext(void* const* slot, void* const* end) noexcept {
   const auto vector = [slot, end](long i) {
     return i < end - slot ? static_cast<const OmPointerVector*>(slot[i]) : nullptr;
   };
   __builtin_prefetch(vector(6));
   if (const OmPointerVector* const v = vector(4); v != nullptr) {
-    // What stands in front of wide elements tells which of them to look at.
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<unsigned long>(v->begin()) -
-                                                     8 * sizeof(void*)));
-    for (long i = 0, n = std::min(kAhead, static_cast<long>(v->size())); i < n; i += 8) {
-      __builtin_prefetch(v->begin() + i);
-    }
+    AskForFront(*v);
   }
+  // Twice, because nothing is asked for from a place where there is no vector.
   for (const long i : {2L, 1L}) {
-    const OmPointerVector* const v = vector(i);
-    const unsigned long* const marks = v != nullptr ? v->Marks() : nullptr;
-    if (marks != nullptr && *marks != 0) {
-      void* const* const stretch =
-          v->begin() + std::countr_zero(*marks) * static_cast<long>(kStretch);
-      for (long k = 0; k < static_cast<long>(kStretch); k += 8) {
-        __builtin_prefetch(stretch + k);
-      }
+    if (const OmPointerVector* const v = vector(i); v != nullptr && v->capacity() > kMostUnmarked) {
+      AskForStretches(*v);
     }
   }
 }

@@ -34,8 +34,7 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void GrowTo(unsigned long s);
   // Returns element `s`, or null where there is none, as for a negative `s`.
   [[nodiscard]] void* At(int s) const noexcept;
-  // Returns slot `s`, appending at most one null, or null where that takes more: room, marks, or
-  // filling up.
+  // Returns slot `s`, marked, appending at most one null, or null where that takes more.
   [[nodiscard]] void** NearSlot(int s) noexcept;
 
   [[nodiscard]] void*& operator[](unsigned long i);
@@ -53,7 +52,7 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   template <typename... Args>
   void resize(Args...) = delete;
 
-  static constexpr unsigned long kMostUnmarked = 2048;
+  static constexpr unsigned long kMostUnmarked = 128;
   static constexpr unsigned long kStretch = 64;
   // Returns the marks, a bit a stretch, or null where there are none: then anything may be stored
   // anywhere.
@@ -66,9 +65,9 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
 
   // As GrowTo, and returns the slot, marked. `s` is not negative.
   [[nodiscard]] void*& MakeSlot(int s);
-  [[nodiscard]] unsigned long* WideMarks() const noexcept;
-  void Mark(void* const* slot) noexcept;
-  void MarkWide(void* const* slot) noexcept;
+  template <typename Region>
+  [[nodiscard]] static unsigned long* MarksOf(void* block) noexcept;
+  void Mark(void** slot) noexcept;
   void ReserveWide(unsigned long n);
   // Makes room for slot `s`, where there is none.
   void MakeRoom(unsigned long s);
@@ -99,13 +98,14 @@ inline void** OmPointerVector::NearSlot(int s) noexcept {
   const auto address = reinterpret_cast<unsigned long>(first) +
                        static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
   if (address >= reinterpret_cast<unsigned long>(limit) ||
-      address > reinterpret_cast<unsigned long>(last) || capacity() > kMostUnmarked) {
+      address > reinterpret_cast<unsigned long>(last)) {
     return nullptr;
   }
   void** const slot = reinterpret_cast<void**>(address);
   if (slot == last) {
     *last++ = nullptr;
   }
+  Mark(slot);
   return slot;
 }
 
@@ -162,13 +162,33 @@ inline void** OmPointerVector::push_back(void* value) {
   return last - 1;
 }
 
-inline const unsigned long* OmPointerVector::Marks() const noexcept {
-  return capacity() > kMostUnmarked ? WideMarks() : nullptr;
+// A region that has no pages of zeros gives blocks without marks.
+template <typename Region>
+unsigned long* OmPointerVector::MarksOf(void* block) noexcept {
+  if constexpr (requires { Region::Marks(block); }) {
+    static_assert(Region::kMarkedBytes == kStretch * sizeof(void*));
+    static_assert(Region::kMostUnmarked == kMostUnmarked * sizeof(void*));
+    return Region::Marks(block);
+  } else {
+    return nullptr;
+  }
 }
 
-inline void OmPointerVector::Mark(void* const* slot) noexcept {
+inline const unsigned long* OmPointerVector::Marks() const noexcept {
+  return capacity() > kMostUnmarked ? MarksOf<OmMemoryRegion>(first) : nullptr;
+}
+
+inline void OmPointerVector::Mark(void** slot) noexcept {
   if (capacity() > kMostUnmarked) {
-    MarkWide(slot);
+    if (unsigned long* const marks = MarksOf<OmMemoryRegion>(first); marks != nullptr) {
+      const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
+      unsigned long& word = marks[stretch / 64];
+      if (const unsigned long bit = 1UL << stretch % 64; (word & bit) == 0) {
+        word |= bit;
+        // A page that is read before it is written costs two faults.
+        *slot = nullptr;
+      }
+    }
   }
 }
 
