@@ -119,6 +119,7 @@ void Register(const std::string& side) {
   Register<Bare<BTreeOfArrays<3>>>("btree_of_arrays");
   Register<Bare<TreeStore<PlainNew>>>("tree_of_new");
   Register<Bare<TreeStore<Pool>>>("tree_of_pool");
+  Register<Bare<TreeStore<Arena>>>("tree_of_arena");
   return true;
 }();
 

@@ -153,24 +153,38 @@ struct Pool {
 };
 
 // The least that such a region could do: blocks one behind the other, each after a word that would
-// tell whose it is, in pages that nobody has touched. Nothing is used again.
+// tell whose it is, in a first chunk and then in pages that nobody has touched. Nothing is used
+// again. What the tree costs over it is about what its structure costs in itself.
 struct Arena {
   static constexpr std::size_t kPages = 1UL << 32;
 
   Arena() = default;
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
-  ~Arena() { munmap(pages, kPages); }
+  ~Arena() {
+    if (pages != nullptr) {
+      munmap(pages, kPages);
+    }
+  }
   void* allocate(std::size_t bytes) {
+    const std::size_t stride = (bytes + sizeof(unsigned long) + 15) / 16 * 16;
+    if (static_cast<std::size_t>(end - next) < stride) {
+      pages = mmap(nullptr, kPages, PROT_READ | PROT_WRITE,
+                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+      next = static_cast<char*>(pages) + sizeof(unsigned long);
+      end = static_cast<char*>(pages) + kPages;
+    }
     auto* const tag = reinterpret_cast<unsigned long*>(next);
-    next += (bytes + sizeof(*tag) + 15) / 16 * 16;
     *tag = bytes;
+    next += stride;
     return tag + 1;
   }
   void deallocate(void*, std::size_t) {}
-  char* pages = static_cast<char*>(mmap(nullptr, kPages, PROT_READ | PROT_WRITE,
-                                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
-  char* next = pages + sizeof(unsigned long);
+
+  alignas(16) char first[4096];
+  char* next = first + sizeof(unsigned long);
+  char* end = first + sizeof(first);
+  void* pages = nullptr;
 };
 
 template <typename Memory>
