@@ -338,10 +338,10 @@ void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscrip
   slot = nullptr;
   const auto address = reinterpret_cast<unsigned long>(&slot);
   if (address == lastSlot + sizeof(void*) && v->last - &slot > kDeletedAhead) {
-    // Whoever deletes in order will come to these.
-    const char* const ahead = static_cast<const char*>((&slot)[kDeletedAhead]);
-    __builtin_prefetch(ahead, 1);
-    __builtin_prefetch(ahead + 32, 1);
+    // Whoever deletes in order will come to these. An address, because it may be null.
+    const auto ahead = reinterpret_cast<unsigned long>((&slot)[kDeletedAhead]);
+    __builtin_prefetch(reinterpret_cast<const void*>(ahead), 1);
+    __builtin_prefetch(reinterpret_cast<const void*>(ahead + 32), 1);
   }
   lastSlot = address;
   // Most vectors that hold something hold it at an end.
