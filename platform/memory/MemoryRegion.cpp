@@ -233,7 +233,9 @@ inline void MarkReleased([[maybe_unused]] void* block, [[maybe_unused]] bool rel
 
 // Bytes that the marks of a block take, a multiple of 16.
 constexpr unsigned long MarksBytes(unsigned long bytes) {
-  return RoundUp(bytes, 128 * OmMemoryRegion::kMarkedBytes) / OmMemoryRegion::kMarkedBytes / 8;
+  // As many for all small blocks, so that they stand at one place in any of them.
+  return RoundUp(std::max(bytes, kLargestSmall), 128 * OmMemoryRegion::kMarkedBytes) /
+         OmMemoryRegion::kMarkedBytes / 8;
 }
 
 // Bytes in front of a block of `bytes` bytes that has marks.
@@ -634,7 +636,6 @@ void* OmMemoryRegion::TakeZeroed(unsigned long bytes) {
 // or, as far as it was used, released as such.
 void* OmMemoryRegion::TakeInside(unsigned long bytes) {
   const unsigned long around = AroundMarked(bytes);
-  static_assert(AroundMarked(kMostUnmarked + 1) == AroundMarked(kLargestSmall), "at one place");
   const void* const listed = freeLists[SmallClassFor(around + bytes)];
   const bool isClean = listed != nullptr && (TagOf(listed) & kClean) != 0;
   const bool isFresh = listed == nullptr && chunkBytes >= kLeastApart;

@@ -45,7 +45,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   // Returns the marks of a live block, the first bit of the first word for its first bytes, or null
   // for a block that has none.
   [[nodiscard]] static unsigned long* Marks(void* block) noexcept;
-  static constexpr unsigned long kMarkedBytes = 512;
+  static constexpr unsigned long kMarkedBytes = 64;
   // Blocks up to this size have no marks.
   static constexpr unsigned long kMostUnmarked = 1024;
 

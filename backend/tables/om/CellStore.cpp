@@ -144,29 +144,6 @@ bool AllNull(void* const* slot) noexcept {
   return any == 0;
 }
 
-// Asks for the first elements, or for what stands in front of them where there are marks.
-void AskForFront(const OmPointerVector& v) noexcept {
-  if (v.capacity() > OmPointerVector::kMostUnmarked) {
-    __builtin_prefetch(reinterpret_cast<const char*>(v.begin()) - 64);
-    return;
-  }
-  for (long i = 0, n = std::min(kAhead, static_cast<long>(v.size())); i < n; i += 8) {
-    __builtin_prefetch(v.begin() + i);
-  }
-}
-
-// Asks for the elements that the marks tell of. A vector with many of them gives time anyway.
-void AskForStretches(const OmPointerVector& v) noexcept {
-  int left = kStretchesAhead;
-  ForStretches(v, v.Marks(), [&left](void* const* from, void* const* to) {
-    if (left-- > 0) {
-      for (; from < to; from += 8) {
-        __builtin_prefetch(from);
-      }
-    }
-  });
-}
-
 // Deletes the cells in `v`, and asks for the first of those in `next`, which may be null.
 void FreeCells(const OmPointerVector& v, const OmPointerVector* next) {
   const long nextSize = next != nullptr ? static_cast<long>(next->size()) : 0;
@@ -242,12 +219,12 @@ void OmPointerVector::AskForNext(void* const* slot, void* const* end) noexcept {
   };
   __builtin_prefetch(vector(6));
   if (const OmPointerVector* const v = vector(4); v != nullptr) {
-    AskForFront(*v);
+    v->AskForFront(kAhead);
   }
   // Twice, because nothing is asked for from a place where there is no vector.
   for (const long i : {2L, 1L}) {
     if (const OmPointerVector* const v = vector(i); v != nullptr && v->capacity() > kMostUnmarked) {
-      AskForStretches(*v);
+      v->AskForStretches(kStretchesAhead);
     }
   }
 }

@@ -11,6 +11,8 @@
 #ifndef BACKEND_TABLES_OM_CELLSTORE_H
 #define BACKEND_TABLES_OM_CELLSTORE_H
 
+#include <algorithm>
+#include <bit>
 #include <vector>
 
 #include "backend/tables/om/Export.h"
@@ -53,10 +55,15 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void resize(Args...) = delete;
 
   static constexpr unsigned long kMostUnmarked = 128;
-  static constexpr unsigned long kStretch = 64;
+  static constexpr unsigned long kStretch = 8;
   // Returns the marks, a bit a stretch, or null where there are none: then anything may be stored
   // anywhere.
   [[nodiscard]] const unsigned long* Marks() const noexcept;
+  // Ask for memory that a walk comes to: the first elements, or where there are marks the front of
+  // the block, and, when that is there, the first stretches that are marked. Inlined, because a
+  // compiler takes a function that does no more than this for one without effect.
+  [[gnu::always_inline]] void AskForFront(long elements) const noexcept;
+  [[gnu::always_inline]] void AskForStretches(int stretches) const noexcept;
   // Asks for the memory of the vectors behind the one at `slot`, which come next in a walk.
   OM_PRIVATE static void AskForNext(void* const* slot, void* const* end) noexcept;
 
@@ -187,6 +194,37 @@ inline void OmPointerVector::Mark(void** slot) noexcept {
         word |= bit;
         // A page that is read before it is written costs two faults.
         *slot = nullptr;
+      }
+    }
+  }
+}
+
+inline void OmPointerVector::AskForFront(long elements) const noexcept {
+  constexpr long kLine = 8;  // elements
+  if (capacity() > kMostUnmarked) {
+    // Addresses. The marks, a bit for 64 bytes, stand in front of what stands in front.
+    const auto start = reinterpret_cast<unsigned long>(first);
+    __builtin_prefetch(reinterpret_cast<const void*>(start - 64));
+    __builtin_prefetch(reinterpret_cast<const void*>(start - 64 - capacity() / 64));
+    return;
+  }
+  for (long i = 0, n = std::min(elements, last - first); i < n; i += kLine) {
+    __builtin_prefetch(first + i);
+  }
+}
+
+inline void OmPointerVector::AskForStretches(int stretches) const noexcept {
+  const unsigned long* marks = Marks();
+  if (marks == nullptr) {
+    return;
+  }
+  constexpr unsigned long kWord = 64 * kStretch;
+  for (unsigned long from = 0, n = size(); from < n; from += kWord) {
+    for (unsigned long word = *marks++; word != 0; word &= word - 1) {
+      const unsigned long at = from + static_cast<unsigned long>(std::countr_zero(word)) * kStretch;
+      __builtin_prefetch(first + at);
+      if (--stretches == 0) {
+        return;
       }
     }
   }

@@ -113,23 +113,25 @@ class StoreWalk {
     const unsigned long end = std::min(level.end, v.size());
     const unsigned long* const marks = v.Marks();
     if (marks == nullptr) {
-      WalkSlots(k, v, level.begin, end, end, place);
+      WalkSlots(k, v, level.begin, end, place);
       return;
     }
     // Only stretches that hold anything are looked at; the others may be on pages that nobody has
-    // touched. What a wide vector costs is to wait for them, so each is asked for one ahead.
+    // touched. What a wide vector costs is to wait for them, so each run is asked for one ahead.
     constexpr unsigned long kStretch = OmPointerVector::kStretch;
     unsigned long ready = NextMarked(marks, level.begin / kStretch, end);
     while (ready * kStretch < end) {
-      const unsigned long stretch = ready;
-      ready = NextMarked(marks, stretch + 1, end);
-      for (unsigned long i = 0; i != kStretch && ready * kStretch + i < end; i += kLine) {
-        __builtin_prefetch(&v.begin()[ready * kStretch + i]);
+      const unsigned long first = ready;
+      unsigned long last = first + 1;
+      while (last * kStretch < end && (marks[last / 64] >> last % 64 & 1) != 0) {
+        ++last;
       }
-      const unsigned long stretchEnd = std::min(end, (stretch + 1) * kStretch);
-      const unsigned long held =
-          ready == stretch + 1 ? std::min(end, stretchEnd + kStretch) : stretchEnd;
-      WalkSlots(k, v, std::max(level.begin, stretch * kStretch), stretchEnd, held, place);
+      ready = NextMarked(marks, last, end);
+      if (ready * kStretch < end) {
+        __builtin_prefetch(&v.begin()[ready * kStretch]);
+      }
+      WalkSlots(k, v, std::max(level.begin, first * kStretch), std::min(end, last * kStretch),
+                place);
     }
   }
 
@@ -147,14 +149,14 @@ class StoreWalk {
     return stretch;
   }
 
-  // Walks the elements from `s` to `end`; up to `held`, they may be looked at in advance.
+  // Walks the elements from `s` to `end`, which may be looked at in advance.
   void WalkSlots(unsigned long k, const OmPointerVector& v, unsigned long s, unsigned long end,
-                 unsigned long held, unsigned long long place) {
-    unsigned long asked = k != 0 ? s : held;
+                 unsigned long long place) {
+    unsigned long asked = k != 0 ? s : end;
     for (; s < end; ++s) {
-      if (asked < held && asked <= s + kAhead) {
-        const unsigned long to = std::min(asked + kAhead, held);
-        AskFor(v, asked, to, held);
+      if (asked < end && asked <= s + kAhead) {
+        const unsigned long to = std::min(asked + kAhead, end);
+        AskFor(v, asked, to, end);
         asked = to;
       }
       if (void* const element = v.begin()[s]; element != nullptr) {
@@ -176,16 +178,15 @@ class StoreWalk {
     for (unsigned long i = to; i < std::min(to + kAhead, end); ++i) {
       __builtin_prefetch(v[i]);
     }
-    for (; s < to; ++s) {
-      if (v[s] == nullptr) {
-        continue;
+    for (unsigned long i = s; i < to; ++i) {
+      if (v[i] != nullptr) {
+        static_cast<const OmPointerVector*>(v[i])->AskForFront(kFirst);
       }
-      const auto& next = *static_cast<const OmPointerVector*>(v[s]);
-      if (next.capacity() > OmPointerVector::kMostUnmarked) {
-        __builtin_prefetch(next.begin() - kLine);
-      }
-      for (unsigned long i = 0; i < std::min(next.size(), OmPointerVector::kStretch); i += kLine) {
-        __builtin_prefetch(&next[i]);
+    }
+    // These come first, and what is in front of them was asked for already.
+    for (unsigned long i = s < kAhead ? 0 : s - kAhead; i < s; ++i) {
+      if (v[i] != nullptr) {
+        static_cast<const OmPointerVector*>(v[i])->AskForStretches(1);
       }
     }
   }
@@ -223,7 +224,7 @@ class StoreWalk {
   }
 
   static constexpr unsigned long kAhead = 16;  // vectors
-  static constexpr unsigned long kLine = 8;    // pointers to a line of the cache
+  static constexpr long kFirst = 64;           // elements of each
 
   const std::vector<Level>& levels;
   PlaceSet& found;
