@@ -86,10 +86,14 @@ void OmPivotTable::Iterator::Data::LookFurther() noexcept {
     if (wanted != nullptr) {
       ahead = wanted->begin();
       aheadEnd = wanted->end();
-      if (const unsigned long* const marks = wanted->Marks(); marks != nullptr) {
+      if (const unsigned long* marks = wanted->Marks(); marks != nullptr) {
         // Looking into empty stretches takes memory.
-        aheadEnd = std::min(
-            aheadEnd, ahead + std::countr_one(*marks) * static_cast<long>(PointerVector::kStretch));
+        unsigned long filled = 0;
+        for (int marked = 64; marked == 64 && filled < wanted->size(); ++marks) {
+          marked = std::countr_one(*marks);
+          filled += static_cast<unsigned long>(marked) * PointerVector::kStretch;
+        }
+        aheadEnd = ahead + std::min(filled, wanted->size());
       }
     }
   }

@@ -127,7 +127,7 @@ bool HasNoEnd(const OmCellText* cell, const OmMemoryRegion* region) noexcept {
 constexpr long kAhead = 96;
 
 constexpr long kDeletedAhead = 24;
-constexpr int kStretchesAhead = 4;
+constexpr int kStretchesAhead = 16;
 
 // Returns a vector without marks, or null for any other and for none.
 const OmPointerVector* Narrow(const void* element) noexcept {
