@@ -4,8 +4,10 @@
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
 // first block, 1 KiB at a time up to 4 KiB, and as much again as it holds whenever that is used up;
-// above 128 KiB 64 KiB at a time. A block costs 8 bytes more than its size class. Blocks above 16
-// KiB are taken from the system one by one. A chunk is given back only with its region.
+// above 128 KiB 64 KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own,
+// so that small ones stand close to each other. A block costs 8 bytes more than its size class.
+// Blocks above 16 KiB are taken from the system one by one. A chunk is given back only with its
+// region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
@@ -19,9 +21,9 @@
 // Taking and releasing a small block count nothing, which would cost more than all the rest: what
 // is alive is told from what was carved from chunks, less what the free lists hold.
 //
-// Invariants: each block on freeLists[c]
-// is of class c; a block that was ever given out is alive, or on a free list, or no longer counted;
-// `bytesHeld` is the sum of all chunks, large blocks and blocks of zeros.
+// Invariants: each block on freeLists[c] is of class c; a block that was ever given out is alive, or
+// on a free list, or no longer counted; `bytesHeld` is the sum of all chunks, large blocks and
+// blocks of zeros.
 class OM_PLATFORM_API OmMemoryRegion {
  public:
   explicit OmMemoryRegion(bool shared);
