@@ -21,8 +21,8 @@
 // Taking and releasing a small block count nothing, which would cost more than all the rest: what
 // is alive is told from what was carved from chunks, less what the free lists hold.
 //
-// Invariants: each block on freeLists[c] is of class c; a block that was ever given out is alive, or
-// on a free list, or no longer counted; `bytesHeld` is the sum of all chunks, large blocks and
+// Invariants: each block on freeLists[c] is of class c; a block that was ever given out is alive,
+// or on a free list, or no longer counted; `bytesHeld` is the sum of all chunks, large blocks and
 // blocks of zeros.
 class OM_PLATFORM_API OmMemoryRegion {
  public:
