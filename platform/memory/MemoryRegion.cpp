@@ -272,8 +272,8 @@ void ReturnPages(void* pages, [[maybe_unused]] unsigned long bytes) noexcept {
 }  // namespace
 
 // Fills with zeros what is marked, and clears the marks.
-void OmMemoryRegion::Clear(const Large& front) noexcept {
-  char* const block = reinterpret_cast<char*>(const_cast<Large*>(&front) + 1);
+void OmMemoryRegion::Clear(Large& front) noexcept {
+  char* const block = reinterpret_cast<char*>(&front + 1);
   for (unsigned long at = 0; at < front.bytes; at += kMarkedBytes) {
     const unsigned long i = at / kMarkedBytes;
     if ((front.marks[i / 64] >> i % 64 & 1) != 0) {
@@ -342,7 +342,7 @@ void OmMemoryRegion::ReleaseAny(void* block) noexcept {
   if (ClassIn(tag) == kInsideClass) {
     OM_HARDEN((tag & kReleased) == 0, "OmMemoryRegion::Release");
     MarkReleased(block, true);
-    const Large& front = *(static_cast<Large*>(block) - 1);
+    Large& front = *(static_cast<Large*>(block) - 1);
     block = front.inside;
     tag = TagOf(block);
     if (!OwnerIn(tag)->leaving) {

@@ -143,7 +143,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   void PushFree(void* block, unsigned int sizeClass) noexcept;
   void Link(Large* front, unsigned long bytes, unsigned int sizeClass) noexcept;
   void SettlePlain() noexcept;
-  static void Clear(const Large& front) noexcept;
+  static void Clear(Large& front) noexcept;
   [[nodiscard]] static unsigned long Whole(const Large& front) noexcept;
   static void GiveBack(Large* front) noexcept;
   [[nodiscard]] static unsigned long SizeOf(void* block, unsigned long tag) noexcept;

@@ -205,7 +205,10 @@ struct Stores : ExhaustionFixture {
     const std::vector<int> at(static_cast<unsigned long>(levels), 0);
     return Fields(Show(OmCellStore::Find(root, at)), levels);
   }
-  void Verify() { VerifyStore(root, static_cast<unsigned long>(levels)); }
+  void Verify() {
+    VerifyStore(root, static_cast<unsigned long>(levels));
+    OmCellStore::Verify(root, static_cast<unsigned long>(levels));
+  }
   void Raise() { root = OmCellStore::Raise(root, &region); }
   void Widely() {
     const OmPointerVector& wide = *root;

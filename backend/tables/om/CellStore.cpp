@@ -353,3 +353,20 @@ OmPointerVector* OmCellStore::Lower(OmPointerVector* root) {
   delete root;
   return lowered;
 }
+
+void OmCellStore::Verify([[maybe_unused]] const OmPointerVector* root,
+                         [[maybe_unused]] unsigned long levels) {
+#if defined(OM_HARDENING) && OM_HARDENING
+  if (root == nullptr) {
+    return;
+  }
+  OM_HARDEN(root->begin() <= root->end() && root->size() <= root->capacity(),
+            "OmCellStore::Verify");
+  for (unsigned long i = levels > 1 ? FindNonZero(*root, 0) : root->size(); i < root->size();
+       i = FindNonZero(*root, i + 1)) {
+    const auto* const child = static_cast<const OmPointerVector*>(root->begin()[i]);
+    OM_HARDEN(child->Region() == root->Region(), "OmCellStore::Verify");
+    Verify(child, levels - 1);
+  }
+#endif
+}

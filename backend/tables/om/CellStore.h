@@ -264,6 +264,10 @@ class OM_API OmCellStore {
   // Undoes Raise: returns the root from before.
   [[nodiscard]] static OmPointerVector* Lower(OmPointerVector* root);
 
+  // Where hardening is on, walks the store of `levels` levels at `root`, which may be null, and
+  // holds each vector against what it has to be: whole, and in the region of the one above.
+  static void Verify(const OmPointerVector* root, unsigned long levels);
+
   // Whether a stored cell may go with the region that the store is in, without freeCellArray. Cells
   // that cannot tell may not.
   template <typename Text>

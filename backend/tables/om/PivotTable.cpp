@@ -92,6 +92,7 @@ void OmPivotTable::Accept(Visitor& visitor) {
 }
 
 void OmPivotTable::EndTable() {
+  OmCellStore::Verify(_my->root, _my->dimensions);
   _my->ReindexAxis();
 }
 
