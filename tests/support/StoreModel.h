@@ -43,7 +43,7 @@ class StoreModel {
     Key key{};
     for (auto subscript = key.end() - static_cast<long>(n); subscript != key.end(); ++subscript) {
       // Now and then far away, also where only what was stored in is marked.
-      *subscript = random.Below(random.OneIn(50) ? 9000 : random.OneIn(100) ? 201 : n > 2 ? 3 : 7);
+      *subscript = random.Below(random.OneIn(500) ? 9000 : random.OneIn(50) ? 700 : n > 2 ? 3 : 7);
     }
     const std::vector<int> subscripts = Subscripts(key);
     const int what = random.Below(20);
