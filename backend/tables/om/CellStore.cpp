@@ -39,7 +39,7 @@ void ForStretches(const OmPointerVector& v, const unsigned long* marks, Visit vi
   }
 }
 
-// Returns the first index from `i` on, and before `end`, whose element is not null, or `end`.
+// Returns the first index from `i` on, which is before `end`, whose element is not null, or `end`.
 unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) noexcept {
   constexpr unsigned long kStep = 8;
   const auto isZero = [elements](unsigned long at) {
@@ -49,7 +49,7 @@ unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) 
     }
     return any == 0;
   };
-  if (i < end && elements[i] != nullptr) {
+  if (elements[i] != nullptr) {
     return i;
   }
   while (i + kStep <= end && isZero(i)) {
@@ -74,11 +74,11 @@ bool HoldsNothing(const OmPointerVector& v) {
   return FindNonZero(v, 0) == size;
 }
 
-// Returns the vector of dimension `k` on the way to `subscripts`, or null where there is none.
+// Returns the vector of dimension `k` on the way to `subscripts`.
 inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& subscripts,
                                  unsigned long k) {
   OmPointerVector* v = root;
-  for (unsigned long i = subscripts.size() - 1; i != k && v != nullptr; --i) {
+  for (unsigned long i = subscripts.size() - 1; i != k; --i) {
     v = static_cast<OmPointerVector*>(v->At(subscripts[i]));
   }
   return v;
@@ -135,33 +135,16 @@ const OmPointerVector* Narrow(const void* element) noexcept {
   return v != nullptr && v->capacity() <= OmPointerVector::kMostUnmarked ? v : nullptr;
 }
 
-// Whether the eight elements from `slot` on are null.
-bool AllNull(void* const* slot) noexcept {
-  unsigned long any = 0;
-  for (int k = 0; k != 8; ++k) {
-    any |= reinterpret_cast<unsigned long>(slot[k]);
-  }
-  return any == 0;
-}
-
 // Deletes the cells in `v`, and asks for the first of those in `next`, which may be null.
 void FreeCells(const OmPointerVector& v, const OmPointerVector* next) {
   const long nextSize = next != nullptr ? static_cast<long>(next->size()) : 0;
   ForStretches(v, v.Marks(), [&](void* const* slot, void* const* end) {
     while (slot != end) {
       const long left = end - slot;
-      if (left >= kAhead + 8) {
-        // Many are often null together.
-        __builtin_prefetch(slot + 2 * kAhead);
-        if (AllNull(slot) && AllNull(slot + kAhead)) {
-          slot += 8;
-          continue;
-        }
+      if (left > kAhead) {
         __builtin_prefetch(slot[kAhead]);
-      } else if (kAhead - left >= 0 && kAhead - left < nextSize) {
+      } else if (kAhead - left < nextSize) {
         __builtin_prefetch(next->begin()[kAhead - left]);
-      } else if (left > kAhead) {
-        __builtin_prefetch(slot[kAhead]);
       }
       delete static_cast<OmCellText*>(*slot++);
     }
