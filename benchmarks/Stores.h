@@ -171,6 +171,9 @@ struct Arena {
     if (static_cast<std::size_t>(end - next) < stride) {
       pages = mmap(nullptr, kPages, PROT_READ | PROT_WRITE,
                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+      if (pages == MAP_FAILED) {
+        throw std::bad_alloc();
+      }
       next = static_cast<char*>(pages) + sizeof(unsigned long);
       end = static_cast<char*>(pages) + kPages;
     }

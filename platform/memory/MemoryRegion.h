@@ -5,9 +5,9 @@
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
 // first block, 1 KiB at a time up to 4 KiB, and as much again as it holds whenever that is used up;
 // above 128 KiB 64 KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own,
-// so that small ones stand close to each other. A block costs 8 bytes more than its size class.
-// Blocks above 16 KiB are taken from the system one by one. A chunk is given back only with its
-// region.
+// so that small ones stand close to each other. A block costs 8 bytes more than its size class, one
+// with marks some 100. Blocks above 16 KiB are taken from the system one by one; those of zeros
+// come from chunks of their own up to 1 MiB. A chunk is given back only with its region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
@@ -39,10 +39,10 @@ class OM_PLATFORM_API OmMemoryRegion {
   // Returns such a block where it is at hand, as small blocks mostly are, and null elsewhere.
   [[nodiscard]] void* TryAllocate(unsigned long bytes) noexcept;
 
-  // As Allocate, and every byte is zero. All but small blocks come from pages that nobody has
-  // touched, where there are such, and have marks: a bit for each kMarkedBytes of it, which the
-  // owner sets where it writes. Whoever looks for what was written need not look at the rest, and
-  // the system gives no memory for it.
+  // As Allocate, and every byte is zero. Blocks above kMostUnmarked come from pages that nobody has
+  // touched, in a region that is not small, and have marks: a bit for each kMarkedBytes of it,
+  // which the owner sets where it writes. Whoever looks for what was written need not look at the
+  // rest, and the system gives no memory for it.
   [[nodiscard]] void* AllocateZeroed(unsigned long bytes);
   // Returns the marks of a live block, the first bit of the first word for its first bytes, or null
   // for a block that has none.
@@ -153,7 +153,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool plain;  // neither shared, limited, on its way out nor hardened: nothing has to be asked
   bool working = true;
   bool leaving = false;  // on its way out, and plain otherwise
-  Rest fine;             // for all blocks, but for coarse ones once there are spans
+  Rest fine;             // for all blocks, but for coarse ones where these have their own
   Rest coarse;           // in spans of its own, so that small blocks stand close to each other
   void* freeLists[kClasses] = {};
   // Blocks carved from chunks. One number, so that taking a block writes no more than it must; what

@@ -55,7 +55,8 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
     my.vector = vector;
     if (level == 0) {
       const PointerVector& above = *levels[1].vector;
-      PointerVector::AskForNext(above.begin() + levels[1].index, above.end());
+      PointerVector::AskForNext(above.begin() + levels[1].index,
+                                above.begin() + above.StoredEnd(levels[1].index));
     }
     index = FindNonZero(*vector, 0);
   }

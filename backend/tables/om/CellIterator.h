@@ -4,8 +4,8 @@
 //
 // Cells come with ascending subscripts, the first dimension's fastest. Only stored cells are
 // visited. The start does not go back: where the first way down the store ends at nothing but nulls
-// (a null was stored there), the walk is over at once, although other cells may exist. That is on
-// purpose.
+// (a null was stored there, or every cell was deleted before a dimension was added), the walk is
+// over at once, although other cells may exist. That is on purpose.
 
 #ifndef BACKEND_TABLES_OM_CELLITERATOR_H
 #define BACKEND_TABLES_OM_CELLITERATOR_H

@@ -24,7 +24,8 @@ class OmCellText;
 //
 // A vector with room for more than kMostUnmarked elements takes pages that nobody has touched,
 // where the region has such, and marks the stretches of kStretch elements in which anything was
-// stored. The other stretches hold nulls and cost no memory; searches and growth pass over them.
+// stored. The other stretches hold nulls and cost no memory but in small tables; searches and
+// growth pass over them.
 // What hands out an element for writing marks its stretch: operator[] and push_back() are this
 // class's own, the iterators and back() are for reading, and what moves elements is left out.
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
@@ -59,6 +60,10 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // Returns the marks, a bit a stretch, or null where there are none: then anything may be stored
   // anywhere.
   [[nodiscard]] const unsigned long* Marks() const noexcept;
+  // Returns how far from element `i` on, in whose stretch something was stored, elements may be
+  // looked at without touching memory for nothing; not beyond the next stretch where there are
+  // marks.
+  [[nodiscard]] unsigned long StoredEnd(unsigned long i) const noexcept;
   // Ask for memory that a walk comes to: the first elements, or where there are marks the front of
   // the block, and, when that is there, the first stretches that are marked. Inlined, because a
   // compiler takes a function that does no more than this for one without effect.
@@ -197,6 +202,18 @@ inline void OmPointerVector::Mark(void** slot) noexcept {
       }
     }
   }
+}
+
+inline unsigned long OmPointerVector::StoredEnd(unsigned long i) const noexcept {
+  const unsigned long* const marks = Marks();
+  if (marks == nullptr) {
+    return size();
+  }
+  unsigned long stretch = i / kStretch + 1;
+  if (stretch * kStretch < size() && (marks[stretch / 64] >> stretch % 64 & 1) != 0) {
+    ++stretch;
+  }
+  return std::min(stretch * kStretch, size());
 }
 
 inline void OmPointerVector::AskForFront(long elements) const noexcept {

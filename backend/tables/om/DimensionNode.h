@@ -69,10 +69,6 @@ class OM_API OmDimensionNode {
   void Hide(bool value) noexcept { hide = value; }
   [[nodiscard]] bool HideLabels() const noexcept { return hideLabels; }
   void HideLabels(bool value) noexcept { hideLabels = value; }
-  // What is hidden, in one look: 1 for Hide(), 256 for HideLabels().
-  [[nodiscard]] unsigned int Hidden() const noexcept {
-    return static_cast<unsigned int>(hide) | static_cast<unsigned int>(hideLabels) << 8;
-  }
   // 0 ascending, 1 descending, 2 not sorted.
   [[nodiscard]] int SortOrder() const noexcept { return sortOrder; }
   void SortOrder(int value) noexcept { sortOrder = value; }

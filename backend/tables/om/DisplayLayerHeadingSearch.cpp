@@ -152,11 +152,12 @@ class StoreWalk {
   // Walks the elements from `s` to `end`, which may be looked at in advance.
   void WalkSlots(unsigned long k, const OmPointerVector& v, unsigned long s, unsigned long end,
                  unsigned long long place) {
+    const unsigned long start = s;
     unsigned long asked = k != 0 ? s : end;
     for (; s < end; ++s) {
       if (asked < end && asked <= s + kAhead) {
         const unsigned long to = std::min(asked + kAhead, end);
-        AskFor(v, asked, to, end);
+        AskFor(v, std::max(start + kAhead, asked) - kAhead, asked, to, end);
         asked = to;
       }
       if (void* const element = v.begin()[s]; element != nullptr) {
@@ -168,13 +169,15 @@ class StoreWalk {
     }
   }
 
-  // Asks for what the vectors from `s` to `to` begin with, and for the vectors behind them up to
-  // `end`: a vector of the store is as a rule nowhere near the one before it, and most of the work
-  // is to wait for it. Many at once, because each is on another page, and the searches for pages
-  // overlap only where they follow each other closely. Inlined because a function that does no more
-  // than this is one without an effect to the compiler, which drops its calls.
-  [[gnu::always_inline]] static inline void AskFor(const OmPointerVector& v, unsigned long s,
-                                                   unsigned long to, unsigned long end) {
+  // Asks for what the vectors from `s` to `to` begin with, for what those from `last` to `s` hold
+  // first, and for the vectors behind them up to `end`: a vector of the store is as a rule nowhere
+  // near the one before it, and most of the work is to wait for it. Many at once, because each is
+  // on another page, and the searches for pages overlap only where they follow each other closely.
+  // Inlined because a function that does no more than this is one without an effect to the
+  // compiler, which drops its calls.
+  [[gnu::always_inline]] static inline void AskFor(const OmPointerVector& v, unsigned long last,
+                                                   unsigned long s, unsigned long to,
+                                                   unsigned long end) {
     for (unsigned long i = to; i < std::min(to + kAhead, end); ++i) {
       __builtin_prefetch(v[i]);
     }
@@ -184,7 +187,7 @@ class StoreWalk {
       }
     }
     // These come first, and what is in front of them was asked for already.
-    for (unsigned long i = s < kAhead ? 0 : s - kAhead; i < s; ++i) {
+    for (unsigned long i = last; i < s; ++i) {
       if (v[i] != nullptr) {
         static_cast<const OmPointerVector*>(v[i])->AskForStretches(1);
       }
