@@ -632,6 +632,24 @@ void* OmMemoryRegion::TakeZeroed(unsigned long bytes) {
   return front + 1;
 }
 
+// Carves a coarse block without rounding it up to a class, so that its end and the front of the
+// next one share a page. It is of the class below, and what it is longer counts as not carved.
+void* OmMemoryRegion::CarveExactly(unsigned long bytes) {
+  const unsigned long stride = RoundUp(bytes + kTagBytes, kStep);
+  if (coarse.Bytes() < stride) {
+    AddChunk(coarse, stride);
+  }
+  unsigned int sizeClass = ClassOf(stride);
+  if (kStrides[sizeClass] > stride) {
+    --sizeClass;
+  }
+  void* const block = Carve(coarse, sizeClass);
+  const unsigned long more = stride - kStrides[sizeClass];
+  coarse.bump += more;
+  settled -= more;
+  return block;
+}
+
 // Takes a small block that is zeros already, where there is one: carved from the pages of a span,
 // or, as far as it was used, released as such.
 void* OmMemoryRegion::TakeInside(unsigned long bytes) {
@@ -639,7 +657,8 @@ void* OmMemoryRegion::TakeInside(unsigned long bytes) {
   const void* const listed = freeLists[SmallClassFor(around + bytes)];
   const bool isClean = listed != nullptr && (TagOf(listed) & kClean) != 0;
   const bool isFresh = listed == nullptr && chunkBytes >= kLeastApart;
-  auto* const inside = static_cast<char*>(TakeAny(around + bytes));
+  auto* const inside =
+      static_cast<char*>(isFresh ? CarveExactly(around + bytes) : TakeAny(around + bytes));
   Large* const front = reinterpret_cast<Large*>(inside + around) - 1;
   if (isClean) {
     // The front is written anew. The link was in the first mark.

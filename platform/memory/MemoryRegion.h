@@ -130,6 +130,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   void* TakeLarge(unsigned long bytes);
   void* TakeZeroed(unsigned long bytes);
   void* TakeInside(unsigned long bytes);
+  void* CarveExactly(unsigned long bytes);
   Large* FindZeroed(unsigned long bytes) noexcept;
   Large* CarveZeroed(unsigned long bytes);
   void* Carve(Rest& rest, unsigned int sizeClass) noexcept;

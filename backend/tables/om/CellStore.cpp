@@ -143,7 +143,7 @@ void FreeCells(const OmPointerVector& v, const OmPointerVector* next) {
       const long left = end - slot;
       if (left > kAhead) {
         __builtin_prefetch(slot[kAhead]);
-      } else if (kAhead - left < nextSize) {
+      } else if (next != nullptr && kAhead - left < nextSize) {
         __builtin_prefetch(next->begin()[kAhead - left]);
       }
       delete static_cast<OmCellText*>(*slot++);
