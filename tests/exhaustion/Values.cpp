@@ -212,7 +212,8 @@ struct Stores : ExhaustionFixture {
   void Raise() { root = OmCellStore::Raise(root, &region); }
   void Widely() {
     const OmPointerVector& wide = *root;
-    seen = Fields(root->NearSlot(1) == nullptr, (*root)[1] == wide[1], wide.Marks() == nullptr);
+    seen = Fields(root->NearSlot(1) == nullptr, (*root)[1] == wide[1], wide.Marks() == nullptr,
+                  wide.StoredEnd(1));
   }
 
   OmPointerVector* root = nullptr;
