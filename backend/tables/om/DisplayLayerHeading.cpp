@@ -179,14 +179,16 @@ void OmDisplayLayerHeading::Data::FindVisibleLevels(const Places& places,
       out.push_back(static_cast<unsigned short>(header->maxVisibleLevels));
       continue;
     }
-    std::vector<bool> shown(header->visibleLevels.size());
-    for (const unsigned long long place : places) {
+    // As VisibleLevels of those shown, without a list of them: as a rule the first one ends it.
+    int levels = 0;
+    for (auto place = places.begin(); place != places.end() && levels < header->maxVisibleLevels;
+         ++place) {
       // A digit may be beyond the leaves where subscripts are missing.
-      if (const unsigned int digit = digitOf(place); digit < shown.size()) {
-        shown[digit] = true;
+      if (const unsigned int digit = digitOf(*place); digit < header->visibleLevels.size()) {
+        levels = std::max<int>(levels, header->visibleLevels[digit]);
       }
     }
-    out.push_back(header->VisibleLevels(std::move(shown)));
+    out.push_back(static_cast<unsigned short>(levels));
   }
 }
 

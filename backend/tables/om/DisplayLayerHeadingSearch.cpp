@@ -6,8 +6,12 @@
 // the product of the sizes. Where they may not, the sparse search goes cell by cell.
 
 #include <algorithm>
+#include <bit>
+#include <deque>
 #include <limits>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/CellStore.h"
@@ -26,8 +30,8 @@ class PlaceSet {
   // Every place will be below `count`.
   explicit PlaceSet(unsigned long long count) {
     if (count <= kMostBits) {
-      bits.resize(static_cast<unsigned long>(count));
-      missing = bits.size();
+      end = missing = count;
+      words.resize((static_cast<unsigned long>(count) + 63) / 64);
     }
   }
 
@@ -35,13 +39,13 @@ class PlaceSet {
   [[nodiscard]] bool Full() const noexcept { return missing == 0; }
   // Tells that a place is known to be there; not every place that is there is known.
   [[nodiscard]] bool Has(unsigned long long place) const {
-    return place < bits.size() && bits[static_cast<unsigned long>(place)];
+    return place < end && (words[static_cast<unsigned long>(place / 64)] >> place % 64 & 1) != 0;
   }
 
   void Add(unsigned long long place) {
-    if (place < bits.size()) {
+    if (place < end) {
       if (!Has(place)) {
-        bits[static_cast<unsigned long>(place)] = true;
+        words[static_cast<unsigned long>(place / 64)] |= 1UL << place % 64;
         --missing;
       }
       return;
@@ -55,13 +59,17 @@ class PlaceSet {
 
   // Returns the places in ascending order.
   [[nodiscard]] Places Take() {
+    Tidy();
+    if (end == 0) {
+      return std::move(list);
+    }
     Places places;
-    for (unsigned long i = 0; i != bits.size(); ++i) {
-      if (bits[i]) {
-        places.push_back(i);
+    places.reserve(static_cast<unsigned long>(end - missing) + list.size());
+    for (unsigned long i = 0; i != words.size(); ++i) {
+      for (unsigned long word = words[i]; word != 0; word &= word - 1) {
+        places.push_back(64 * i + static_cast<unsigned long>(std::countr_zero(word)));
       }
     }
-    Tidy();
     places.insert(places.end(), list.begin(), list.end());
     return places;
   }
@@ -75,19 +83,21 @@ class PlaceSet {
     list.erase(std::unique(list.begin(), list.end()), list.end());
   }
 
-  std::vector<bool> bits;  // of the places below its size
-  Places list;             // the others, repeats among them
+  unsigned long long end = 0;        // of the places that have a bit
+  std::vector<unsigned long> words;  // those bits
+  Places list;                       // the others, repeats among them
   unsigned long limit = kLeastLimit;
-  unsigned long missing = std::numeric_limits<unsigned long>::max();  // places not there yet
+  // How many places below `end` are not there yet, or a lot.
+  unsigned long long missing = std::numeric_limits<unsigned long long>::max();
 };
 
 // What the walk does at one level of the store, which is one dimension.
 struct Level {
   unsigned long begin = 0;  // the subscripts to follow
   unsigned long end = std::numeric_limits<unsigned long>::max();
-  bool head = false;              // each subscript stands for leaves of a heading dimension
-  std::vector<int> first;         // by subscript, a leaf that carries it, or -1
-  std::vector<int> next;          // by leaf, another one of the same subscript, or -1
+  bool head = false;           // each subscript stands for leaves of a heading dimension
+  const int* first = nullptr;  // by subscript below `end`, a leaf that carries it, or -1
+  const int* next = nullptr;   // by leaf, another one of the same subscript, or -1; null for none
   unsigned long long weight = 0;  // what a leaf's position adds to the place, times the position
 };
 
@@ -142,7 +152,7 @@ class StoreWalk {
     while (stretch * OmPointerVector::kStretch < end) {
       const unsigned long word = marks[stretch / 64] >> stretch % 64;
       if (word != 0) {
-        return stretch + static_cast<unsigned long>(__builtin_ctzl(word));
+        return stretch + static_cast<unsigned long>(std::countr_zero(word));
       }
       stretch = (stretch / 64 + 1) * 64;
     }
@@ -201,7 +211,7 @@ class StoreWalk {
       Descend(k, element, place);
       return;
     }
-    for (int p = level.first[s]; p >= 0; p = level.next[static_cast<unsigned long>(p)]) {
+    for (int p = level.first[s]; p >= 0; p = level.next != nullptr ? level.next[p] : -1) {
       Descend(k, element, place + static_cast<unsigned long long>(p) * level.weight);
     }
   }
@@ -333,9 +343,8 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
     const OmDimHeader& header = *headers[d];
     Level& level = levels[d];
     level.head = true;
-    level.first.assign(header.leafPositions.begin(), header.leafPositions.end());
-    level.next.assign(header.nodePaths.size(), -1);
-    level.end = level.first.size();
+    level.first = header.leafPositions.begin();
+    level.end = header.leafPositions.size();
     level.weight += weights[k];
     inRange = inRange && header.nodePaths.size() <= bases[k];
   }
@@ -345,8 +354,12 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
     return;
   }
   if (inRange && FitsPlaces(bases)) {
-    const Places found = FindPlaces(Store(*table), levels, calc.Size());
-    out.insert(out.end(), found.begin(), found.end());
+    Places found = FindPlaces(Store(*table), levels, calc.Size());
+    if (out.empty()) {
+      out.swap(found);
+    } else {
+      out.insert(out.end(), found.begin(), found.end());
+    }
     return;
   }
   std::set<unsigned long long> places;
@@ -394,6 +407,7 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
       levels[d].end = 0;  // the current category has no subscript, so no cell
     }
   }
+  std::deque<std::vector<int>> lists;  // what the levels refer to
   for (unsigned long k = 0; k != bases.size(); ++k) {
     const OmDimHeader& header = *Header(headDims[k]);
     if (Contains(otherDims, 0, headDims[k])) {
@@ -401,17 +415,18 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
     }
     Level& level = levels[static_cast<unsigned long>(headDims[k])];
     level.head = true;
-    level.first.assign(header.leafPositions.size(), -1);
-    level.next.assign(header.nodePaths.size(), -1);
-    for (unsigned long p = std::min<unsigned long>(bases[k], level.next.size()); p-- != 0;) {
+    std::vector<int>& first = lists.emplace_back(header.leafPositions.size(), -1);
+    std::vector<int>& next = lists.emplace_back(header.nodePaths.size(), -1);
+    for (unsigned long p = std::min<unsigned long>(bases[k], next.size()); p-- != 0;) {
       if (header.leafSubscripts[p] >= 0) {
-        int& first = level.first[static_cast<unsigned long>(header.leafSubscripts[p])];
-        level.next[p] = first;
-        first = static_cast<int>(p);
+        int& leaf = first[static_cast<unsigned long>(header.leafSubscripts[p])];
+        next[p] = std::exchange(leaf, static_cast<int>(p));
       }
     }
+    level.first = first.data();
+    level.next = next.data();
     level.begin = 0;
-    level.end = level.first.size();
+    level.end = first.size();
     level.weight = weights[k];
   }
 
