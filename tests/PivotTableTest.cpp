@@ -186,6 +186,19 @@ TEST_F(PivotTable, CellsHandOnTheirMetadataAndFreeTheirPathButTheRoot) {
   table.deleteCell(place);
   table.deleteCell(place);
   EXPECT_EQ(region->LiveBlocks(), blocks);
+  // Fewer cells than wait for their end, and more.
+  for (const int n : {1, 8, 300}) {
+    for (int i = 0; i < n; ++i) {
+      table.Cell({i % 3, i, 1}, OmNumber(i));
+      if (i % 2 == 1) {
+        table.Cell({i % 3, i, 1})->setMeta(OmCellMetaData());
+      }
+    }
+    for (int i = 0; i < n; ++i) {
+      table.deleteCell({i % 3, i, 1});
+    }
+    EXPECT_EQ(region->LiveBlocks(), blocks);
+  }
 
   OmStringCell old("old");
   old.setMeta(OmCellMetaData());

@@ -119,7 +119,7 @@ TEST(Region, KeepsBlocksApartAndCountsThem) {
 }
 
 TEST(Region, IsLean) {
-  static_assert(sizeof(OmMemoryRegion) <= 512);
+  static_assert(sizeof(OmMemoryRegion) <= 520);
   OmMemoryRegion region(false);
   EXPECT_EQ(region.BytesHeld(), 0U);
   std::vector<void*> blocks{region.Allocate(40)};

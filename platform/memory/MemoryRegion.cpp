@@ -7,6 +7,7 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "backend/tables/om/Assert.h"
 
@@ -79,8 +80,9 @@ constexpr unsigned long kTagBytes = 8;
 constexpr unsigned long kStep = 16;
 constexpr unsigned long kLastFineStride = 272;
 constexpr unsigned int kFineClasses = 17;
-// Large blocks: from the system's allocator; of zeros, from a chunk; of zeros, with its own pages;
-// of zeros, inside a small block.
+// The other kinds of blocks: large, from the system's allocator; of zeros, from a chunk of
+// untouched pages; of zeros, with pages of its own; of zeros, inside a small block. The first sets
+// all bits.
 constexpr unsigned int kLargeClass = 0x3fff;
 constexpr unsigned int kZeroedClass = 0x3ffe;
 constexpr unsigned int kMappedClass = 0x3ffd;
@@ -207,7 +209,7 @@ OmMemoryRegion* OwnerIn(unsigned long tag) {
 }
 
 unsigned int ClassIn(unsigned long tag) {
-  return static_cast<unsigned int>(tag & 0x3fff);
+  return static_cast<unsigned int>(tag & kLargeClass);
 }
 
 OM_UNPOISONED unsigned long TagOf(const void* block) {
@@ -301,7 +303,8 @@ OmMemoryRegion::OmMemoryRegion(bool shared) : OmMemoryRegion(shared ? new Lock :
 
 OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept
     : lock(lock_), plain(lock_ == nullptr && !kChecked) {
-  static_assert(kClasses == kAllClasses && kMostFine == kLastFineStride - kTagBytes);
+  static_assert(kClassBits == kLargeClass && kClasses == kAllClasses &&
+                kMostFine == kLastFineStride - kTagBytes);
   static_assert(sizeof(Large) == kFrontBytes && kFrontBytes % 16 == 0);
   OM_HARDEN(OwnerIn(TagFor(this, 0)) == this, "OmMemoryRegion::OmMemoryRegion");
 }
@@ -363,6 +366,17 @@ void OmMemoryRegion::ReleaseAny(void* block) noexcept {
   }
 }
 
+// What waits counts as released already.
+void OmMemoryRegion::EndPostponed() const noexcept {
+  if (Postponed* const waiting = std::exchange(postponed, nullptr); waiting != nullptr) {
+    for (void*& object : waiting->objects) {
+      if (object != nullptr) {
+        waiting->end(std::exchange(object, nullptr));
+      }
+    }
+  }
+}
+
 void OmMemoryRegion::WorkingRelease(bool working_) noexcept {
   const Guard guard(lock);
   working = working_;
@@ -372,6 +386,7 @@ void OmMemoryRegion::WorkingRelease(bool working_) noexcept {
 void OmMemoryRegion::Limit(unsigned long bytes) noexcept {
   const Guard guard(lock);
   if (limit == kNoLimit) {
+    EndPostponed();
     counted = InUse().bytes;
   }
   limit = bytes;
@@ -388,16 +403,19 @@ void OmMemoryRegion::SettlePlain() noexcept {
 }
 
 unsigned long OmMemoryRegion::BytesInUse() const noexcept {
+  EndPostponed();
   const Guard guard(lock);
   return InUse().bytes;
 }
 
 unsigned long OmMemoryRegion::BytesHeld() const noexcept {
+  EndPostponed();
   const Guard guard(lock);
   return bytesHeld;
 }
 
 unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
+  EndPostponed();
   const Guard guard(lock);
   return InUse().blocks;
 }
@@ -418,6 +436,7 @@ OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
 
 void* OmMemoryRegion::Take(unsigned long bytes, bool zeroed) {
   if (plain) {
+    EndPostponed();
     return zeroed ? TakeZeroed(bytes) : TakeAny(bytes);
   }
   const Guard guard(lock);

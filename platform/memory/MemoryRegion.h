@@ -54,6 +54,22 @@ class OM_PLATFORM_API OmMemoryRegion {
   // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
   static void Release(void* block) noexcept;
 
+  // Objects that are to be destroyed and released, by `end`, and wait for their memory to come.
+  struct Postponed {
+    static constexpr unsigned long kObjects = 16;
+    explicit Postponed(void (*end_)(void* object)) : end(end_) {}
+    void (*end)(void* object);
+    void* objects[kObjects] = {};
+    unsigned long next = 0;
+  };
+  // Takes an object of this region that is to be destroyed and released, and asks for its memory.
+  // Returns, for the caller to do that to, the one that has waited in `waiting` longest, or null.
+  // Those that wait are ended before the region tells what it holds or takes more from the system;
+  // where it is destroyed first, they go with it as they stand. `waiting` is the same at every call
+  // and lives as long as the region. A region that is shared, limited, on its way out or watched
+  // returns the object itself.
+  [[nodiscard]] void* Postpone(Postponed& waiting, void* object) noexcept;
+
   // Returns the process-wide default region, which several threads may use at once. It lives until
   // the process ends.
   static OmMemoryRegion* DefaultHeap() noexcept;
@@ -71,7 +87,8 @@ class OM_PLATFORM_API OmMemoryRegion {
   void Limit(unsigned long bytes) noexcept;
 
   // Bytes of the blocks that are allocated and not released, each counted with the size it was
-  // given (its size class, no header). Costs a walk over the released blocks, like LiveBlocks().
+  // given (its size class, no header; a block of zeros that is inside a small one may count as the
+  // class below). Costs a walk over the released blocks, like LiveBlocks().
   unsigned long BytesInUse() const noexcept;
   // Bytes that the region holds from the system, its free blocks and headers included. Pages that
   // no block has reached yet do not count.
@@ -124,6 +141,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   explicit OmMemoryRegion(Lock* lock_) noexcept;
 
   static void ReleaseAny(void* block) noexcept;
+  void EndPostponed() const noexcept;
   void* Take(unsigned long bytes, bool zeroed);
   void* TakeAny(unsigned long bytes);
   void* TakeFromChunk(unsigned long bytes, unsigned int sizeClass);
@@ -172,7 +190,8 @@ class OM_PLATFORM_API OmMemoryRegion {
   char* zerosEnd = nullptr;
   Span* spans = nullptr;
   unsigned long zeroChunkBytes = 0;
-  Large* freeZeroed = nullptr;  // released blocks from those chunks
+  Large* freeZeroed = nullptr;             // released blocks from those chunks
+  mutable Postponed* postponed = nullptr;  // where something may wait
 };
 
 // Inline for what is done most, a small block of a size that was released before or is next in the
@@ -215,6 +234,21 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
     }
     ReleaseAny(block);
   }
+}
+
+inline void* OmMemoryRegion::Postpone(Postponed& waiting, void* object) noexcept {
+  if (!plain) {
+    return object;
+  }
+  // Addresses, because there may be no object. It may lie across two lines of the cache.
+  const auto address = reinterpret_cast<unsigned long>(object);
+  __builtin_prefetch(reinterpret_cast<const void*>(address - sizeof(void*)), 1);
+  __builtin_prefetch(reinterpret_cast<const void*>(address + 2 * sizeof(void*)), 1);
+  postponed = &waiting;
+  void*& place = waiting.objects[waiting.next++ % Postponed::kObjects];
+  void* const longest = place;
+  place = object;
+  return longest;
 }
 
 [[gnu::no_sanitize_address]] inline unsigned long* OmMemoryRegion::Marks(void* block) noexcept {

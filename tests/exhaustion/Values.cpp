@@ -216,13 +216,13 @@ struct Stores : ExhaustionFixture {
                   wide.StoredEnd(1));
   }
 
+  OmCellStore::Postponed postponed;
   OmPointerVector* root = nullptr;
-  unsigned long last = 0;
   int levels = 2;
 };
 
 TEST(Exhaustion, CellStore) {
-  UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}, f.last),
+  UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}, &f.postponed),
             (f.Raise(), f.root = OmCellStore::Lower(f.root)), (f.Raise(), ++f.levels),
             (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))),
             (f.root->reserve(3000), f.root->reserve(2900), f.root->push_back(nullptr), f.Widely()));

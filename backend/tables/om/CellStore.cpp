@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "backend/tables/om/Assert.h"
 #include "platform/cells/CellText.h"
@@ -62,18 +63,6 @@ unsigned long FindIn(void* const* elements, unsigned long i, unsigned long end) 
   return i;
 }
 
-bool HoldsNothing(const OmPointerVector& v) {
-  // One by one at first: most that hold something hold it near.
-  constexpr unsigned long kNear = 8;
-  const unsigned long size = v.size();
-  for (unsigned long i = 0; i != std::min(size, kNear); ++i) {
-    if (v.begin()[i] != nullptr) {
-      return false;
-    }
-  }
-  return FindNonZero(v, 0) == size;
-}
-
 // Returns the vector of dimension `k` on the way to `subscripts`.
 inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& subscripts,
                                  unsigned long k) {
@@ -93,7 +82,7 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
     auto* const child = static_cast<OmPointerVector*>(v[s]);
     v[s] = nullptr;
     delete child;
-    if (!HoldsNothing(v)) {
+    if (v.FindHeld()) {
       return;
     }
   }
@@ -105,20 +94,20 @@ bool HasNoEnd(const OmCellText* cell, const OmMemoryRegion* region) noexcept {
 }
 
 // What Delete does apart, so that it keeps nothing across a call and stays short: at random its
-// instructions decide how many of the next cells are fetched meanwhile.
+// instructions decide how many of the next vectors are fetched meanwhile.
 
 [[gnu::noinline]] void DeleteText(OmCellText* text) {
   delete text;
 }
 
 [[gnu::noinline]] void DeleteAndPrune(OmPointerVector* root, const std::vector<int>& subscripts,
-                                      const OmPointerVector& v, OmCellText* cell) {
+                                      OmPointerVector& v, OmCellText* cell) {
   if (HasNoEnd(cell, v.Region())) {
     OmMemoryRegion::Release(cell);
   } else {
     delete cell;
   }
-  if (HoldsNothing(v)) {
+  if (!v.FindHeld()) {
     Prune(root, subscripts);
   }
 }
@@ -126,7 +115,6 @@ bool HasNoEnd(const OmCellText* cell, const OmMemoryRegion* region) noexcept {
 // How many elements ahead memory is asked for, so that it comes while nearer ones are worked on.
 constexpr long kAhead = 96;
 
-constexpr long kDeletedAhead = 24;
 constexpr int kStretchesAhead = 16;
 
 // Returns a vector without marks, or null for any other and for none.
@@ -192,6 +180,22 @@ void OmPointerVector::ReserveWide(unsigned long n) {
   limit = block + n;
   OmMemoryRegion::Release(first);
   first = block;
+}
+
+bool OmPointerVector::FindHeld() noexcept {
+  unsigned long i = size() - 1;
+  if (first[i] == nullptr) {
+    // On from there, so that deleting in order passes each element once.
+    i = FindNonZero(*this, Held());
+    if (i == size()) {
+      i = FindNonZero(*this, 0);
+    }
+    if (i == size()) {
+      return false;
+    }
+  }
+  Held() = i;
+  return true;
 }
 
 // Each stage needs what an earlier one asked for: the vector, what stands in front of its elements
@@ -283,7 +287,7 @@ void*& OmCellStore::Slot(OmPointerVector*& root, const std::vector<int>& subscri
 }
 
 void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts,
-                         unsigned long& lastSlot) {
+                         Postponed* postponed) {
   void* element = root;
   for (unsigned long k = subscripts.size(); --k != 0 && element != nullptr;) {
     element = static_cast<const OmPointerVector*>(element)->At(subscripts[k]);
@@ -293,25 +297,21 @@ void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscrip
   if (v == nullptr || s >= v->size()) {
     return;
   }
-  void*& slot = v->first[s];
-  auto* const cell = static_cast<OmCellText*>(slot);
-  slot = nullptr;
-  const auto address = reinterpret_cast<unsigned long>(&slot);
-  if (address == lastSlot + sizeof(void*) && v->last - &slot > kDeletedAhead) {
-    // Whoever deletes in order will come to these. An address, because it may be null.
-    const auto ahead = reinterpret_cast<unsigned long>((&slot)[kDeletedAhead]);
-    __builtin_prefetch(reinterpret_cast<const void*>(ahead), 1);
-    __builtin_prefetch(reinterpret_cast<const void*>(ahead + 32), 1);
+  auto* cell = static_cast<OmCellText*>(std::exchange(v->first[s], nullptr));
+  if (postponed != nullptr) {
+    cell = postponed->Exchange(*v->region, cell);
   }
-  lastSlot = address;
-  // Most vectors that hold something hold it at an end.
-  if (v->last[-1] == nullptr && v->first[0] == nullptr) {
+  if (v->first[v->Held()] == nullptr) {
     DeleteAndPrune(root, subscripts, *v, cell);
   } else if (HasNoEnd(cell, v->region)) {
     OmMemoryRegion::Release(cell);
   } else {
     DeleteText(cell);
   }
+}
+
+void OmCellStore::End(void* cell) {
+  delete static_cast<OmCellText*>(cell);
 }
 
 OmPointerVector* OmCellStore::Raise(OmPointerVector* root, OmMemoryRegion* region) {

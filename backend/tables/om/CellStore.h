@@ -32,6 +32,17 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) : OmVector<void*>(region_) {}
 
+  // Makes room for Held(), too.
+  static void* operator new(unsigned long size, OmMemoryRegion* region) {
+    void* const block = OmRegionManaged::operator new(size + sizeof(unsigned long), region);
+    *reinterpret_cast<unsigned long*>(static_cast<char*>(block) + size) = 0;
+    return block;
+  }
+  static void operator delete(void* block) noexcept { OmMemoryRegion::Release(block); }
+  static void operator delete(void* block, OmMemoryRegion*) noexcept {
+    OmMemoryRegion::Release(block);
+  }
+
   // Appends nulls until there is a slot `s`, with the room that appending one by one would leave; a
   // jump beyond twice the room there is takes exactly what it needs.
   void GrowTo(unsigned long s);
@@ -69,12 +80,20 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // compiler takes a function that does no more than this for one without effect.
   [[gnu::always_inline]] void AskForFront(long elements) const noexcept;
   [[gnu::always_inline]] void AskForStretches(int stretches) const noexcept;
+  // Returns whether any element is not null, and notes where. Only for a vector that was made by
+  // new and is not empty.
+  [[nodiscard]] OM_PRIVATE bool FindHeld() noexcept;
   // Asks for the memory of the vectors behind the one at `slot`, which come next in a walk.
   OM_PRIVATE static void AskForNext(void* const* slot, void* const* end) noexcept;
 
  private:
   friend class OmCellStore;
 
+  // Returns the index of the element that was last seen to be not null, for the question whether
+  // there is any: at random, most vectors are asked many times before that one is deleted. The
+  // number stands behind the object, in the block that new made, and is less than size() as soon
+  // as there are elements.
+  [[nodiscard]] unsigned long& Held() noexcept;
   // As GrowTo, and returns the slot, marked. `s` is not negative.
   [[nodiscard]] void*& MakeSlot(int s);
   template <typename Region>
@@ -87,6 +106,10 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void Fill(void** slot) noexcept;
   void FillUpTo(void** slot) noexcept;
 };
+
+inline unsigned long& OmPointerVector::Held() noexcept {
+  return *reinterpret_cast<unsigned long*>(this + 1);
+}
 
 inline void* OmPointerVector::At(int s) const noexcept {
   // An address, because the slot may be none. A negative number becomes one that no vector reaches,
@@ -109,14 +132,15 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
 inline void** OmPointerVector::NearSlot(int s) noexcept {
   const auto address = reinterpret_cast<unsigned long>(first) +
                        static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
-  if (address >= reinterpret_cast<unsigned long>(limit) ||
-      address > reinterpret_cast<unsigned long>(last)) {
+  void** const slot = reinterpret_cast<void**>(address);
+  if (address < reinterpret_cast<unsigned long>(last)) {
+    Mark(slot);
+    return slot;
+  }
+  if (slot != last || last == limit) {
     return nullptr;
   }
-  void** const slot = reinterpret_cast<void**>(address);
-  if (slot == last) {
-    *last++ = nullptr;
-  }
+  *last++ = nullptr;
   Mark(slot);
   return slot;
 }
@@ -271,11 +295,21 @@ class OM_API OmCellStore {
                                         const std::vector<int>& subscripts) noexcept;
   // Whether one of `subscripts` is negative.
   [[nodiscard]] static bool AnyNegative(const std::vector<int>& subscripts) noexcept;
+  // Cells of one store that are deleted and whose end is postponed, where the region can do that.
+  template <typename Region>
+  class PostponedIn {
+   public:
+    // Takes a cell, and returns the one to be deleted in its place, or null.
+    [[nodiscard]] OmCellText* Exchange(Region& /*region*/, OmCellText* cell) noexcept {
+      return cell;
+    }
+  };
+  using Postponed = PostponedIn<OmMemoryRegion>;
   // Deletes the cell at `subscripts`, which are not none, and every vector but the root that this
-  // leaves without an element. `lastSlot` is the address of the slot that the call before cleared,
-  // or 0, and is set to this one's: only whether they are neighbours is asked.
+  // leaves without an element. `postponed` is null unless all cells of the store may go with the
+  // region.
   static void Delete(OmPointerVector* root, const std::vector<int>& subscripts,
-                     unsigned long& lastSlot);
+                     Postponed* postponed);
   // Puts a new root above `root`, which moves every cell to subscript 0 of one more dimension.
   [[nodiscard]] static OmPointerVector* Raise(OmPointerVector* root, OmMemoryRegion* region);
   // Undoes Raise: returns the root from before.
@@ -301,6 +335,24 @@ class OM_API OmCellStore {
 #else
   static constexpr bool kCellsGo = true;
 #endif
+
+ private:
+  // Deletes a cell.
+  static void End(void* cell);
+};
+
+template <typename Region>
+requires requires {
+  typename Region::Postponed;
+}
+class OmCellStore::PostponedIn<Region> {
+ public:
+  [[nodiscard]] OmCellText* Exchange(Region& region, OmCellText* cell) noexcept {
+    return static_cast<OmCellText*>(region.Postpone(cells, cell));
+  }
+
+ private:
+  typename Region::Postponed cells{&End};
 };
 
 inline OmCellText* OmCellStore::Find(const OmPointerVector* root,

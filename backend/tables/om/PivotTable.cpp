@@ -244,7 +244,7 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
 #endif
   if (subscripts.size() == _my->dimensions && !subscripts.empty()) {
     _my->Changed();
-    OmCellStore::Delete(_my->root, subscripts, _my->lastDeleted);
+    OmCellStore::Delete(_my->root, subscripts, _my->cellsGo ? &_my->postponed : nullptr);
   }
 }
 

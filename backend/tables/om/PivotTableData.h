@@ -68,6 +68,7 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   // Appends a dimension with all that belongs to it, or leaves the table as it was.
   OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
+  OmCellStore::Postponed postponed;  // of cells that may go with the region, which it outlives
   OmMemoryRegion region{false};
   OmCellText* templateName = nullptr;
   OmCellText* cornerText = nullptr;
@@ -128,7 +129,6 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   std::vector<FormatArea*> displacedFormats;
   // Changes of the cells that were told. Walks hold it against the number at their start.
   unsigned long changes = 0;
-  unsigned long lastDeleted = 0;  // the address of the slot of the cell that was deleted last
 };
 
 // The address of the record is that of its base: whatever would move the base fails to compile, a
