@@ -157,6 +157,7 @@ struct Pool {
 // again. What the tree costs over it is about what its structure costs in itself.
 struct Arena {
   static constexpr std::size_t kPages = 1UL << 32;
+  static constexpr bool kGoesAsAWhole = true;
 
   Arena() = default;
   Arena(const Arena&) = delete;
@@ -196,7 +197,11 @@ class TreeStore {
   explicit TreeStore(unsigned long dimensions) : depth(dimensions), root(NewVector()) {}
   TreeStore(const TreeStore&) = delete;
   TreeStore& operator=(const TreeStore&) = delete;
-  ~TreeStore() { Free(root, depth); }
+  ~TreeStore() {
+    if constexpr (!requires { Memory::kGoesAsAWhole; }) {
+      Free(root, depth);
+    }
+  }
 
   void Set(const Subscripts& at, double value) {
     Vector* v = root;
