@@ -54,13 +54,13 @@ class OM_PLATFORM_API OmMemoryRegion {
   // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
   static void Release(void* block) noexcept;
 
-  // Objects that are to be destroyed and released, by `end`, and wait for their memory to come.
+  // Objects that are to be destroyed and released, and wait for their memory to come.
   struct Postponed {
     static constexpr unsigned long kObjects = 16;
     explicit Postponed(void (*end_)(void* object)) : end(end_) {}
-    void (*end)(void* object);
-    void* objects[kObjects] = {};
-    unsigned long next = 0;
+    void (*end)(void* object);     // destroys and releases an object
+    void* objects[kObjects] = {};  // in a ring; some null
+    unsigned long next = 0;        // counts on; where the next one goes, by kObjects
   };
   // Takes an object of this region that is to be destroyed and released, and asks for its memory.
   // Returns, for the caller to do that to, the one that has waited in `waiting` longest, or null.

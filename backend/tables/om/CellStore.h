@@ -341,12 +341,14 @@ class OM_API OmCellStore {
   static void End(void* cell);
 };
 
+// The same where the region can.
 template <typename Region>
 requires requires {
   typename Region::Postponed;
 }
 class OmCellStore::PostponedIn<Region> {
  public:
+  // Takes a cell, and returns the one that has waited longest, or null.
   [[nodiscard]] OmCellText* Exchange(Region& region, OmCellText* cell) noexcept {
     return static_cast<OmCellText*>(region.Postpone(cells, cell));
   }
