@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <initializer_list>
 #include <limits>
 #include <memory>
@@ -116,6 +117,34 @@ TEST(Region, KeepsBlocksApartAndCountsThem) {
   std::for_each(threads.begin(), threads.end(), [](std::thread& thread) { thread.join(); });
   ExpectUse(shared, 0, 0);
   ExpectUse(*heap, live, inUse);
+}
+
+TEST(Region, EndsWhatIsPostponedBeforeItTells) {
+  static int ended;
+  OmMemoryRegion region(false);
+  OmMemoryRegion::Postponed waiting([](void* object) {
+    ++ended;
+    OmMemoryRegion::Release(object);
+  });
+  void* large = nullptr;
+  const std::function<void()> asks[] = {
+      [&] { EXPECT_EQ(region.LiveBlocks(), 0U); }, [&] { EXPECT_EQ(region.BytesInUse(), 0U); },
+      [&] { EXPECT_NE(region.BytesHeld(), 0U); },  [&] { region.WorkingRelease(true); },
+      [&] { large = region.Allocate(20000); },     [&] { region.Limit(~0UL); }};
+  for (const auto& ask : asks) {
+    ended = 0;
+    for (unsigned int i = 0; i != OmMemoryRegion::Postponed::kObjects + 1; ++i) {
+      if (void* const object = region.Postpone(waiting, region.Allocate(40)); object != nullptr) {
+        waiting.end(object);
+      }
+    }
+    // At once where something watches, and where the region has a large block.
+    EXPECT_TRUE(ended == 1 || ended == 17) << ended;
+    EXPECT_TRUE(large == nullptr || ended == 17);
+    ask();
+    EXPECT_EQ(ended, 17);
+  }
+  OmMemoryRegion::Release(large);
 }
 
 TEST(Region, IsLean) {

@@ -366,27 +366,30 @@ void OmMemoryRegion::ReleaseAny(void* block) noexcept {
   }
 }
 
-// What waits counts as released already.
+// What waits counts as released already. A shared region, where nothing waits, is only read here,
+// without the lock.
 void OmMemoryRegion::EndPostponed() const noexcept {
-  if (Postponed* const waiting = std::exchange(postponed, nullptr); waiting != nullptr) {
-    for (void*& object : waiting->objects) {
+  if (postponed != nullptr) {
+    Postponed& waiting = *std::exchange(postponed, nullptr);
+    for (void*& object : waiting.objects) {
       if (object != nullptr) {
-        waiting->end(std::exchange(object, nullptr));
+        waiting.end(std::exchange(object, nullptr));
       }
     }
   }
 }
 
 void OmMemoryRegion::WorkingRelease(bool working_) noexcept {
+  EndPostponed();
   const Guard guard(lock);
   working = working_;
   SettlePlain();
 }
 
 void OmMemoryRegion::Limit(unsigned long bytes) noexcept {
+  EndPostponed();
   const Guard guard(lock);
   if (limit == kNoLimit) {
-    EndPostponed();
     counted = InUse().bytes;
   }
   limit = bytes;

@@ -64,10 +64,10 @@ class OM_PLATFORM_API OmMemoryRegion {
   };
   // Takes an object of this region that is to be destroyed and released, and asks for its memory.
   // Returns, for the caller to do that to, the one that has waited in `waiting` longest, or null.
-  // Those that wait are ended before the region tells what it holds or takes more from the system;
-  // where it is destroyed first, they go with it as they stand. `waiting` is the same at every call
-  // and lives as long as the region. A region that is shared, limited, on its way out or watched
-  // returns the object itself.
+  // Those that wait are ended before the region tells what it holds, works otherwise or takes more
+  // from the system; where it is destroyed first, they go with it as they stand. `waiting` is the
+  // same at every call and lives as long as the region. A region that is shared, limited, on its
+  // way out or watched, or holds blocks of more than 16 KiB, returns the object itself.
   [[nodiscard]] void* Postpone(Postponed& waiting, void* object) noexcept;
 
   // Returns the process-wide default region, which several threads may use at once. It lives until
@@ -191,7 +191,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   Span* spans = nullptr;
   unsigned long zeroChunkBytes = 0;
   Large* freeZeroed = nullptr;             // released blocks from those chunks
-  mutable Postponed* postponed = nullptr;  // where something may wait
+  mutable Postponed* postponed = nullptr;  // where something may wait; never in a shared region
 };
 
 // Inline for what is done most, a small block of a size that was released before or is next in the
@@ -237,7 +237,7 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
 }
 
 inline void* OmMemoryRegion::Postpone(Postponed& waiting, void* object) noexcept {
-  if (!plain) {
+  if (!plain || large != nullptr) {
     return object;
   }
   // Addresses, because there may be no object. It may lie across two lines of the cache.

@@ -307,7 +307,7 @@ class OM_API OmCellStore {
   using Postponed = PostponedIn<OmMemoryRegion>;
   // Deletes the cell at `subscripts`, which are not none, and every vector but the root that this
   // leaves without an element. `postponed` is null unless all cells of the store may go with the
-  // region.
+  // region. The vectors, as Slot and Raise make them, were made by new.
   static void Delete(OmPointerVector* root, const std::vector<int>& subscripts,
                      Postponed* postponed);
   // Puts a new root above `root`, which moves every cell to subscript 0 of one more dimension.
