@@ -30,7 +30,7 @@ class OmCellText;
 // class's own, the iterators and back() are for reading, and what moves elements is left out.
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
-  explicit OmPointerVector(OmMemoryRegion* region_) : OmVector<void*>(region_) {}
+  explicit OmPointerVector(OmMemoryRegion* region_) noexcept : OmVector<void*>(region_) {}
 
   // Makes room for Held(), too.
   static void* operator new(unsigned long size, OmMemoryRegion* region) {
@@ -38,10 +38,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
     *reinterpret_cast<unsigned long*>(static_cast<char*>(block) + size) = 0;
     return block;
   }
+  using OmRegionManaged::operator delete;
   static void operator delete(void* block) noexcept { OmMemoryRegion::Release(block); }
-  static void operator delete(void* block, OmMemoryRegion*) noexcept {
-    OmMemoryRegion::Release(block);
-  }
 
   // Appends nulls until there is a slot `s`, with the room that appending one by one would leave; a
   // jump beyond twice the room there is takes exactly what it needs.

@@ -355,11 +355,8 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
   }
   if (inRange && FitsPlaces(bases)) {
     Places found = FindPlaces(Store(*table), levels, calc.Size());
-    if (out.empty()) {
-      out.swap(found);
-    } else {
-      out.insert(out.end(), found.begin(), found.end());
-    }
+    found.insert(found.begin(), out.begin(), out.end());
+    out.swap(found);
     return;
   }
   std::set<unsigned long long> places;
