@@ -48,6 +48,8 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
     if (level + 1 == levels.size()) {
       return nullptr;
     }
+    const PointerVector* const from = levels[level + 1].vector;
+    const unsigned long before = levels[level + 1].index;
     auto* const vector = static_cast<PointerVector*>(Increment(level + 1));
     if (vector == nullptr) {
       return nullptr;
@@ -55,8 +57,7 @@ void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
     my.vector = vector;
     if (level == 0) {
       const PointerVector& above = *levels[1].vector;
-      PointerVector::AskForNext(above.begin() + levels[1].index,
-                                above.begin() + above.StoredEnd(levels[1].index));
+      above.AskForNext(from == &above ? before : ~0UL, levels[1].index);
     }
     index = FindNonZero(*vector, 0);
   }

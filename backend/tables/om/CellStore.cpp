@@ -200,20 +200,49 @@ bool OmPointerVector::FindHeld() noexcept {
 
 // Each stage needs what an earlier one asked for: the vector, what stands in front of its elements
 // and tells where to look, and the elements.
-void OmPointerVector::AskForNext(void* const* slot, void* const* end) noexcept {
-  const auto vector = [slot, end](long i) {
-    return i < end - slot ? static_cast<const OmPointerVector*>(slot[i]) : nullptr;
-  };
-  __builtin_prefetch(vector(6));
-  if (const OmPointerVector* const v = vector(4); v != nullptr) {
-    v->AskForFront(kAhead);
-  }
-  // Twice, because nothing is asked for from a place where there is no vector.
-  for (const long i : {2L, 1L}) {
-    if (const OmPointerVector* const v = vector(i); v != nullptr && v->capacity() > kMostUnmarked) {
-      v->AskForStretches(kStretchesAhead);
+void OmPointerVector::AskForNext(unsigned long before, unsigned long at) const noexcept {
+  if (Narrow(first[at]) != nullptr) {
+    const auto child = [this, at, end = StoredEnd(at)](unsigned long i) {
+      return at + i < end ? static_cast<const OmPointerVector*>(first[at + i]) : nullptr;
+    };
+    __builtin_prefetch(child(6));
+    if (const OmPointerVector* const v = child(4); v != nullptr) {
+      v->AskForFront(kAhead);
     }
+    return;
   }
+  // Wide ones by the stretch: each is on pages of its own, and the searches for pages overlap only
+  // where they follow each other closely.
+  const unsigned long stretch = at / kStretch;
+  if (before / kStretch == stretch) {
+    return;
+  }
+  const unsigned long* const marks = Marks();
+  const auto ask = [this, marks](unsigned long i, auto what) {
+    // Looking into empty stretches takes memory.
+    const unsigned long end = std::min((i + 1) * kStretch, size());
+    if (i * kStretch < end && (marks == nullptr || (marks[i / 64] >> i % 64 & 1) != 0)) {
+      for (unsigned long k = i * kStretch; k != end; ++k) {
+        if (first[k] != nullptr) {
+          what(*static_cast<const OmPointerVector*>(first[k]));
+        }
+      }
+    }
+  };
+  const auto forVector = [](const OmPointerVector& v) { __builtin_prefetch(&v); };
+  const auto forFront = [](const OmPointerVector& v) { v.AskForFront(0); };
+  const auto forElements = [](const OmPointerVector& v) { v.AskForStretches(kStretchesAhead); };
+  if (before / kStretch + 1 != stretch) {
+    ask(stretch, forVector);
+    ask(stretch + 1, forVector);
+    ask(stretch, forFront);
+    ask(stretch + 2, forVector);
+    ask(stretch + 1, forFront);
+    ask(stretch, forElements);
+  }
+  ask(stretch + 3, forVector);
+  ask(stretch + 2, forFront);
+  ask(stretch + 1, forElements);
 }
 
 unsigned long FindNonZero(const OmPointerVector& v, unsigned long start) {
@@ -249,12 +278,14 @@ void freeCellArray(OmPointerVector* v, int depth) {
   if (depth == 1) {
     FreeCells(*v, nullptr);
   } else {
-    ForStretches(*v, v->Marks(), [depth](void* const* slot, void* const* end) {
+    unsigned long before = ~0UL;
+    ForStretches(*v, v->Marks(), [&](void* const* slot, void* const* end) {
       for (; slot != end; ++slot) {
         auto* const child = static_cast<OmPointerVector*>(*slot);
         if (child != nullptr && depth == 2) {
           const bool more = slot + 1 != end;
-          OmPointerVector::AskForNext(slot, end);
+          const auto at = static_cast<unsigned long>(slot - v->begin());
+          v->AskForNext(std::exchange(before, at), at);
           FreeCells(*child, more ? Narrow(slot[1]) : nullptr);
           delete child;
         } else {

@@ -81,8 +81,9 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // Returns whether any element is not null, and notes where. Only for a vector that was made by
   // new and is not empty.
   [[nodiscard]] OM_PRIVATE bool FindHeld() noexcept;
-  // Asks for the memory of the vectors behind the one at `slot`, which come next in a walk.
-  OM_PRIVATE static void AskForNext(void* const* slot, void* const* end) noexcept;
+  // Asks for the memory of vectors that come next in a walk over the children of this one, which
+  // has come to child `at` from child `before`, or ~0UL at its start.
+  OM_PRIVATE void AskForNext(unsigned long before, unsigned long at) const noexcept;
 
  private:
   friend class OmCellStore;
