@@ -27,9 +27,10 @@ class BareStore {
   BareStore& operator=(const BareStore&) = delete;
   // Makes the cell in its place, as the peers do. What copying costs is in the whole table.
   void Set(const Subscripts& at, double value) {
-    void** slot = OmCellStore::NearSlot(root, at);
+    OmCellStore::Gap gap{};
+    void** slot = OmCellStore::NearSlot(root, at, gap);
     if (slot == nullptr) {
-      slot = &OmCellStore::Slot(root, at, &region);
+      slot = &OmCellStore::Slot(root, at.data(), region, gap);
     }
     *slot = new (&region) OmNumber(value, kDefaultFormat, &region);
   }

@@ -20,6 +20,7 @@
 namespace {
 
 const OmStringCell kText("text");
+constexpr int kOrigin[] = {0, 0};
 const OmDimensionNode kBare(nullptr);
 
 // What the calls are made on; each is made in a process of its own.
@@ -103,9 +104,9 @@ const Row kRows[] = {
           o.dimension.insertChild(kText, {&o.leaf})),
          OmCellTextPtr(nullptr)->Text(), *o.leaf < kBare,
          OmDimHeader(o.table.Dimension(0), &o.region).VisibleLevels({true})),
-    EACH(BROKEN, OmCellStore::Slot(o.store, {}, &o.region),
+    EACH(BROKEN, OmCellStore::Slot(o.store, nullptr, o.region, {}),
          freeCellArray(new (&o.region) OmPointerVector(&o.region), 0),
-         (OmCellStore::Slot(o.store, {0, 0}, &o.region),
+         (OmCellStore::Slot(o.store, kOrigin, o.region, {nullptr, kOrigin + 2}),
           (*o.store)[0] = new (nullptr) OmPointerVector(nullptr), OmCellStore::Verify(o.store, 2)),
          (o.table.Caption(&kText), o.table.Caption(o.table.Caption())),
          o.table.Cell({0, 0, 0}, o.table.Cell({0, 0, 0})), o.table.deleteCell({0}),

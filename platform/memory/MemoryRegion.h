@@ -3,11 +3,11 @@
 // Blocks come from chunks that a region takes from the system and gives back as a whole when it is
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
-// first block, 1 KiB at a time up to 4 KiB, and as much again as it holds whenever that is used up;
-// above 128 KiB 64 KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own,
-// so that small ones stand close to each other. A block costs 8 bytes more than its size class, one
-// with marks some 100. Blocks above 16 KiB are taken from the system one by one; those of zeros
-// come from chunks of their own up to 1 MiB. A chunk is given back only with its region.
+// first block, then 1 KiB, 3 KiB, and as much again as it holds whenever that is used up; above 128
+// KiB 64 KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own, so that
+// small ones stand close to each other. A block costs 8 bytes more than its size class, one with
+// marks some 100. Blocks above 16 KiB are taken from the system one by one; those of zeros come
+// from chunks of their own up to 1 MiB. A chunk is given back only with its region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
@@ -162,6 +162,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   void PushFree(void* block, unsigned int sizeClass) noexcept;
   void Link(Large* front, unsigned long bytes, unsigned int sizeClass) noexcept;
   void SettlePlain() noexcept;
+  void Open() noexcept;
   static void Clear(Large& front) noexcept;
   [[nodiscard]] static unsigned long Whole(const Large& front) noexcept;
   static void GiveBack(Large* front) noexcept;
@@ -172,9 +173,13 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool plain;  // neither shared, limited, on its way out nor hardened: nothing has to be asked
   bool working = true;
   bool leaving = false;  // on its way out, and plain otherwise
-  Rest fine;             // for all blocks, but for coarse ones where these have their own
-  Rest coarse;           // in spans of its own, so that small blocks stand close to each other
-  void* freeLists[kClasses] = {};
+  // Whether a small block is looked for among released ones before one is carved. Not in a small
+  // region as long as the chunk lasts: it has so few that whether there is one is hard to foretell.
+  bool reuses = false;
+  unsigned long open = 0;  // the address of `fine.end` where the region is plain, and 0 elsewhere
+  Rest fine;               // for all blocks, but for coarse ones where these have their own
+  Rest coarse;             // in spans of its own, so that small blocks stand close to each other
+  void* freeLists[kClasses];
   // Blocks carved from chunks. One number, so that taking a block writes no more than it must; what
   // they come to is told from how far the chunks are used.
   unsigned long carved = 0;
@@ -197,23 +202,26 @@ class OM_PLATFORM_API OmMemoryRegion {
 // Inline for what is done most, a small block of a size that was released before or is next in the
 // chunk: to know the size when compiling makes it three times as fast.
 inline void* OmMemoryRegion::TryAllocate(unsigned long bytes) noexcept {
-  if (plain && bytes <= kMostFine) {
-    const unsigned long sizeClass = (bytes + 7) / 16;
+  if (bytes > kMostFine) {
+    return nullptr;
+  }
+  const unsigned long sizeClass = (bytes + 7) / 16;
+  if (reuses) {
     void*& list = freeLists[sizeClass];
     if (void* const block = list; block != nullptr) {
       list = *static_cast<void**>(block);
       return block;
     }
-    const unsigned long stride = (sizeClass + 1) * 16;
-    if (fine.Bytes() >= stride) {
-      auto* const tag = reinterpret_cast<unsigned long*>(fine.bump);
-      *tag = reinterpret_cast<unsigned long>(this) << 16 | sizeClass;
-      fine.bump += stride;
-      ++carved;
-      return tag + 1;
-    }
   }
-  return nullptr;
+  const unsigned long next = reinterpret_cast<unsigned long>(fine.bump) + (sizeClass + 1) * 16;
+  if (next > open) {
+    return nullptr;
+  }
+  auto* const tag = reinterpret_cast<unsigned long*>(fine.bump);
+  *tag = reinterpret_cast<unsigned long>(this) << 16 | sizeClass;
+  fine.bump = reinterpret_cast<char*>(next);
+  ++carved;
+  return tag + 1;
 }
 
 inline void* OmMemoryRegion::Allocate(unsigned long bytes) {

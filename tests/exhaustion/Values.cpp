@@ -200,7 +200,11 @@ TEST(Exhaustion, VectorTree) {
 struct Stores : ExhaustionFixture {
   Stores() { *Slot({0, 0}) = new (&region) OmStringCell("a", &region); }
   ~Stores() { freeCellArray(root, levels); }
-  void** Slot(const std::vector<int>& at) { return &OmCellStore::Slot(root, at, &region); }
+  void** Slot(const std::vector<int>& at) {
+    OmCellStore::Gap gap{};
+    void** const slot = OmCellStore::NearSlot(root, at, gap);
+    return slot != nullptr ? slot : &OmCellStore::Slot(root, at.data(), region, gap);
+  }
   std::string State() const {
     const std::vector<int> at(static_cast<unsigned long>(levels), 0);
     return Fields(Show(OmCellStore::Find(root, at)), levels);

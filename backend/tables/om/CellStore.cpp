@@ -297,24 +297,24 @@ void freeCellArray(OmPointerVector* v, int depth) {
   delete v;
 }
 
-void*& OmCellStore::Slot(OmPointerVector*& root, const std::vector<int>& subscripts,
-                         OmMemoryRegion* region) {
-  OM_HARDEN(!subscripts.empty(), "OmCellStore::Slot");
-  if (root == nullptr) {
-    root = new (region) OmPointerVector(region);
+void*& OmCellStore::Slot(OmPointerVector*& root, const int* subscripts, OmMemoryRegion& region,
+                         Gap gap) {
+  OM_HARDEN(gap.vector != nullptr || gap.subscript != subscripts, "OmCellStore::Slot");
+  const int* s = gap.subscript;
+  void** slot;
+  if (gap.vector != nullptr) {
+    slot = &gap.vector->MakeSlot(*s);
+  } else {
+    root = new (&region) OmPointerVector(&region, *--s);
+    slot = root->last - 1;
   }
-  OmPointerVector* v = root;
-  const int* const first = subscripts.data();
-  for (const int* s = first + subscripts.size();;) {
-    void*& slot = v->MakeSlot(*--s);
-    if (s == first) {
-      return slot;
-    }
-    if (slot == nullptr) {
-      slot = new (region) OmPointerVector(region);
-    }
-    v = static_cast<OmPointerVector*>(slot);
+  // All below is new.
+  while (s != subscripts) {
+    auto* const child = new (&region) OmPointerVector(&region, *--s);
+    *slot = child;
+    slot = child->last - 1;
   }
+  return *slot;
 }
 
 void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts,

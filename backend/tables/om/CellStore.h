@@ -31,6 +31,8 @@ class OmCellText;
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) noexcept : OmVector<void*>(region_) {}
+  // Holds nulls up to slot `s`, which is not negative and is marked, as GrowTo makes them.
+  OmPointerVector(OmMemoryRegion* region_, int s);
 
   // Makes room for Held(), too.
   static void* operator new(unsigned long size, OmMemoryRegion* region) {
@@ -98,6 +100,7 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   template <typename Region>
   [[nodiscard]] static unsigned long* MarksOf(void* block) noexcept;
   void Mark(void** slot) noexcept;
+  void MarkWide(void** slot) noexcept;
   void ReserveWide(unsigned long n);
   // Makes room for slot `s`, where there is none.
   void MakeRoom(unsigned long s);
@@ -129,36 +132,42 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
 }
 
 inline void** OmPointerVector::NearSlot(int s) noexcept {
-  const auto address = reinterpret_cast<unsigned long>(first) +
-                       static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
-  void** const slot = reinterpret_cast<void**>(address);
-  if (address < reinterpret_cast<unsigned long>(last)) {
-    Mark(slot);
-    return slot;
+  // An address, as in At. What is asked of the vector is asked before anything is stored.
+  void** const slot = reinterpret_cast<void**>(
+      reinterpret_cast<unsigned long>(first) +
+      static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*));
+  void** const end = last;
+  const bool isWide = capacity() > kMostUnmarked;
+  if (slot >= end) {
+    if (slot != end || end == limit) {
+      return nullptr;
+    }
+    *slot = nullptr;
+    last = slot + 1;
   }
-  if (slot != last || last == limit) {
-    return nullptr;
+  if (isWide) {
+    MarkWide(slot);
   }
-  *last++ = nullptr;
-  Mark(slot);
   return slot;
+}
+
+inline OmPointerVector::OmPointerVector(OmMemoryRegion* region_, int s) : OmPointerVector(region_) {
+  if (s == 0) {
+    // What GrowTo comes to, and most vectors begin with.
+    constexpr unsigned long kFew = 4;
+    first = AllocateBlock(region, kFew);
+    *first = nullptr;
+    last = first + 1;
+    limit = first + kFew;
+  } else {
+    GrowTo(static_cast<unsigned long>(s));
+    Mark(last - 1);
+  }
 }
 
 inline void*& OmPointerVector::MakeSlot(int s) {
   const auto at = static_cast<unsigned long>(s);
-  if (at >= capacity()) {
-    if (at == 0) {
-      // What MakeRoom comes to, and most vectors begin with.
-      constexpr unsigned long kFew = 4;
-      first = last = AllocateBlock(region, kFew);
-      limit = first + kFew;
-    } else {
-      MakeRoom(at);
-    }
-  }
-  if (at >= size()) {
-    Fill(first + at);
-  }
+  GrowTo(at);
   Mark(first + at);
   return first[at];
 }
@@ -215,14 +224,18 @@ inline const unsigned long* OmPointerVector::Marks() const noexcept {
 
 inline void OmPointerVector::Mark(void** slot) noexcept {
   if (capacity() > kMostUnmarked) {
-    if (unsigned long* const marks = MarksOf<OmMemoryRegion>(first); marks != nullptr) {
-      const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
-      unsigned long& word = marks[stretch / 64];
-      if (const unsigned long bit = 1UL << stretch % 64; (word & bit) == 0) {
-        word |= bit;
-        // A page that is read before it is written costs two faults.
-        *slot = nullptr;
-      }
+    MarkWide(slot);
+  }
+}
+
+inline void OmPointerVector::MarkWide(void** slot) noexcept {
+  if (unsigned long* const marks = MarksOf<OmMemoryRegion>(first); marks != nullptr) {
+    const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
+    unsigned long& word = marks[stretch / 64];
+    if (const unsigned long bit = 1UL << stretch % 64; (word & bit) == 0) {
+      word |= bit;
+      // A page that is read before it is written costs two faults.
+      *slot = nullptr;
     }
   }
 }
@@ -280,15 +293,23 @@ OM_API void freeCellArray(OmPointerVector* v, int depth);
 // cell is set; `subscripts` has one element per dimension, none of them negative.
 class OM_API OmCellStore {
  public:
-  // Returns the slot at `subscripts`, which holds an OmCellText* or null, after making the path to
-  // it in `region`. Where that fails, what was made stays in the tree, which remains whole.
-  static void*& Slot(OmPointerVector*& root, const std::vector<int>& subscripts,
-                     OmMemoryRegion* region);
-  // Returns that slot where next to nothing has to be made for it, and null elsewhere. Unlike Slot,
-  // and like Find, it takes subscripts that may be negative: there is no such slot. They are not
-  // none where there is a root.
-  [[nodiscard]] static void** NearSlot(OmPointerVector* root,
-                                       const std::vector<int>& subscripts) noexcept;
+  // Where the search for a slot ended: the last vector on the way, and the subscript that it has no
+  // slot for, or one that holds null. Without a root no vector, and the end of the subscripts.
+  struct Gap {
+    OmPointerVector* vector;
+    const int* subscript;
+  };
+  // Returns the slot at `subscripts`, which holds an OmCellText* or null, where next to nothing has
+  // to be made for it. Returns null elsewhere, and sets `gap`. Unlike Slot, and like Find, it takes
+  // subscripts that may be negative: there is no such slot. They are not none where there is a
+  // root.
+  [[nodiscard]] static void** NearSlot(OmPointerVector* root, const std::vector<int>& subscripts,
+                                       Gap& gap) noexcept;
+  // Returns the slot that NearSlot did not find at these subscripts, after making in `region` what
+  // is missing from `gap` on. Where that fails, what was made stays in the tree, which remains
+  // whole.
+  static void*& Slot(OmPointerVector*& root, const int* subscripts, OmMemoryRegion& region,
+                     Gap gap);
   // Returns the cell at `subscripts`, which are not none, or null. Makes nothing.
   [[nodiscard]] static OmCellText* Find(const OmPointerVector* root,
                                         const std::vector<int>& subscripts) noexcept;
@@ -366,16 +387,25 @@ inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
   return static_cast<OmCellText*>(element);
 }
 
-inline void** OmCellStore::NearSlot(OmPointerVector* root,
-                                    const std::vector<int>& subscripts) noexcept {
-  void* element = root;
+inline void** OmCellStore::NearSlot(OmPointerVector* root, const std::vector<int>& subscripts,
+                                    Gap& gap) noexcept {
+  OmPointerVector* v = root;
   const int* const first = subscripts.data();
-  for (const int* s = first + subscripts.size(); element != nullptr;) {
-    if (--s == first) {
-      return static_cast<OmPointerVector*>(element)->NearSlot(*s);
+  const int* s = first + subscripts.size();
+  if (v != nullptr) {
+    for (--s; s != first; --s) {
+      void* const child = v->At(*s);
+      if (child == nullptr) {
+        gap = {v, s};
+        return nullptr;
+      }
+      v = static_cast<OmPointerVector*>(child);
     }
-    element = static_cast<const OmPointerVector*>(element)->At(*s);
+    if (void** const slot = v->NearSlot(*s); slot != nullptr) {
+      return slot;
+    }
   }
+  gap = {v, s};
   return nullptr;
 }
 

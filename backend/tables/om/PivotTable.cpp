@@ -199,13 +199,13 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellTe
 // Makes the path to a slot that NearSlot does not find, after holding the subscripts against the
 // table. What NearSlot finds needs no such test.
 [[gnu::noinline]] bool StoreFar(OmPivotTable::Data& my, const std::vector<int>& subscripts,
-                                const OmCellText* cell) {
+                                const OmCellText* cell, OmCellStore::Gap gap) {
   // A table without dimensions has no place for a cell either.
   if (subscripts.empty() || subscripts.size() != my.dimensions ||
       OmCellStore::AnyNegative(subscripts)) {
     RefuseSubscripts(subscripts, my.dimensions);
   }
-  return Store(my, OmCellStore::Slot(my.root, subscripts, &my.region), cell);
+  return Store(my, OmCellStore::Slot(my.root, subscripts.data(), my.region, gap), cell);
 }
 
 }  // namespace
@@ -219,12 +219,13 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
     Scratch(true);
     return false;
   }
+  OmCellStore::Gap gap{};
   if (subscripts.size() == _my->dimensions) {
-    if (void** const slot = OmCellStore::NearSlot(_my->root, subscripts); slot != nullptr) {
+    if (void** const slot = OmCellStore::NearSlot(_my->root, subscripts, gap); slot != nullptr) {
       return Store(*_my, *slot, cell);
     }
   }
-  return StoreFar(*_my, subscripts, cell);
+  return StoreFar(*_my, subscripts, cell, gap);
 }
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& cell) {
