@@ -88,7 +88,6 @@ constexpr unsigned int kZeroedClass = 0x3ffe;
 constexpr unsigned int kMappedClass = 0x3ffd;
 constexpr unsigned int kInsideClass = 0x3ffc;
 constexpr unsigned long kFirstChunk = 1024;
-constexpr unsigned long kLeastDoubling = 4096;
 constexpr unsigned long kLastDoubling = 64UL << 10;
 // What all chunks of a region come to when it is no longer small.
 constexpr unsigned long kLeastReusing = 16UL << 10;
@@ -452,10 +451,15 @@ OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
 // --- Small blocks -------------------------------------------------------------------------------
 
 void* OmMemoryRegion::Take(unsigned long bytes, bool zeroed) {
-  if (plain) {
-    EndPostponed();
-    return zeroed ? TakeZeroed(bytes) : TakeAny(bytes);
+  if (!plain) {
+    return TakeWithCare(bytes, zeroed);
   }
+  EndPostponed();
+  return zeroed ? TakeZeroed(bytes) : TakeAny(bytes);
+}
+
+// Takes a block of a region that is shared, limited, on its way out or watched.
+void* OmMemoryRegion::TakeWithCare(unsigned long bytes, bool zeroed) {
   const Guard guard(lock);
   const bool marked = zeroed && bytes > kMostUnmarked && bytes <= kLargestSmall;
   const unsigned long whole = marked ? AroundMarked(bytes) + bytes : bytes;
@@ -521,10 +525,7 @@ void OmMemoryRegion::AddChunk(Rest& rest, unsigned long stride) {
     AddSpan(rest);
     return;
   }
-  const unsigned long usual = chunkBytes == 0 ? kFirstChunk
-                              : chunkBytes < kLeastDoubling
-                                  ? kLeastDoubling - chunkBytes
-                                  : std::min(std::bit_floor(chunkBytes), kLastDoubling);
+  const unsigned long usual = std::clamp(std::bit_floor(chunkBytes), kFirstChunk, kLastDoubling);
   const unsigned long whole =
       std::max(usual, RoundUp(stride + kAround + kSystemHeader, kFirstChunk));
   const unsigned long bytes = whole - kSystemHeader;
@@ -580,12 +581,16 @@ void OmMemoryRegion::AddSpan(Rest& rest) {
 }
 
 // Leaves what is unused of a chunk to the free lists. It is less than the block that did not fit.
-void OmMemoryRegion::Retire(Rest& rest) noexcept {
-  while (rest.Bytes() != 0) {
+inline void OmMemoryRegion::Retire(Rest& rest) noexcept {
+  while (rest.Bytes() > kLastFineStride) {
     unsigned int sizeClass = ClassOf(rest.Bytes());
     if (kStrides[sizeClass] > rest.Bytes()) {
       --sizeClass;
     }
+    PushFree(Carve(rest, sizeClass), sizeClass);
+  }
+  if (rest.Bytes() != 0) {
+    const unsigned int sizeClass = ClassOf(rest.Bytes());
     PushFree(Carve(rest, sizeClass), sizeClass);
   }
   settled += Address(rest.bump);

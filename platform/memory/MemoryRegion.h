@@ -3,8 +3,8 @@
 // Blocks come from chunks that a region takes from the system and gives back as a whole when it is
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
-// first block, then 1 KiB, 3 KiB, and as much again as it holds whenever that is used up; above 128
-// KiB 64 KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own, so that
+// first block, then 1 KiB, and as much again as it holds whenever that is used up; above 128 KiB 64
+// KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own, so that
 // small ones stand close to each other. A block costs 8 bytes more than its size class, one with
 // marks some 100. Blocks above 16 KiB are taken from the system one by one; those of zeros come
 // from chunks of their own up to 1 MiB. A chunk is given back only with its region.
@@ -143,6 +143,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   static void ReleaseAny(void* block) noexcept;
   void EndPostponed() const noexcept;
   void* Take(unsigned long bytes, bool zeroed);
+  void* TakeWithCare(unsigned long bytes, bool zeroed);
   void* TakeAny(unsigned long bytes);
   void* TakeFromChunk(unsigned long bytes, unsigned int sizeClass);
   void* TakeLarge(unsigned long bytes);
