@@ -27,12 +27,11 @@ class BareStore {
   BareStore& operator=(const BareStore&) = delete;
   // Makes the cell in its place, as the peers do. What copying costs is in the whole table.
   void Set(const Subscripts& at, double value) {
-    OmCellStore::Gap gap{};
-    void** slot = OmCellStore::NearSlot(root, at, gap);
-    if (slot == nullptr) {
-      slot = &OmCellStore::Slot(root, at.data(), region, gap);
+    OmCellStore::Place place{};
+    if (!OmCellStore::FindSlot(root, at, place)) {
+      place = OmCellStore::MakeSlot(root, at.data(), region, place);
     }
-    *slot = new (&region) OmNumber(value, kDefaultFormat, &region);
+    place.vector->Put(*place.subscript, new (&region) OmNumber(value, kDefaultFormat, &region));
   }
 
  private:

@@ -414,8 +414,8 @@ void OmMemoryRegion::SettlePlain() noexcept {
 
 // Settles what TryAllocate, which takes no lock, may do in a region that is not shared.
 inline void OmMemoryRegion::Open() noexcept {
-  open = plain ? Address(fine.end) : 0;
   reuses = plain && chunkBytes >= kLeastReusing;
+  open = plain && !reuses ? Address(fine.end) : 0;
 }
 
 unsigned long OmMemoryRegion::BytesInUse() const noexcept {
@@ -484,7 +484,9 @@ inline void* OmMemoryRegion::TakeAny(unsigned long bytes) {
   }
   freeLists[sizeClass] = NextFree(block);
   if (plain && sizeClass < kFineClasses) {
-    reuses = true;  // the chunk is used up
+    // The chunk is used up.
+    reuses = true;
+    open = 0;
   }
   SetTag(block, TagFor(this, sizeClass));
   ASAN_UNPOISON_MEMORY_REGION(block, bytes);

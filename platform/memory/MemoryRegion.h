@@ -174,10 +174,11 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool plain;  // neither shared, limited, on its way out nor hardened: nothing has to be asked
   bool working = true;
   bool leaving = false;  // on its way out, and plain otherwise
-  // Whether a small block is looked for among released ones before one is carved. Not in a small
-  // region as long as the chunk lasts: it has so few that whether there is one is hard to foretell.
+  // Whether the region is plain, and small blocks are looked for among released ones before one is
+  // carved. Not in a small region as long as the chunk lasts: it has so few that whether there is
+  // one is hard to foretell.
   bool reuses = false;
-  unsigned long open = 0;  // the address of `fine.end` where the region is plain, and 0 elsewhere
+  unsigned long open = 0;  // address of `fine.end` in a plain region that does not; 0 elsewhere
   Rest fine;               // for all blocks, but for coarse ones where these have their own
   Rest coarse;             // in spans of its own, so that small blocks stand close to each other
   void* freeLists[kClasses];
@@ -207,16 +208,19 @@ inline void* OmMemoryRegion::TryAllocate(unsigned long bytes) noexcept {
     return nullptr;
   }
   const unsigned long sizeClass = (bytes + 7) / 16;
-  if (reuses) {
+  const unsigned long next = reinterpret_cast<unsigned long>(fine.bump) + (sizeClass + 1) * 16;
+  if (next > open) {
+    if (!reuses) {
+      return nullptr;
+    }
     void*& list = freeLists[sizeClass];
     if (void* const block = list; block != nullptr) {
       list = *static_cast<void**>(block);
       return block;
     }
-  }
-  const unsigned long next = reinterpret_cast<unsigned long>(fine.bump) + (sizeClass + 1) * 16;
-  if (next > open) {
-    return nullptr;
+    if (next > reinterpret_cast<unsigned long>(fine.end)) {
+      return nullptr;
+    }
   }
   auto* const tag = reinterpret_cast<unsigned long*>(fine.bump);
   *tag = reinterpret_cast<unsigned long>(this) << 16 | sizeClass;

@@ -198,12 +198,14 @@ TEST(Exhaustion, VectorTree) {
 
 // The store of a table, without the table.
 struct Stores : ExhaustionFixture {
-  Stores() { *Slot({0, 0}) = new (&region) OmStringCell("a", &region); }
+  Stores() { Slot({0, 0}).vector->Put(0, new (&region) OmStringCell("a", &region)); }
   ~Stores() { freeCellArray(root, levels); }
-  void** Slot(const std::vector<int>& at) {
-    OmCellStore::Gap gap{};
-    void** const slot = OmCellStore::NearSlot(root, at, gap);
-    return slot != nullptr ? slot : &OmCellStore::Slot(root, at.data(), region, gap);
+  OmCellStore::Place Slot(const std::vector<int>& at) {
+    OmCellStore::Place place{};
+    if (!OmCellStore::FindSlot(root, at, place)) {
+      place = OmCellStore::MakeSlot(root, at.data(), region, place);
+    }
+    return place;
   }
   std::string State() const {
     const std::vector<int> at(static_cast<unsigned long>(levels), 0);
@@ -216,8 +218,8 @@ struct Stores : ExhaustionFixture {
   void Raise() { root = OmCellStore::Raise(root, &region); }
   void Widely() {
     const OmPointerVector& wide = *root;
-    seen = Fields(root->NearSlot(1) == nullptr, (*root)[1] == wide[1], wide.Marks() == nullptr,
-                  wide.StoredEnd(1));
+    seen =
+        Fields(root->Reaches(1), (*root)[1] == wide[1], wide.Marks() == nullptr, wide.StoredEnd(1));
   }
 
   OmCellStore::Postponed postponed;
@@ -229,6 +231,7 @@ TEST(Exhaustion, CellStore) {
   UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}, &f.postponed),
             (f.Raise(), f.root = OmCellStore::Lower(f.root)), (f.Raise(), ++f.levels),
             (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))),
+            (f.root->Reach(70), f.root->PutNull(70), f.seen = AsText(f.root->Holding(70))),
             (f.root->reserve(3000), f.root->reserve(2900), f.root->push_back(nullptr), f.Widely()));
 }
 

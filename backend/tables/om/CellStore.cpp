@@ -77,12 +77,9 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
 // the root.
 [[gnu::noinline]] void Prune(OmPointerVector* root, const std::vector<int>& subscripts) {
   for (unsigned long k = 1; k != subscripts.size(); ++k) {
-    const auto s = static_cast<unsigned long>(subscripts[k]);
     OmPointerVector& v = *VectorOf(root, subscripts, k);
-    auto* const child = static_cast<OmPointerVector*>(v[s]);
-    v[s] = nullptr;
-    delete child;
-    if (v.FindHeld()) {
+    delete static_cast<OmPointerVector*>(v.Take(subscripts[k]));
+    if (v.Held() != 0) {
       return;
     }
   }
@@ -101,15 +98,13 @@ bool HasNoEnd(const OmCellText* cell, const OmMemoryRegion* region) noexcept {
 }
 
 [[gnu::noinline]] void DeleteAndPrune(OmPointerVector* root, const std::vector<int>& subscripts,
-                                      OmPointerVector& v, OmCellText* cell) {
-  if (HasNoEnd(cell, v.Region())) {
+                                      OmMemoryRegion* region, OmCellText* cell) {
+  if (HasNoEnd(cell, region)) {
     OmMemoryRegion::Release(cell);
   } else {
     delete cell;
   }
-  if (!v.FindHeld()) {
-    Prune(root, subscripts);
-  }
+  Prune(root, subscripts);
 }
 
 // How many elements ahead memory is asked for, so that it comes while nearer ones are worked on.
@@ -182,20 +177,34 @@ void OmPointerVector::ReserveWide(unsigned long n) {
   first = block;
 }
 
-bool OmPointerVector::FindHeld() noexcept {
-  unsigned long i = size() - 1;
-  if (first[i] == nullptr) {
-    // On from there, so that deleting in order passes each element once.
-    i = FindNonZero(*this, Held());
-    if (i == size()) {
-      i = FindNonZero(*this, 0);
-    }
-    if (i == size()) {
-      return false;
-    }
+void OmPointerVector::Reach(int s) {
+  const unsigned long at = Number(s);
+  if (at >= capacity()) {
+    MakeRoom(at);
   }
-  Held() = i;
-  return true;
+  if (const unsigned long before = size(); before < at) {
+    Fill(first + at - 1);
+    NoteHoles(before);
+  }
+  Mark(first + at);
+}
+
+void OmPointerVector::PutNull(int s) noexcept {
+  if (void** const slot = SlotAt(s); slot == last) {
+    *slot = nullptr;
+    last = slot + 1;
+    NoteHoles(Number(s));
+  }
+}
+
+// Notes that the elements from `from` on are null.
+void OmPointerVector::NoteHoles(unsigned long from) noexcept {
+  const unsigned long end = std::min(size(), Notes::kNoted);
+  for (unsigned long i = from; i < end;) {
+    const unsigned long next = std::min((i / 64 + 1) * 64, end);
+    GetNotes().holes[i / 64] |= ~0UL >> (64 - (next - i)) << i % 64;
+    i = next;
+  }
 }
 
 // Each stage needs what an earlier one asked for: the vector, what stands in front of its elements
@@ -297,24 +306,24 @@ void freeCellArray(OmPointerVector* v, int depth) {
   delete v;
 }
 
-void*& OmCellStore::Slot(OmPointerVector*& root, const int* subscripts, OmMemoryRegion& region,
-                         Gap gap) {
-  OM_HARDEN(gap.vector != nullptr || gap.subscript != subscripts, "OmCellStore::Slot");
-  const int* s = gap.subscript;
-  void** slot;
-  if (gap.vector != nullptr) {
-    slot = &gap.vector->MakeSlot(*s);
-  } else {
-    root = new (&region) OmPointerVector(&region, *--s);
-    slot = root->last - 1;
+OmCellStore::Place OmCellStore::MakeSlot(OmPointerVector*& root, const int* subscripts,
+                                         OmMemoryRegion& region, Place place) {
+  OM_HARDEN(place.vector != nullptr || place.subscript != subscripts, "OmCellStore::MakeSlot");
+  OmPointerVector* v = place.vector;
+  const int* s = place.subscript;
+  if (v == nullptr) {
+    v = root = new (&region) OmPointerVector(&region, *--s);
+  } else if (!v->Reaches(*s)) {
+    v->Reach(*s);
   }
   // All below is new.
   while (s != subscripts) {
-    auto* const child = new (&region) OmPointerVector(&region, *--s);
-    *slot = child;
-    slot = child->last - 1;
+    auto* const child = new (&region) OmPointerVector(&region, *(s - 1));
+    v->Put(*s, child);
+    v = child;
+    --s;
   }
-  return *slot;
+  return {v, s};
 }
 
 void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts,
@@ -324,16 +333,16 @@ void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscrip
     element = static_cast<const OmPointerVector*>(element)->At(subscripts[k]);
   }
   auto* const v = static_cast<OmPointerVector*>(element);
-  const auto s = static_cast<unsigned long>(subscripts[0]);
-  if (v == nullptr || s >= v->size()) {
+  const int s = subscripts[0];
+  if (v == nullptr || static_cast<unsigned long>(s) >= v->size()) {
     return;
   }
-  auto* cell = static_cast<OmCellText*>(std::exchange(v->first[s], nullptr));
+  auto* cell = static_cast<OmCellText*>(v->Take(s));
   if (postponed != nullptr) {
     cell = postponed->Exchange(*v->region, cell);
   }
-  if (v->first[v->Held()] == nullptr) {
-    DeleteAndPrune(root, subscripts, *v, cell);
+  if (v->Held() == 0) {
+    DeleteAndPrune(root, subscripts, v->region, cell);
   } else if (HasNoEnd(cell, v->region)) {
     OmMemoryRegion::Release(cell);
   } else {
@@ -349,13 +358,8 @@ OmPointerVector* OmCellStore::Raise(OmPointerVector* root, OmMemoryRegion* regio
   if (root == nullptr) {
     return nullptr;
   }
-  auto* const raised = new (region) OmPointerVector(region);
-  try {
-    raised->push_back(root);
-  } catch (...) {
-    delete raised;
-    throw;
-  }
+  auto* const raised = new (region) OmPointerVector(region, 0);
+  raised->Put(0, root);
   return raised;
 }
 
@@ -376,11 +380,17 @@ void OmCellStore::Verify([[maybe_unused]] const OmPointerVector* root,
   }
   OM_HARDEN(root->begin() <= root->end() && root->size() <= root->capacity(),
             "OmCellStore::Verify");
-  for (unsigned long i = levels > 1 ? FindNonZero(*root, 0) : root->size(); i < root->size();
-       i = FindNonZero(*root, i + 1)) {
-    const auto* const child = static_cast<const OmPointerVector*>(root->begin()[i]);
-    OM_HARDEN(child->Region() == root->Region(), "OmCellStore::Verify");
-    Verify(child, levels - 1);
+  unsigned long held = 0;
+  for (unsigned long i = 0; i != root->size(); ++i) {
+    const void* const element = root->begin()[i];
+    OM_HARDEN(root->Holding(static_cast<int>(i)) == (element != nullptr), "OmCellStore::Verify");
+    held += static_cast<unsigned long>(element != nullptr);
+    if (element != nullptr && levels > 1) {
+      const auto* const child = static_cast<const OmPointerVector*>(element);
+      OM_HARDEN(child->Region() == root->Region(), "OmCellStore::Verify");
+      Verify(child, levels - 1);
+    }
   }
+  OM_HARDEN(held == root->Held(), "OmCellStore::Verify");
 #endif
 }

@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "backend/tables/om/Export.h"
@@ -31,13 +33,10 @@ class OmCellText;
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) noexcept : OmVector<void*>(region_) {}
-  // Holds nulls up to slot `s`, which is not negative and is marked, as GrowTo makes them.
-  OmPointerVector(OmMemoryRegion* region_, int s);
-
-  // Makes room for Held(), too.
+  // Makes room for the notes, too.
   static void* operator new(unsigned long size, OmMemoryRegion* region) {
-    void* const block = OmRegionManaged::operator new(size + sizeof(unsigned long), region);
-    *reinterpret_cast<unsigned long*>(static_cast<char*>(block) + size) = 0;
+    void* const block = OmRegionManaged::operator new(size + sizeof(Notes), region);
+    new (static_cast<char*>(block) + size) Notes;
     return block;
   }
   using OmRegionManaged::operator delete;
@@ -48,8 +47,26 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void GrowTo(unsigned long s);
   // Returns element `s`, or null where there is none, as for a negative `s`.
   [[nodiscard]] void* At(int s) const noexcept;
-  // Returns slot `s`, marked, appending at most one null, or null where that takes more.
-  [[nodiscard]] void** NearSlot(int s) noexcept;
+
+  // For the vectors of a store, which are made by new and changed by nothing else. They take slots
+  // that are not negative and, but for Reach, in reach: there, or next and with room.
+  // Makes a vector with slot `s` in reach.
+  OmPointerVector(OmMemoryRegion* region_, int s);
+  // Returns whether slot `s`, which may be negative, is in reach. Marks it.
+  [[nodiscard]] bool Reaches(int s) noexcept;
+  // Makes room for slot `s`, as GrowTo does, with nulls up to it, and marks it.
+  void Reach(int s);
+  // Returns whether a slot holds something. As a rule this is told without the slot, whose memory
+  // is seldom at hand where one sets at random: that it comes later keeps nobody waiting.
+  [[nodiscard]] bool Holding(int s) const noexcept;
+  // Stores a cell or a vector in a slot that holds nothing.
+  void Put(int s, void* element) noexcept;
+  // Appends null where the slot, which holds nothing, is next.
+  void PutNull(int s) noexcept;
+  // Leaves null in a slot that is there, and returns what it held.
+  void* Take(int s) noexcept;
+  // Returns how many slots hold something.
+  [[nodiscard]] unsigned long Held() const noexcept { return GetNotes().held; }
 
   [[nodiscard]] void*& operator[](unsigned long i);
   [[nodiscard]] void* const& operator[](unsigned long i) const;
@@ -80,9 +97,6 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // compiler takes a function that does no more than this for one without effect.
   [[gnu::always_inline]] void AskForFront(long elements) const noexcept;
   [[gnu::always_inline]] void AskForStretches(int stretches) const noexcept;
-  // Returns whether any element is not null, and notes where. Only for a vector that was made by
-  // new and is not empty.
-  [[nodiscard]] OM_PRIVATE bool FindHeld() noexcept;
   // Asks for the memory of vectors that come next in a walk over the children of this one, which
   // has come to child `at` from child `before`, or ~0UL at its start.
   OM_PRIVATE void AskForNext(unsigned long before, unsigned long at) const noexcept;
@@ -90,15 +104,30 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  private:
   friend class OmCellStore;
 
-  // Returns the index of the element that was last seen to be not null, for the question whether
-  // there is any: at random, most vectors are asked many times before that one is deleted. The
-  // number stands behind the object, in the block that new made, and is less than size() as soon
-  // as there are elements.
-  [[nodiscard]] unsigned long& Held() noexcept;
-  // As GrowTo, and returns the slot, marked. `s` is not negative.
-  [[nodiscard]] void*& MakeSlot(int s);
+  // What a vector of the store knows of its elements. Stands behind the object, in the block that
+  // new made, and comes with it.
+  struct Notes {
+    static constexpr unsigned long kNoted = 128;
+    // Bit i % 64 of word i / 64 tells that element i is there and null. Where elements come in
+    // order, nothing has to be written here.
+    unsigned long holes[kNoted / 64] = {};
+    unsigned long held = 0;  // elements that are not null
+  };
+  // Returns the address of slot `s`. A negative number becomes one that no vector reaches, whose
+  // size is at most that of the positive ones; the shift cannot overflow. By numbers, because the
+  // slot may be none.
+  [[nodiscard]] void** SlotAt(int s) const noexcept {
+    return reinterpret_cast<void**>(reinterpret_cast<unsigned long>(first) +
+                                    Number(s) * sizeof(void*));
+  }
+  [[nodiscard]] static unsigned long Number(int s) noexcept { return static_cast<unsigned int>(s); }
+  [[nodiscard]] Notes& GetNotes() noexcept { return *reinterpret_cast<Notes*>(this + 1); }
+  [[nodiscard]] const Notes& GetNotes() const noexcept {
+    return *reinterpret_cast<const Notes*>(this + 1);
+  }
   template <typename Region>
   [[nodiscard]] static unsigned long* MarksOf(void* block) noexcept;
+  void NoteHoles(unsigned long from) noexcept;
   void Mark(void** slot) noexcept;
   void MarkWide(void** slot) noexcept;
   void ReserveWide(unsigned long n);
@@ -109,17 +138,9 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void FillUpTo(void** slot) noexcept;
 };
 
-inline unsigned long& OmPointerVector::Held() noexcept {
-  return *reinterpret_cast<unsigned long*>(this + 1);
-}
-
 inline void* OmPointerVector::At(int s) const noexcept {
-  // An address, because the slot may be none. A negative number becomes one that no vector reaches,
-  // whose size is at most that of the positive ones; the shift below cannot overflow.
-  const auto slot = reinterpret_cast<unsigned long>(first) +
-                    static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*);
-  return slot < reinterpret_cast<unsigned long>(last) ? *reinterpret_cast<void* const*>(slot)
-                                                      : nullptr;
+  void* const* const slot = SlotAt(s);
+  return slot < last ? *slot : nullptr;
 }
 
 inline void OmPointerVector::GrowTo(unsigned long s) {
@@ -131,45 +152,55 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
   }
 }
 
-inline void** OmPointerVector::NearSlot(int s) noexcept {
-  // An address, as in At. What is asked of the vector is asked before anything is stored.
-  void** const slot = reinterpret_cast<void**>(
-      reinterpret_cast<unsigned long>(first) +
-      static_cast<unsigned long>(static_cast<unsigned int>(s)) * sizeof(void*));
-  void** const end = last;
-  const bool isWide = capacity() > kMostUnmarked;
-  if (slot >= end) {
-    if (slot != end || end == limit) {
-      return nullptr;
-    }
-    *slot = nullptr;
+inline bool OmPointerVector::Reaches(int s) noexcept {
+  void** const slot = SlotAt(s);
+  if (slot > last || slot == limit) {
+    return false;
+  }
+  Mark(slot);
+  return true;
+}
+
+inline bool OmPointerVector::Holding(int s) const noexcept {
+  const unsigned long i = Number(s);
+  const void* const* const slot = SlotAt(s);
+  return slot != last &&
+         (i < Notes::kNoted ? (GetNotes().holes[i / 64] >> i % 64 & 1) == 0 : *slot != nullptr);
+}
+
+inline void OmPointerVector::Put(int s, void* element) noexcept {
+  const unsigned long i = Number(s);
+  void** const slot = SlotAt(s);
+  *slot = element;
+  Notes& notes = GetNotes();
+  ++notes.held;
+  if (slot == last) {
     last = slot + 1;
+  } else if (i < Notes::kNoted) {
+    notes.holes[i / 64] &= ~(1UL << i % 64);
   }
-  if (isWide) {
-    MarkWide(slot);
+}
+
+inline void* OmPointerVector::Take(int s) noexcept {
+  const unsigned long i = Number(s);
+  void* const element = std::exchange(*SlotAt(s), nullptr);
+  Notes& notes = GetNotes();
+  notes.held -= static_cast<unsigned long>(element != nullptr);
+  if (i < Notes::kNoted) {
+    notes.holes[i / 64] |= 1UL << i % 64;
   }
-  return slot;
+  return element;
 }
 
 inline OmPointerVector::OmPointerVector(OmMemoryRegion* region_, int s) : OmPointerVector(region_) {
   if (s == 0) {
-    // What GrowTo comes to, and most vectors begin with.
+    // What Reach comes to, and most vectors begin with.
     constexpr unsigned long kFew = 4;
-    first = AllocateBlock(region, kFew);
-    *first = nullptr;
-    last = first + 1;
+    first = last = AllocateBlock(region, kFew);
     limit = first + kFew;
   } else {
-    GrowTo(static_cast<unsigned long>(s));
-    Mark(last - 1);
+    Reach(s);
   }
-}
-
-inline void*& OmPointerVector::MakeSlot(int s) {
-  const auto at = static_cast<unsigned long>(s);
-  GrowTo(at);
-  Mark(first + at);
-  return first[at];
 }
 
 inline void OmPointerVector::Fill(void** slot) noexcept {
@@ -293,23 +324,23 @@ OM_API void freeCellArray(OmPointerVector* v, int depth);
 // cell is set; `subscripts` has one element per dimension, none of them negative.
 class OM_API OmCellStore {
  public:
-  // Where the search for a slot ended: the last vector on the way, and the subscript that it has no
-  // slot for, or one that holds null. Without a root no vector, and the end of the subscripts.
-  struct Gap {
+  // Where a search for a slot ended: the last vector on the way, and its subscript. Without a root
+  // no vector, and the end of the subscripts.
+  struct Place {
     OmPointerVector* vector;
     const int* subscript;
   };
-  // Returns the slot at `subscripts`, which holds an OmCellText* or null, where next to nothing has
-  // to be made for it. Returns null elsewhere, and sets `gap`. Unlike Slot, and like Find, it takes
+  // Returns whether the slot at `subscripts` is in reach, and sets `place` to it; elsewhere to the
+  // vector that has no such slot, or null in it. Unlike MakeSlot, and like Find, it takes
   // subscripts that may be negative: there is no such slot. They are not none where there is a
   // root.
-  [[nodiscard]] static void** NearSlot(OmPointerVector* root, const std::vector<int>& subscripts,
-                                       Gap& gap) noexcept;
-  // Returns the slot that NearSlot did not find at these subscripts, after making in `region` what
-  // is missing from `gap` on. Where that fails, what was made stays in the tree, which remains
-  // whole.
-  static void*& Slot(OmPointerVector*& root, const int* subscripts, OmMemoryRegion& region,
-                     Gap gap);
+  [[nodiscard]] static bool FindSlot(OmPointerVector* root, const std::vector<int>& subscripts,
+                                     Place& place) noexcept;
+  // Makes in `region` what is missing from `place` on, where FindSlot ended for these subscripts,
+  // and returns the place of the slot. Where that fails, what was made stays in the tree, which
+  // remains whole.
+  [[nodiscard]] static Place MakeSlot(OmPointerVector*& root, const int* subscripts,
+                                      OmMemoryRegion& region, Place place);
   // Returns the cell at `subscripts`, which are not none, or null. Makes nothing.
   [[nodiscard]] static OmCellText* Find(const OmPointerVector* root,
                                         const std::vector<int>& subscripts) noexcept;
@@ -387,26 +418,25 @@ inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
   return static_cast<OmCellText*>(element);
 }
 
-inline void** OmCellStore::NearSlot(OmPointerVector* root, const std::vector<int>& subscripts,
-                                    Gap& gap) noexcept {
+inline bool OmCellStore::FindSlot(OmPointerVector* root, const std::vector<int>& subscripts,
+                                  Place& place) noexcept {
   OmPointerVector* v = root;
   const int* const first = subscripts.data();
   const int* s = first + subscripts.size();
+  bool found = false;
   if (v != nullptr) {
     for (--s; s != first; --s) {
       void* const child = v->At(*s);
       if (child == nullptr) {
-        gap = {v, s};
-        return nullptr;
+        place = {v, s};
+        return false;
       }
       v = static_cast<OmPointerVector*>(child);
     }
-    if (void** const slot = v->NearSlot(*s); slot != nullptr) {
-      return slot;
-    }
+    found = v->Reaches(*s);
   }
-  gap = {v, s};
-  return nullptr;
+  place = {v, s};
+  return found;
 }
 
 inline bool OmCellStore::AnyNegative(const std::vector<int>& subscripts) noexcept {

@@ -155,9 +155,10 @@ void OmPivotTable::SetTableTitle(const OmCellText& text) {
 
 namespace {
 
-inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellText& cell) {
+inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
+                             const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
-  slot = copy;
+  v.Put(s, copy);
   if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
     my.cellsGo = false;
   }
@@ -167,45 +168,53 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, void*& slot, const OmCellTe
   return copy;
 }
 
+// The setter's second half, for a slot that holds a cell and for one that holds none: apart from
+// the search, which keeps nothing across a call.
+
 // Puts a copy of `cell`, or null, in the place of what the slot holds, whose metadata stays.
-[[gnu::noinline]] void ReplaceCell(OmPivotTable::Data& my, void*& slot, const OmCellText* cell) {
-  auto* const old = static_cast<OmCellText*>(slot);
+[[gnu::noinline]] bool ReplaceCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
+                                   const OmCellText* cell) {
+  my.Changed();
+  auto* const old = static_cast<OmCellText*>(v.At(s));
   OM_HARDEN(cell != old, "OmPivotTable::Cell");
   std::unique_ptr<OmCellMetaData> meta;
   if (old->hasMeta()) {
     meta = std::make_unique<OmCellMetaData>(old->getMeta());
   }
-  slot = nullptr;
+  v.Take(s);
   delete old;
   if (cell != nullptr) {
-    OmCellText* const copy = StoreCell(my, slot, *cell);
+    OmCellText* const copy = StoreCell(my, v, s, *cell);
     if (meta != nullptr) {
       copy->setMeta(*meta);
     }
   }
+  return true;
 }
 
-// The setter's second half, apart from the search, which keeps nothing across a call.
-[[gnu::noinline]] bool Store(OmPivotTable::Data& my, void*& slot, const OmCellText* cell) {
+[[gnu::noinline]] bool FillSlot(OmPivotTable::Data& my, OmPointerVector& v, int s,
+                                const OmCellText* cell) {
   my.Changed();
-  if (slot != nullptr) {
-    ReplaceCell(my, slot, cell);
-  } else if (cell != nullptr) {
-    StoreCell(my, slot, *cell);
+  if (cell != nullptr) {
+    StoreCell(my, v, s, *cell);
+  } else {
+    v.PutNull(s);
   }
   return true;
 }
 
-// Makes the path to a slot that NearSlot does not find, after holding the subscripts against the
-// table. What NearSlot finds needs no such test.
+// Makes a slot that FindSlot does not find, after holding the subscripts against the table. What
+// FindSlot finds needs no such test.
 [[gnu::noinline]] bool StoreFar(OmPivotTable::Data& my, const std::vector<int>& subscripts,
-                                const OmCellText* cell, OmCellStore::Gap gap) {
+                                const OmCellText* cell, OmCellStore::Place place) {
   // A table without dimensions has no place for a cell either.
   if (subscripts.empty() || subscripts.size() != my.dimensions ||
       OmCellStore::AnyNegative(subscripts)) {
     RefuseSubscripts(subscripts, my.dimensions);
   }
-  return Store(my, OmCellStore::Slot(my.root, subscripts.data(), my.region, gap), cell);
+  const OmCellStore::Place made =
+      OmCellStore::MakeSlot(my.root, subscripts.data(), my.region, place);
+  return FillSlot(my, *made.vector, *made.subscript, cell);
 }
 
 }  // namespace
@@ -219,13 +228,14 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
     Scratch(true);
     return false;
   }
-  OmCellStore::Gap gap{};
-  if (subscripts.size() == _my->dimensions) {
-    if (void** const slot = OmCellStore::NearSlot(_my->root, subscripts, gap); slot != nullptr) {
-      return Store(*_my, *slot, cell);
-    }
+  OmCellStore::Place place{};
+  if (subscripts.size() != _my->dimensions ||
+      !OmCellStore::FindSlot(_my->root, subscripts, place)) {
+    return StoreFar(*_my, subscripts, cell, place);
   }
-  return StoreFar(*_my, subscripts, cell, gap);
+  OmPointerVector& v = *place.vector;
+  const int s = *place.subscript;
+  return v.Holding(s) ? ReplaceCell(*_my, v, s, cell) : FillSlot(*_my, v, s, cell);
 }
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& cell) {
