@@ -79,7 +79,7 @@ inline OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& 
   for (unsigned long k = 1; k != subscripts.size(); ++k) {
     OmPointerVector& v = *VectorOf(root, subscripts, k);
     delete static_cast<OmPointerVector*>(v.Take(subscripts[k]));
-    if (v.Held() != 0) {
+    if (!v.IsEmpty()) {
       return;
     }
   }
@@ -182,28 +182,52 @@ void OmPointerVector::Reach(int s) {
   if (at >= capacity()) {
     MakeRoom(at);
   }
-  if (const unsigned long before = size(); before < at) {
+  Notes& notes = GetNotes();
+  const unsigned long before = size();
+  if (before < at) {
     Fill(first + at - 1);
-    NoteHoles(before);
   }
-  Mark(first + at);
-}
-
-void OmPointerVector::PutNull(int s) noexcept {
-  if (void** const slot = SlotAt(s); slot == last) {
-    *slot = nullptr;
-    last = slot + 1;
-    NoteHoles(Number(s));
+  if (!IsWide()) {
+    NoteHoles(before);
+  } else if (notes.wide == 0) {
+    notes.wide = 1;
+    if (before != 0) {
+      const int holes = std::popcount(notes.holes[0]) + std::popcount(notes.holes[1]);
+      notes.wide += before - static_cast<unsigned long>(holes);
+    }
   }
 }
 
 // Notes that the elements from `from` on are null.
 void OmPointerVector::NoteHoles(unsigned long from) noexcept {
-  const unsigned long end = std::min(size(), Notes::kNoted);
-  for (unsigned long i = from; i < end;) {
-    const unsigned long next = std::min((i / 64 + 1) * 64, end);
-    GetNotes().holes[i / 64] |= ~0UL >> (64 - (next - i)) << i % 64;
+  for (unsigned long i = from; i < size();) {
+    const unsigned long next = std::min((i / 64 + 1) * 64, size());
+    GetNotes().holes[i / 64] |= Ones(next - i) << i % 64;
     i = next;
+  }
+}
+
+bool OmPointerVector::HoldingWide(void* const* slot) const noexcept {
+  const auto i = static_cast<unsigned long>(slot - first);
+  const unsigned long* const marks = Marks();
+  const unsigned long stretch = i / kStretch;
+  const bool isStored = marks == nullptr || (marks[stretch / 64] >> stretch % 64 & 1) != 0;
+  return i < size() && isStored && *slot != nullptr;
+}
+
+void OmPointerVector::PutWide(void** slot, void* element) noexcept {
+  Mark(slot);
+  *slot = element;
+  ++GetNotes().wide;
+  last = std::max(last, slot + 1);
+}
+
+void OmPointerVector::PutNull(int s) noexcept {
+  if (void** const slot = SlotAt(s); slot == last) {
+    Fill(slot);
+    if (!IsWide()) {
+      NoteHoles(Number(s));
+    }
   }
 }
 
@@ -341,7 +365,7 @@ void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscrip
   if (postponed != nullptr) {
     cell = postponed->Exchange(*v->region, cell);
   }
-  if (v->Held() == 0) {
+  if (v->IsEmpty()) {
     DeleteAndPrune(root, subscripts, v->region, cell);
   } else if (HasNoEnd(cell, v->region)) {
     OmMemoryRegion::Release(cell);
@@ -380,17 +404,17 @@ void OmCellStore::Verify([[maybe_unused]] const OmPointerVector* root,
   }
   OM_HARDEN(root->begin() <= root->end() && root->size() <= root->capacity(),
             "OmCellStore::Verify");
-  unsigned long held = 0;
+  bool isEmpty = true;
   for (unsigned long i = 0; i != root->size(); ++i) {
     const void* const element = root->begin()[i];
     OM_HARDEN(root->Holding(static_cast<int>(i)) == (element != nullptr), "OmCellStore::Verify");
-    held += static_cast<unsigned long>(element != nullptr);
+    isEmpty = isEmpty && element == nullptr;
     if (element != nullptr && levels > 1) {
       const auto* const child = static_cast<const OmPointerVector*>(element);
       OM_HARDEN(child->Region() == root->Region(), "OmCellStore::Verify");
       Verify(child, levels - 1);
     }
   }
-  OM_HARDEN(held == root->Held(), "OmCellStore::Verify");
+  OM_HARDEN(isEmpty == root->IsEmpty(), "OmCellStore::Verify");
 #endif
 }

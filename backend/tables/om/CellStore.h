@@ -52,9 +52,9 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // that are not negative and, but for Reach, in reach: there, or next and with room.
   // Makes a vector with slot `s` in reach.
   OmPointerVector(OmMemoryRegion* region_, int s);
-  // Returns whether slot `s`, which may be negative, is in reach. Marks it.
-  [[nodiscard]] bool Reaches(int s) noexcept;
-  // Makes room for slot `s`, as GrowTo does, with nulls up to it, and marks it.
+  // Returns whether slot `s`, which may be negative, is in reach.
+  [[nodiscard]] bool Reaches(int s) const noexcept;
+  // Makes room for slot `s`, as GrowTo does, with nulls up to it.
   void Reach(int s);
   // Returns whether a slot holds something. As a rule this is told without the slot, whose memory
   // is seldom at hand where one sets at random: that it comes later keeps nobody waiting.
@@ -65,8 +65,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   void PutNull(int s) noexcept;
   // Leaves null in a slot that is there, and returns what it held.
   void* Take(int s) noexcept;
-  // Returns how many slots hold something.
-  [[nodiscard]] unsigned long Held() const noexcept { return GetNotes().held; }
+  // Returns whether no slot holds anything.
+  [[nodiscard]] bool IsEmpty() const noexcept;
 
   [[nodiscard]] void*& operator[](unsigned long i);
   [[nodiscard]] void* const& operator[](unsigned long i) const;
@@ -107,11 +107,11 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   // What a vector of the store knows of its elements. Stands behind the object, in the block that
   // new made, and comes with it.
   struct Notes {
-    static constexpr unsigned long kNoted = 128;
-    // Bit i % 64 of word i / 64 tells that element i is there and null. Where elements come in
-    // order, nothing has to be written here.
-    unsigned long holes[kNoted / 64] = {};
-    unsigned long held = 0;  // elements that are not null
+    // In a vector that is not wide, bit i % 64 of word i / 64 tells that element i is there and
+    // null. Where elements come in order, nothing has to be written here.
+    unsigned long holes[kMostUnmarked / 64] = {};
+    // In a wide vector one more than the number of elements that are not null; 0 in any other.
+    unsigned long wide = 0;
   };
   // Returns the address of slot `s`. A negative number becomes one that no vector reaches, whose
   // size is at most that of the positive ones; the shift cannot overflow. By numbers, because the
@@ -127,9 +127,15 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
   }
   template <typename Region>
   [[nodiscard]] static unsigned long* MarksOf(void* block) noexcept;
+  // Returns a word whose lowest `n` bits are set, at most all.
+  [[nodiscard]] static unsigned long Ones(unsigned long n) noexcept {
+    return n == 0 ? 0 : ~0UL >> (64 - n);
+  }
+  [[nodiscard]] bool HoldingWide(void* const* slot) const noexcept;
+  void PutWide(void** slot, void* element) noexcept;
+  [[nodiscard]] bool IsWide() const noexcept { return capacity() > kMostUnmarked; }
   void NoteHoles(unsigned long from) noexcept;
   void Mark(void** slot) noexcept;
-  void MarkWide(void** slot) noexcept;
   void ReserveWide(unsigned long n);
   // Makes room for slot `s`, where there is none.
   void MakeRoom(unsigned long s);
@@ -152,44 +158,53 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
   }
 }
 
-inline bool OmPointerVector::Reaches(int s) noexcept {
-  void** const slot = SlotAt(s);
-  if (slot > last || slot == limit) {
-    return false;
-  }
-  Mark(slot);
-  return true;
+inline bool OmPointerVector::Reaches(int s) const noexcept {
+  const void* const* const slot = SlotAt(s);
+  return slot <= last && slot != limit;
 }
 
 inline bool OmPointerVector::Holding(int s) const noexcept {
+  const Notes& notes = GetNotes();
   const unsigned long i = Number(s);
-  const void* const* const slot = SlotAt(s);
-  return slot != last &&
-         (i < Notes::kNoted ? (GetNotes().holes[i / 64] >> i % 64 & 1) == 0 : *slot != nullptr);
+  return notes.wide != 0 ? HoldingWide(SlotAt(s))
+                         : SlotAt(s) != last && (notes.holes[i / 64] >> i % 64 & 1) == 0;
 }
 
 inline void OmPointerVector::Put(int s, void* element) noexcept {
-  const unsigned long i = Number(s);
-  void** const slot = SlotAt(s);
-  *slot = element;
   Notes& notes = GetNotes();
-  ++notes.held;
+  void** const slot = SlotAt(s);
+  if (notes.wide != 0) {
+    PutWide(slot, element);
+    return;
+  }
+  *slot = element;
   if (slot == last) {
     last = slot + 1;
-  } else if (i < Notes::kNoted) {
+  } else {
+    const unsigned long i = Number(s);
     notes.holes[i / 64] &= ~(1UL << i % 64);
   }
 }
 
 inline void* OmPointerVector::Take(int s) noexcept {
-  const unsigned long i = Number(s);
-  void* const element = std::exchange(*SlotAt(s), nullptr);
   Notes& notes = GetNotes();
-  notes.held -= static_cast<unsigned long>(element != nullptr);
-  if (i < Notes::kNoted) {
+  void* const element = std::exchange(*SlotAt(s), nullptr);
+  if (notes.wide != 0) {
+    notes.wide -= static_cast<unsigned long>(element != nullptr);
+  } else {
+    const unsigned long i = Number(s);
     notes.holes[i / 64] |= 1UL << i % 64;
   }
   return element;
+}
+
+inline bool OmPointerVector::IsEmpty() const noexcept {
+  const Notes& notes = GetNotes();
+  if (notes.wide != 0) {
+    return notes.wide == 1;
+  }
+  const unsigned long low = std::min(size(), 64UL);
+  return notes.holes[0] == Ones(low) && notes.holes[1] == Ones(size() - low);
 }
 
 inline OmPointerVector::OmPointerVector(OmMemoryRegion* region_, int s) : OmPointerVector(region_) {
@@ -204,7 +219,7 @@ inline OmPointerVector::OmPointerVector(OmMemoryRegion* region_, int s) : OmPoin
 }
 
 inline void OmPointerVector::Fill(void** slot) noexcept {
-  if (slot != last || capacity() > kMostUnmarked) {
+  if (slot != last || IsWide()) {
     FillUpTo(slot);
   } else {
     *slot = nullptr;
@@ -250,23 +265,19 @@ unsigned long* OmPointerVector::MarksOf(void* block) noexcept {
 }
 
 inline const unsigned long* OmPointerVector::Marks() const noexcept {
-  return capacity() > kMostUnmarked ? MarksOf<OmMemoryRegion>(first) : nullptr;
+  return IsWide() ? MarksOf<OmMemoryRegion>(first) : nullptr;
 }
 
 inline void OmPointerVector::Mark(void** slot) noexcept {
-  if (capacity() > kMostUnmarked) {
-    MarkWide(slot);
-  }
-}
-
-inline void OmPointerVector::MarkWide(void** slot) noexcept {
-  if (unsigned long* const marks = MarksOf<OmMemoryRegion>(first); marks != nullptr) {
-    const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
-    unsigned long& word = marks[stretch / 64];
-    if (const unsigned long bit = 1UL << stretch % 64; (word & bit) == 0) {
-      word |= bit;
-      // A page that is read before it is written costs two faults.
-      *slot = nullptr;
+  if (IsWide()) {
+    if (unsigned long* const marks = MarksOf<OmMemoryRegion>(first); marks != nullptr) {
+      const auto stretch = static_cast<unsigned long>(slot - first) / kStretch;
+      unsigned long& word = marks[stretch / 64];
+      if (const unsigned long bit = 1UL << stretch % 64; (word & bit) == 0) {
+        word |= bit;
+        // A page that is read before it is written costs two faults.
+        *slot = nullptr;
+      }
     }
   }
 }
@@ -285,7 +296,7 @@ inline unsigned long OmPointerVector::StoredEnd(unsigned long i) const noexcept 
 
 inline void OmPointerVector::AskForFront(long elements) const noexcept {
   constexpr long kLine = 8;  // elements
-  if (capacity() > kMostUnmarked) {
+  if (IsWide()) {
     // Addresses. The marks, a bit for 64 bytes, stand in front of what stands in front.
     const auto start = reinterpret_cast<unsigned long>(first);
     __builtin_prefetch(reinterpret_cast<const void*>(start - 64));
