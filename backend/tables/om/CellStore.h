@@ -431,23 +431,19 @@ inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
 
 inline bool OmCellStore::FindSlot(OmPointerVector* root, const std::vector<int>& subscripts,
                                   Place& place) noexcept {
-  OmPointerVector* v = root;
   const int* const first = subscripts.data();
-  const int* s = first + subscripts.size();
-  bool found = false;
-  if (v != nullptr) {
-    for (--s; s != first; --s) {
-      void* const child = v->At(*s);
-      if (child == nullptr) {
-        place = {v, s};
-        return false;
-      }
-      v = static_cast<OmPointerVector*>(child);
-    }
-    found = v->Reaches(*s);
+  place = {root, first + subscripts.size()};
+  if (root == nullptr) {
+    return false;
   }
-  place = {v, s};
-  return found;
+  while (--place.subscript != first) {
+    void* const child = place.vector->At(*place.subscript);
+    if (child == nullptr) {
+      return false;
+    }
+    place.vector = static_cast<OmPointerVector*>(child);
+  }
+  return place.vector->Reaches(*place.subscript);
 }
 
 inline bool OmCellStore::AnyNegative(const std::vector<int>& subscripts) noexcept {
