@@ -28,8 +28,9 @@ class OmCellText;
 // where the region has such, and marks the stretches of kStretch elements in which anything was
 // stored. The other stretches hold nulls and cost no memory but in small tables; searches and
 // growth pass over them.
-// What hands out an element for writing marks its stretch: operator[] and push_back() are this
-// class's own, the iterators and back() are for reading, and what moves elements is left out.
+// What stores an element, or hands one out for writing, marks its stretch: operator[] and
+// push_back() are this class's own, the iterators and back() are for reading, and what moves
+// elements is left out.
 class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
  public:
   explicit OmPointerVector(OmMemoryRegion* region_) noexcept : OmVector<void*>(region_) {}
