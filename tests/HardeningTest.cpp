@@ -61,6 +61,7 @@ struct Objects {
   OmPivotTable table{kText, kText, false};
   OmPivotTable::Iterator cell;
   std::unique_ptr<OmDisplayLayerHeading> layers;
+  void MakeStore() { (void)OmCellStore::MakeSlot(store, kOrigin, region, {nullptr, kOrigin + 2}); }
   OmPointerVector* store = nullptr;
   OmFootnote note{&kText, nullptr, nullptr}, bareNote{nullptr, nullptr, nullptr};
   OmOutputTree tree;
@@ -106,8 +107,9 @@ const Row kRows[] = {
          OmDimHeader(o.table.Dimension(0), &o.region).VisibleLevels({true})),
     EACH(BROKEN, OmCellStore::MakeSlot(o.store, nullptr, o.region, {}),
          freeCellArray(new (&o.region) OmPointerVector(&o.region), 0),
-         (void(OmCellStore::MakeSlot(o.store, kOrigin, o.region, {nullptr, kOrigin + 2})),
-          (*o.store)[0] = new (nullptr) OmPointerVector(nullptr), OmCellStore::Verify(o.store, 2)),
+         (o.MakeStore(), (*o.store)[0] = new (nullptr) OmPointerVector(nullptr),
+          OmCellStore::Verify(o.store, 2)),
+         (o.MakeStore(), (*o.store)[0] = nullptr, OmCellStore::Verify(o.store, 2)),
          (o.table.Caption(&kText), o.table.Caption(o.table.Caption())),
          o.table.Cell({0, 0, 0}, o.table.Cell({0, 0, 0})), o.table.deleteCell({0}),
          o.table.deleteCell({0, 0, -1}),

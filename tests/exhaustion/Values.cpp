@@ -215,6 +215,7 @@ struct Stores : ExhaustionFixture {
     VerifyStore(root, static_cast<unsigned long>(levels));
     OmCellStore::Verify(root, static_cast<unsigned long>(levels));
   }
+  std::string Notes() const { return Fields(root->Holding(0), root->Holding(70), root->IsEmpty()); }
   void Raise() { root = OmCellStore::Raise(root, &region); }
   void Widely() {
     const OmPointerVector& wide = *root;
@@ -230,8 +231,9 @@ struct Stores : ExhaustionFixture {
 TEST(Exhaustion, CellStore) {
   UNCHANGED(Stores, f.Slot({5, 7}), OmCellStore::Delete(f.root, {0, 0}, &f.postponed),
             (f.Raise(), f.root = OmCellStore::Lower(f.root)), (f.Raise(), ++f.levels),
-            (f.root->GrowTo(20), f.seen = AsText(FindNonZero(*f.root, 1))),
-            (f.root->Reach(70), f.root->PutNull(70), f.seen = AsText(f.root->Holding(70))),
+            (f.root->Reach(20), f.seen = AsText(FindNonZero(*f.root, 1))),
+            (f.root->Reach(70), f.root->PutNull(70), f.root->Take(70), f.seen = f.Notes()),
+            delete new (&f.region) OmPointerVector(&f.region, 70),
             (f.root->reserve(3000), f.root->reserve(2900), f.root->push_back(nullptr), f.Widely()));
 }
 

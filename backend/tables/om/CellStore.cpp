@@ -408,16 +408,18 @@ void OmCellStore::Verify([[maybe_unused]] const OmPointerVector* root,
   const bool isWide = root->capacity() > OmPointerVector::kMostUnmarked;
   const auto next = [root, isWide](unsigned long i) { return isWide ? FindNonZero(*root, i) : i; };
   bool isEmpty = true;
+  bool agrees = true;
   for (unsigned long i = next(0); i < root->size(); i = next(i + 1)) {
     const void* const element = root->begin()[i];
-    OM_HARDEN(root->Holding(static_cast<int>(i)) == (element != nullptr), "OmCellStore::Verify");
     isEmpty = isEmpty && element == nullptr;
-    if (element != nullptr && levels > 1) {
-      const auto* const child = static_cast<const OmPointerVector*>(element);
-      OM_HARDEN(child->Region() == root->Region(), "OmCellStore::Verify");
-      Verify(child, levels - 1);
-    }
+    agrees = agrees && root->Holding(static_cast<int>(i)) == (element != nullptr);
   }
-  OM_HARDEN(isEmpty == root->IsEmpty(), "OmCellStore::Verify");
+  OM_HARDEN(agrees && isEmpty == root->IsEmpty(), "OmCellStore::Verify");
+  for (unsigned long i = levels > 1 ? FindNonZero(*root, 0) : root->size(); i < root->size();
+       i = FindNonZero(*root, i + 1)) {
+    const auto* const child = static_cast<const OmPointerVector*>(root->begin()[i]);
+    OM_HARDEN(child->Region() == root->Region(), "OmCellStore::Verify");
+    Verify(child, levels - 1);
+  }
 #endif
 }

@@ -40,8 +40,10 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVector<void*> {
     new (static_cast<char*>(block) + size) Notes;
     return block;
   }
-  using OmRegionManaged::operator delete;
   static void operator delete(void* block) noexcept { OmMemoryRegion::Release(block); }
+  static void operator delete(void* block, OmMemoryRegion*) noexcept {
+    OmMemoryRegion::Release(block);
+  }
 
   // Appends nulls until there is a slot `s`, with the room that appending one by one would leave; a
   // jump beyond twice the room there is takes exactly what it needs.
