@@ -150,7 +150,7 @@ TEST(Region, EndsWhatIsPostponedBeforeItTells) {
 }
 
 TEST(Region, IsLean) {
-  static_assert(sizeof(OmMemoryRegion) <= 536);
+  static_assert(sizeof(OmMemoryRegion) <= 528);
   OmMemoryRegion region(false);
   EXPECT_EQ(region.BytesHeld(), 0U);
   std::vector<void*> blocks{region.Allocate(40)};

@@ -484,7 +484,7 @@ inline void* OmMemoryRegion::TakeAny(unsigned long bytes) {
   }
   freeLists[sizeClass] = NextFree(block);
   if (plain && sizeClass < kFineClasses) {
-    // The chunk is used up.
+    // As a rule the chunk is used up.
     reuses = true;
     open = 0;
   }
@@ -495,7 +495,9 @@ inline void* OmMemoryRegion::TakeAny(unsigned long bytes) {
 
 void* OmMemoryRegion::TakeFromChunk([[maybe_unused]] unsigned long bytes, unsigned int sizeClass) {
   const unsigned long stride = kStrides[sizeClass];
-  Rest& rest = sizeClass >= kFineClasses && chunkBytes >= kLeastApart ? coarse : fine;
+  // Nothing is written to `fine` in a shared region, where TryAllocate reads it without the lock.
+  const bool isApart = sizeClass >= kFineClasses && chunkBytes >= kLeastApart;
+  Rest& rest = isApart || lock != nullptr ? coarse : fine;
   if (rest.Bytes() < stride) {
     AddChunk(rest, stride);
     if (lock == nullptr) {

@@ -180,7 +180,8 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool reuses = false;
   unsigned long open = 0;  // address of `fine.end` in a plain region that does not; 0 elsewhere
   Rest fine;               // for all blocks, but for coarse ones where these have their own
-  Rest coarse;             // in spans of its own, so that small blocks stand close to each other
+  Rest coarse;             // in spans of its own, so that small blocks stand close to each other;
+                           // for all blocks of a shared region
   void* freeLists[kClasses];
   // Blocks carved from chunks. One number, so that taking a block writes no more than it must; what
   // they come to is told from how far the chunks are used.

@@ -372,7 +372,7 @@ class OM_API OmCellStore {
   using Postponed = PostponedIn<OmMemoryRegion>;
   // Deletes the cell at `subscripts`, which are not none, and every vector but the root that this
   // leaves without an element. `postponed` is null unless all cells of the store may go with the
-  // region. The vectors, as Slot and Raise make them, were made by new.
+  // region. The vectors, as MakeSlot and Raise make them, were made by new.
   static void Delete(OmPointerVector* root, const std::vector<int>& subscripts,
                      Postponed* postponed);
   // Puts a new root above `root`, which moves every cell to subscript 0 of one more dimension.
@@ -381,7 +381,8 @@ class OM_API OmCellStore {
   [[nodiscard]] static OmPointerVector* Lower(OmPointerVector* root);
 
   // Where hardening is on, walks the store of `levels` levels at `root`, which may be null, and
-  // holds each vector against what it has to be: whole, and in the region of the one above.
+  // holds each vector against what it has to be: whole, as its notes say, and in the region of the
+  // one above.
   static void Verify(const OmPointerVector* root, unsigned long levels);
 
   // Whether a stored cell may go with the region that the store is in, without freeCellArray. Cells

@@ -195,10 +195,15 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
 [[gnu::noinline]] bool FillSlot(OmPivotTable::Data& my, OmPointerVector& v, int s,
                                 const OmCellText* cell) {
   my.Changed();
-  if (cell != nullptr) {
-    StoreCell(my, v, s, *cell);
-  } else {
+  if (cell == nullptr) {
     v.PutNull(s);
+    return true;
+  }
+  try {
+    StoreCell(my, v, s, *cell);
+  } catch (...) {
+    v.PutNull(s);
+    throw;
   }
   return true;
 }
