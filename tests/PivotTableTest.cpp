@@ -209,6 +209,15 @@ TEST_F(PivotTable, CellsHandOnTheirMetadataAndFreeTheirPathButTheRoot) {
   EXPECT_EQ(table.Cell(place), nullptr);
   table.Cell(place, kText);
   EXPECT_EQ(Show(table.Cell(place)), "text");
+
+  // What a failed copy leaves can be deleted, so that a walk does not end there.
+  OmPivotTable walked(kText, kText, false);
+  AddDimension(walked, "a", 1);
+  AddDimension(walked, "b", 2);
+  EXPECT_THROW(walked.Cell({0, 0}, BrittleText(0)), std::runtime_error);
+  walked.Cell({0, 1}, kText);
+  walked.deleteCell({0, 0});
+  EXPECT_EQ(walked.FirstCell().Index(), (Subscripts{0, 1}));
 }
 
 TEST_F(PivotTable, IteratorsShareACursorAndGoInAnyOrder) {
