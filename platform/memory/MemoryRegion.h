@@ -4,10 +4,11 @@
 // destroyed. A released block is used again by its own region. A block tells its owner, so
 // releasing needs no region. The region is lean while it is small: it takes nothing before the
 // first block, then 1 KiB, and as much again as it holds whenever that is used up; above 128 KiB 64
-// KiB at a time. From 256 KiB on, blocks above 264 bytes have chunks of their own, so that
-// small ones stand close to each other. A block costs 8 bytes more than its size class, one with
-// marks some 100. Blocks above 16 KiB are taken from the system one by one; those of zeros come
-// from chunks of their own up to 1 MiB. A chunk is given back only with its region.
+// KiB at a time. As long as it is small it uses released blocks only when a chunk is used up. From
+// 256 KiB on, blocks above 264 bytes have chunks of their own, so that small ones stand close to
+// each other. A block costs 8 bytes more than its size class, one with marks some 100. Blocks above
+// 16 KiB are taken from the system one by one; those of zeros come from chunks of their own up to 1
+// MiB. A chunk is given back only with its region.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H

@@ -192,6 +192,7 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
   return true;
 }
 
+// Stores a copy of `cell`, or null, in a slot that holds none; null, too, where the copy fails.
 [[gnu::noinline]] bool FillSlot(OmPivotTable::Data& my, OmPointerVector& v, int s,
                                 const OmCellText* cell) {
   my.Changed();
