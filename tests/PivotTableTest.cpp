@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/PointerVector.h"
 #include "platform/dataio/BackendSettings.h"
 #include "platform/support/IcuTracker.h"
 #include "tests/support/StoreModel.h"

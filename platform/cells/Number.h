@@ -33,7 +33,6 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
   [[nodiscard]] Key OrderKey(std::string& composed) const override;
 
  private:
-  [[nodiscard]] OmCellText* CloneAtLength(OmMemoryRegion* region) const;
   OmNumber(const OmNumber& other, OmMemoryRegion* region)
       : OmCellText(other, region), value(other.value), format(other.format) {}
 

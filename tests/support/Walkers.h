@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/PointerVector.h"
 #include "backend/tables/om/DimHeader.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Footnote.h"

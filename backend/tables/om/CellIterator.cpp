@@ -1,11 +1,38 @@
 #include "backend/tables/om/CellIterator.h"
 
-#include <algorithm>
-#include <bit>
-
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTableData.h"
+
+// Entry k of the levels belongs to dimension k: the last one to the root, entry 0 to the bottom
+// vectors.
+struct OmPivotTable::Iterator::Data {
+  struct Level {
+    unsigned long index = 0;          // of the current element, which is the current subscript
+    int size = 0;                     // categories of the dimension when the walk started
+    PointerVector* vector = nullptr;  // on the current path
+  };
+
+  Data() = default;
+  explicit Data(const OmPivotTable::Data& table_);
+  // Copies the place of the walk. Nobody holds the copy yet.
+  Data(const Data& other)
+      : levels(other.levels), cell(other.cell), table(other.table), changes(other.changes) {}
+  Data& operator=(const Data&) = delete;
+
+  // Moves to the next cell, or to the end.
+  void Next();
+  [[nodiscard]] std::vector<int> Index() const;
+
+  static Data* Hold(Data* cursor) noexcept;
+  static void LetGo(Data* cursor) noexcept;
+
+  std::vector<Level> levels;
+  OmCellText* cell = nullptr;                 // null at the end
+  const OmPivotTable::Data* table = nullptr;  // null if there is none
+  unsigned long changes = 0;                  // of the table's cells when the walk started
+  unsigned long holders = 0;                  // iterators that share this cursor
+};
 
 OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
     : levels(table_._dimensions.size()), table(&table_), changes(table_.changes) {
@@ -14,106 +41,51 @@ OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
     Level& level = levels[k];
     level.size = static_cast<int>(table_._dimensions[k]->NumCategories());
     level.vector = static_cast<PointerVector*>(element);
-    // No way back where this finds only nulls: the walk is then over at its start, on purpose.
-    const unsigned long index = FindNonZero(*level.vector, 0);
+    // No way back if this finds only nulls: the walk is then over at its start, on purpose.
+    const unsigned long index = level.vector->Find(0);
     element = nullptr;
     if (index < level.vector->size()) {
       level.index = index;
       element = (*level.vector)[index];
     }
   }
-  Stand(element);
-}
-
-void OmPivotTable::Iterator::Data::Stand(void* element) noexcept {
   cell = static_cast<OmCellText*>(element);
-  next = end = nullptr;
-  if (cell != nullptr) {
-    const Level& bottom = levels.front();
-    next = bottom.vector->begin() + bottom.index + 1;
-    end = bottom.vector->end();
-  }
 }
 
-unsigned long OmPivotTable::Iterator::Data::BottomIndex() const noexcept {
-  const Level& bottom = levels.front();
-  return next != nullptr ? static_cast<unsigned long>(next - bottom.vector->begin()) - 1
-                         : bottom.index;
-}
-
-void* OmPivotTable::Iterator::Data::Increment(unsigned long level) {
-  Level& my = levels[level];
-  unsigned long index = FindNonZero(*my.vector, my.index + 1);
-  while (index >= my.vector->size()) {
-    if (level + 1 == levels.size()) {
-      return nullptr;
-    }
-    const PointerVector* const from = levels[level + 1].vector;
-    const unsigned long before = levels[level + 1].index;
-    auto* const vector = static_cast<PointerVector*>(Increment(level + 1));
-    if (vector == nullptr) {
-      return nullptr;
-    }
-    my.vector = vector;
-    if (level == 0) {
-      const PointerVector& above = *levels[1].vector;
-      above.AskForNext(from == &above ? before : ~0UL, levels[1].index);
-    }
-    index = FindNonZero(*vector, 0);
-  }
-  my.index = index;
-  return (*my.vector)[index];
-}
-
-void OmPivotTable::Iterator::Data::LookFurther() noexcept {
-  if (levels.size() < 2) {
+// Goes up from a vector that has no further element, and down again through one that has.
+void OmPivotTable::Iterator::Data::Next() {
+  if (cell == nullptr) {
     return;
   }
-  const PointerVector& above = *levels[1].vector;
-  const auto vector = [&above](unsigned long i) {
-    return i < above.size() ? static_cast<const PointerVector*>(above.begin()[i]) : nullptr;
-  };
-  const unsigned long index = levels[1].index;
-  if (aheadAbove != &above || aheadIndex < index) {
-    aheadAbove = &above;
-    aheadIndex = index;
-    ahead = next;
-    aheadEnd = levels[0].vector->end();
-    for (long i = 0; i != kAhead && ahead != aheadEnd; ++i) {
-      __builtin_prefetch(*ahead++);
-    }
-  } else if (aheadIndex < std::min(index + kVectorsAhead, above.size())) {
-    ++aheadIndex;
-    const PointerVector* const wanted = vector(aheadIndex);
-    if (wanted != nullptr) {
-      ahead = wanted->begin();
-      aheadEnd = wanted->end();
-      if (const unsigned long* marks = wanted->Marks(); marks != nullptr) {
-        // Looking into empty stretches takes memory.
-        unsigned long filled = 0;
-        for (int marked = 64; marked == 64 && filled < wanted->size(); ++marks) {
-          marked = std::countr_one(*marks);
-          filled += static_cast<unsigned long>(marked) * PointerVector::kStretch;
-        }
-        aheadEnd = ahead + std::min(filled, wanted->size());
-      }
-    }
+  OM_HARDEN(table->changes == changes, "OmPivotTable::Iterator::operator++");
+  // As a rule the next cell stands beside this one.
+  Level& bottom = levels.front();
+  if (const unsigned long next = bottom.index + 1;
+      next < bottom.vector->size() && bottom.vector->Holds(next)) {
+    bottom.index = next;
+    cell = static_cast<OmCellText*>((*bottom.vector)[next]);
+    return;
   }
-  __builtin_prefetch(vector(aheadIndex + 2));
-  if (const PointerVector* const later = vector(aheadIndex + 1); later != nullptr) {
-    // An address, because there may be no room.
-    const auto elements = reinterpret_cast<unsigned long>(later->begin());
-    for (unsigned long i = 0; i < 512; i += 64) {
-      __builtin_prefetch(reinterpret_cast<const void*>(elements + i));
+  cell = nullptr;
+  unsigned long k = 0;
+  unsigned long start = levels[0].index + 1;
+  while (k != levels.size()) {
+    Level& level = levels[k];
+    const unsigned long index = level.vector->Find(start);
+    if (index == level.vector->size()) {
+      ++k;
+      start = k != levels.size() ? levels[k].index + 1 : 0;
+      continue;
     }
-  }
-}
-
-void OmPivotTable::Iterator::Data::Advance() {
-  if (cell != nullptr) {
-    OM_HARDEN(table->changes == changes, "OmPivotTable::Iterator::operator++");
-    levels.front().index = BottomIndex();
-    Stand(Increment(0));
+    level.index = index;
+    void* const element = (*level.vector)[index];
+    if (k == 0) {
+      cell = static_cast<OmCellText*>(element);
+      return;
+    }
+    --k;
+    levels[k].vector = static_cast<PointerVector*>(element);
+    start = 0;
   }
 }
 
@@ -121,7 +93,7 @@ std::vector<int> OmPivotTable::Iterator::Data::Index() const {
   std::vector<int> index;
   index.reserve(levels.size());
   for (const Level& level : levels) {
-    index.push_back(static_cast<int>(&level == &levels.front() ? BottomIndex() : level.index));
+    index.push_back(static_cast<int>(level.index));
   }
   return index;
 }
@@ -157,6 +129,15 @@ OmPivotTable::Iterator::~Iterator() {
   Data::LetGo(cursor);
 }
 
+OmCellText* OmPivotTable::Iterator::Cell() const noexcept {
+  return cursor->cell;
+}
+
+OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
+  cursor->Next();
+  return *this;
+}
+
 std::vector<int> OmPivotTable::Iterator::Index() const {
   return cursor->Index();
 }
@@ -180,6 +161,15 @@ OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator=(
 
 OmPivotTable::ConstIterator::~ConstIterator() {
   Iterator::Data::LetGo(cursor);
+}
+
+const OmCellText* OmPivotTable::ConstIterator::Cell() const noexcept {
+  return cursor->cell;
+}
+
+OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {
+  cursor->Next();
+  return *this;
 }
 
 std::vector<int> OmPivotTable::ConstIterator::Index() const {

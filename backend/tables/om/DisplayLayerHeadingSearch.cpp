@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/PointerVector.h"
 #include "backend/tables/om/DisplayLayerHeadingData.h"
 #include "backend/tables/om/Exception.h"
 #include "backend/tables/om/PivotTable.h"
@@ -121,89 +121,15 @@ class StoreWalk {
     }
     const Level& level = levels[k];
     const unsigned long end = std::min(level.end, v.size());
-    const unsigned long* const marks = v.Marks();
-    if (marks == nullptr) {
-      WalkSlots(k, v, level.begin, end, place);
-      return;
-    }
-    // Only stretches that hold anything are looked at; the others may be on pages that nobody has
-    // touched. What a wide vector costs is to wait for them, so each run is asked for one ahead.
-    constexpr unsigned long kStretch = OmPointerVector::kStretch;
-    unsigned long ready = NextMarked(marks, level.begin / kStretch, end);
-    while (ready * kStretch < end) {
-      const unsigned long first = ready;
-      unsigned long last = first + 1;
-      while (last * kStretch < end && (marks[last / 64] >> last % 64 & 1) != 0) {
-        ++last;
+    for (unsigned long s = v.Find(level.begin); s < end; s = v.Find(s + 1)) {
+      if (found.Full()) {
+        return;
       }
-      ready = NextMarked(marks, last, end);
-      if (ready * kStretch < end) {
-        __builtin_prefetch(&v.begin()[ready * kStretch]);
-      }
-      WalkSlots(k, v, std::max(level.begin, first * kStretch), std::min(end, last * kStretch),
-                place);
+      Visit(k, s, v[s], place);
     }
   }
 
  private:
-  // Returns the first marked stretch from `stretch` on, or one at or past `end`.
-  static unsigned long NextMarked(const unsigned long* marks, unsigned long stretch,
-                                  unsigned long end) {
-    while (stretch * OmPointerVector::kStretch < end) {
-      const unsigned long word = marks[stretch / 64] >> stretch % 64;
-      if (word != 0) {
-        return stretch + static_cast<unsigned long>(std::countr_zero(word));
-      }
-      stretch = (stretch / 64 + 1) * 64;
-    }
-    return stretch;
-  }
-
-  // Walks the elements from `s` to `end`, which may be looked at in advance.
-  void WalkSlots(unsigned long k, const OmPointerVector& v, unsigned long s, unsigned long end,
-                 unsigned long long place) {
-    const unsigned long start = s;
-    unsigned long asked = k != 0 ? s : end;
-    for (; s < end; ++s) {
-      if (asked < end && asked <= s + kAhead) {
-        const unsigned long to = std::min(asked + kAhead, end);
-        AskFor(v, std::max(start + kAhead, asked) - kAhead, asked, to, end);
-        asked = to;
-      }
-      if (void* const element = v.begin()[s]; element != nullptr) {
-        if (found.Full()) {
-          return;
-        }
-        Visit(k, s, element, place);
-      }
-    }
-  }
-
-  // Asks for what the vectors from `s` to `to` begin with, for what those from `last` to `s` hold
-  // first, and for the vectors behind them up to `end`: a vector of the store is as a rule nowhere
-  // near the one before it, and most of the work is to wait for it. Many at once, because each is
-  // on another page, and the searches for pages overlap only where they follow each other closely.
-  // Inlined because a function that does no more than this is one without an effect to the
-  // compiler, which drops its calls.
-  [[gnu::always_inline]] static inline void AskFor(const OmPointerVector& v, unsigned long last,
-                                                   unsigned long s, unsigned long to,
-                                                   unsigned long end) {
-    for (unsigned long i = to; i < std::min(to + kAhead, end); ++i) {
-      __builtin_prefetch(v[i]);
-    }
-    for (unsigned long i = s; i < to; ++i) {
-      if (v[i] != nullptr) {
-        static_cast<const OmPointerVector*>(v[i])->AskForFront(kFirst);
-      }
-    }
-    // These come first, and what is in front of them was asked for already.
-    for (unsigned long i = last; i < s; ++i) {
-      if (v[i] != nullptr) {
-        static_cast<const OmPointerVector*>(v[i])->AskForStretches(1);
-      }
-    }
-  }
-
   // Adds the places of the cells below element `s` of a vector of dimension `k`.
   void Visit(unsigned long k, unsigned long s, const void* element, unsigned long long place) {
     const Level& level = levels[k];
@@ -235,9 +161,6 @@ class StoreWalk {
     }
     return false;
   }
-
-  static constexpr unsigned long kAhead = 16;  // vectors
-  static constexpr long kFirst = 64;           // elements of each
 
   const std::vector<Level>& levels;
   PlaceSet& found;

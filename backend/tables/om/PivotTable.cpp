@@ -92,7 +92,7 @@ void OmPivotTable::Accept(Visitor& visitor) {
 }
 
 void OmPivotTable::EndTable() {
-  OmCellStore::Verify(_my->root, _my->dimensions);
+  OmCellStore::Verify(_my->root, _my->_dimensions.size());
   _my->ReindexAxis();
 }
 
@@ -155,36 +155,56 @@ void OmPivotTable::SetTableTitle(const OmCellText& text) {
 
 namespace {
 
-inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
-                             const OmCellText& cell) {
-  OmCellText* const copy = cell.Clone(&my.region);
-  v.Put(s, copy);
-  if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
-    my.cellsGo = false;
+// Throws unless `subscripts` are as many as the table has dimensions, and none is negative.
+void CheckSubscripts(const std::vector<int>& subscripts, unsigned long count) {
+  if (subscripts.size() != count ||
+      std::any_of(subscripts.begin(), subscripts.end(), [](int s) { return s < 0; })) {
+    RefuseSubscripts(subscripts, count);
   }
-  if (my.helper.Tracker() != nullptr) {
-    copy->Accept(my.helper);
-  }
-  return copy;
 }
 
-// The setter's second half, for a slot that holds a cell and for one that holds none: apart from
-// the search, which keeps nothing across a call.
-
-// Puts a copy of `cell`, or null, in the place of what the slot holds, whose metadata stays.
-[[gnu::noinline]] bool ReplaceCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
-                                   const OmCellText* cell) {
-  my.Changed();
-  auto* const old = static_cast<OmCellText*>(v.At(s));
-  OM_HARDEN(cell != old, "OmPivotTable::Cell");
+// Deletes the cell in slot `s` and stores null. Returns its metadata, or null if it has none.
+std::unique_ptr<OmCellMetaData> ClearSlot(OmPointerVector& v, unsigned long s) {
   std::unique_ptr<OmCellMetaData> meta;
-  if (old->hasMeta()) {
+  if (const auto* const old = static_cast<OmCellText*>(v[s]); old->hasMeta()) {
     meta = std::make_unique<OmCellMetaData>(old->getMeta());
   }
-  v.Take(s);
-  delete old;
+  delete static_cast<OmCellText*>(v.Exchange(s, nullptr));
+  return meta;
+}
+
+}  // namespace
+
+bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* cell) {
+  Data& my = *_my;
+  // Every call counts, whatever becomes of it. The number wraps like the 32-bit integer that it is.
+  const int count = my.numCells;
+  my.numCells = static_cast<int>(static_cast<unsigned int>(count) + 1U);
+  // The call that makes the count exceed the limit is still accepted.
+  if (count > my.backendSettings.getMaxCells()) {
+    Scratch(true);
+    return false;
+  }
+  CheckSubscripts(subscripts, my._dimensions.size());
+  if (subscripts.empty()) {
+    // A table without dimensions has no place for a cell, although reading finds null there.
+    RefuseSubscripts(subscripts, 0);
+  }
+  my.Changed();
+  OmPointerVector& v = OmCellStore::Reach(my.root, subscripts, my.region);
+  const auto s = static_cast<unsigned long>(subscripts[0]);
+  std::unique_ptr<OmCellMetaData> meta;
+  if (v.Holds(s)) {
+    OM_HARDEN(cell != v[s], "OmPivotTable::Cell");
+    meta = ClearSlot(v, s);
+  }
   if (cell != nullptr) {
-    OmCellText* const copy = StoreCell(my, v, s, *cell);
+    OmCellText* const copy = cell->Clone(&my.region);
+    v.Exchange(s, copy);
+    my.cellsGo = my.cellsGo && OmCellStore::GoesWith(*copy, &my.region);
+    if (my.helper.Tracker() != nullptr) {
+      copy->Accept(my.helper);
+    }
     if (meta != nullptr) {
       copy->setMeta(*meta);
     }
@@ -192,64 +212,32 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
   return true;
 }
 
-// Stores a copy of `cell`, or null, in a slot that holds none; null, too, where the copy fails.
-[[gnu::noinline]] bool FillSlot(OmPivotTable::Data& my, OmPointerVector& v, int s,
-                                const OmCellText* cell) {
-  my.Changed();
-  if (cell == nullptr) {
-    v.PutNull(s);
-    return true;
-  }
-  try {
-    StoreCell(my, v, s, *cell);
-  } catch (...) {
-    v.PutNull(s);
-    throw;
-  }
-  return true;
-}
-
-// Makes a slot that FindSlot does not find, after holding the subscripts against the table. What
-// FindSlot finds needs no such test.
-[[gnu::noinline]] bool StoreFar(OmPivotTable::Data& my, const std::vector<int>& subscripts,
-                                const OmCellText* cell, OmCellStore::Place place) {
-  // A table without dimensions has no place for a cell either.
-  if (subscripts.empty() || subscripts.size() != my.dimensions ||
-      OmCellStore::AnyNegative(subscripts)) {
-    RefuseSubscripts(subscripts, my.dimensions);
-  }
-  const OmCellStore::Place made =
-      OmCellStore::MakeSlot(my.root, subscripts.data(), my.region, place);
-  return FillSlot(my, *made.vector, *made.subscript, cell);
-}
-
-}  // namespace
-
-bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* cell) {
-  // Every call counts, whatever becomes of it. The number wraps like the 32-bit integer that it is.
-  const int count = _my->numCells;
-  _my->numCells = static_cast<int>(static_cast<unsigned int>(count) + 1U);
-  // The call that makes the count exceed the limit is still accepted.
-  if (count > _my->backendSettings.getMaxCells()) {
-    Scratch(true);
-    return false;
-  }
-  OmCellStore::Place place{};
-  if (subscripts.size() != _my->dimensions ||
-      !OmCellStore::FindSlot(_my->root, subscripts, place)) {
-    return StoreFar(*_my, subscripts, cell, place);
-  }
-  OmPointerVector& v = *place.vector;
-  const int s = *place.subscript;
-  return v.Holding(s) ? ReplaceCell(*_my, v, s, cell) : FillSlot(*_my, v, s, cell);
-}
-
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& cell) {
   return Cell(subscripts, &cell);
 }
 
-void OmPivotTable::Refuse(const std::vector<int>& subscripts) const {
-  RefuseSubscripts(subscripts, _my->_dimensions.size());
+namespace {
+
+inline OmCellText* FindCell(const OmPivotTable::Data& my, const std::vector<int>& subscripts) {
+  if (subscripts.size() != my._dimensions.size()) {
+    RefuseSubscripts(subscripts, my._dimensions.size());
+  }
+  OmCellText* const cell = OmCellStore::Find(my.root, subscripts);
+  if (cell == nullptr) {
+    // Where a cell is found no subscript is negative.
+    CheckSubscripts(subscripts, my._dimensions.size());
+  }
+  return cell;
+}
+
+}  // namespace
+
+OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
+  return FindCell(*_my, subscripts);
+}
+
+const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
+  return FindCell(*_my, subscripts);
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
@@ -259,9 +247,9 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
     OM_HARDEN(subscript >= 0, "OmPivotTable::deleteCell");
   }
 #endif
-  if (subscripts.size() == _my->dimensions && !subscripts.empty()) {
+  if (subscripts.size() == _my->_dimensions.size() && !subscripts.empty()) {
     _my->Changed();
-    OmCellStore::Delete(_my->root, subscripts, _my->cellsGo ? &_my->postponed : nullptr);
+    OmCellStore::Delete(_my->root, subscripts);
   }
 }
 

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/PointerVector.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/OutputPart.h"
@@ -42,7 +42,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   class OM_PRIVATE ICUHelper;
   class Iterator;
   class ConstIterator;
-  // A vector of one level of the cell store (CellStore.h).
+  // A vector of one level of the cell store (PointerVector.h).
   using PointerVector = OmPointerVector;
 
   // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
@@ -252,37 +252,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   friend class OmDisplayLayerHeading;  // walks the store where asking for cell by cell would be
                                        // slow
 
-  // The start of the private record, so that reading a cell costs no call.
-  struct OM_PRIVATE Start {
-    PointerVector* root = nullptr;  // of the cell store; null until a cell is set
-    unsigned long dimensions = 0;   // as many as _dimensions holds
-  };
-  [[nodiscard]] OmCellText* FindCell(const std::vector<int>& subscripts) const;
-  // Throws what is wrong with `subscripts`: their number, or else a negative one.
-  [[noreturn]] void Refuse(const std::vector<int>& subscripts) const;
-
   Data* _my;
 };
-
-// What refuses does not come back, so that callers keep what they have in registers.
-inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) const {
-  const auto* const start = reinterpret_cast<const Start*>(_my);
-  if (subscripts.size() != start->dimensions) {
-    Refuse(subscripts);
-  }
-  OmCellText* const cell = OmCellStore::Find(start->root, subscripts);
-  if (cell == nullptr && OmCellStore::AnyNegative(subscripts)) {
-    Refuse(subscripts);
-  }
-  return cell;
-}
-
-inline OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
-  return FindCell(subscripts);
-}
-
-inline const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
-  return FindCell(subscripts);
-}
 
 #endif

@@ -3,14 +3,13 @@
 #ifndef BACKEND_TABLES_OM_PIVOTTABLEDATA_H
 #define BACKEND_TABLES_OM_PIVOTTABLEDATA_H
 
-#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/CellStoreData.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Footnote.h"
 #include "backend/tables/om/FormatArea.h"
@@ -45,10 +44,9 @@ void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherit
 // Ties every label below `n` to `t`.
 void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t);
 
-// Everything that a table holds. The base comes first, where the table reads it without this
-// record. The four titles and all that the store holds are null or live in the region. -1 means not
-// set.
-struct OmPivotTable::Data : OmPivotTable::Start {
+// Everything that a table holds. The four titles and all that the store holds are null or live in
+// the region. -1 means not set.
+struct OmPivotTable::Data {
   Data(const OmCellText& templateName_, bool hasSplits_);
   Data(const Data&) = delete;
   Data& operator=(const Data&) = delete;
@@ -59,7 +57,7 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   [[nodiscard]] std::vector<int> SizeVector() const;
   // Holds the axes against the number of dimensions.
   void ReindexAxis();
-  // Tells the walks, where hardening is on, that they are over.
+  // Counts a change of the cells, which ends every walk, if hardening is on.
   void Changed() noexcept {
 #if defined(OM_HARDENING) && OM_HARDENING
     ++changes;
@@ -68,8 +66,8 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   // Appends a dimension with all that belongs to it, or leaves the table as it was.
   OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
-  OmCellStore::Postponed postponed;  // of cells that may go with the region, which it outlives
   OmMemoryRegion region{false};
+  OmPointerVector* root = nullptr;  // of the cell store; null until a cell is set
   OmCellText* templateName = nullptr;
   OmCellText* cornerText = nullptr;
   OmCellText* caption = nullptr;
@@ -77,8 +75,8 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   OmVector<OmFootnote> footnotes{&region};
   bool removedFootnotes = false;
   bool hasSplits;
-  // Whether all cells may go with the region as they stand: then nothing walks the store in the
-  // end.
+  // Whether all cells may go with the region as they stand: then the destructor does not walk the
+  // store.
   bool cellsGo = OmCellStore::kCellsGo;
   OmVector<OmDimension*> _dimensions{
       &region};  // heap objects, owned; their trees are in the region
@@ -127,16 +125,8 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   // Formats of areas above 8 that a later one took the place of: no lookup finds such a format, so
   // none deletes it before the table goes.
   std::vector<FormatArea*> displacedFormats;
-  // Changes of the cells that were told. Walks hold it against the number at their start.
+  // Changes of the cells. Each walk compares it with the number at its start.
   unsigned long changes = 0;
 };
-
-// The address of the record is that of its base: whatever would move the base fails to compile, a
-// base in front of it as well as a virtual function. The record has no standard layout, so that the
-// language leaves the answer to the compiler.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Winvalid-offsetof"
-static_assert(offsetof(OmPivotTable::Data, root) == 0, "OmPivotTable::FindCell reads it there");
-#pragma GCC diagnostic pop
 
 #endif
