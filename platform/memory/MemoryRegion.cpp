@@ -14,9 +14,9 @@
 static_assert(sizeof(void*) == 8 && sizeof(unsigned long) == 8);
 
 // There are two kinds of blocks. The word in front of either is its tag, with the owner in the
-// upper 48 bits and below it the kind:
-// - a class block, carved from a chunk: the size class, and kZero while it is free and zero;
-// - a block of its own, allocated from the system by itself: kOwn. A Front stands before it.
+// upper 48 bits and below it:
+// - of a block that was carved from a chunk: how many units it has, the tag included;
+// - of a block of its own, allocated from the system by itself: 0. A Front stands before it.
 
 struct OmMemoryRegion::Lock {
   std::mutex mutex;
@@ -63,6 +63,12 @@ struct alignas(16) OmMemoryRegion::Front {
   unsigned long tag;
 };
 
+// What stands in a released block of more than kFineUnits. Smaller ones hold the link alone.
+struct OmMemoryRegion::Free {
+  void* next;
+  unsigned long isZero;  // whether all that follows is zero
+};
+
 namespace {
 
 // Whether every block is an allocation of its own from the system's heap.
@@ -74,10 +80,9 @@ constexpr bool kOwnBlocks = false;
 #endif
 
 constexpr unsigned long kTagBytes = 8;
-constexpr unsigned long kStep = 16;
-constexpr unsigned long kZero = 0x100;
-constexpr unsigned long kOwn = 0xfff;
-constexpr unsigned long kReleased = 0x1000;
+constexpr unsigned long kMostUnits = 0xffff;
+constexpr unsigned long kReleased = 0xffff;  // the tag of a block of its own that was released
+constexpr unsigned long kLargestCarved = kMostUnits * 16 - kTagBytes;
 constexpr unsigned long kNoLimit = ~0UL;
 constexpr unsigned long kLargestBlock = 1UL << 39;
 
@@ -87,53 +92,23 @@ constexpr unsigned long kLastPageChunk = 16UL << 20;
 constexpr unsigned long kPage = 4096;
 // Left out of each chunk, so that it fills whole pages together with the system's own record.
 constexpr unsigned long kSystemHeader = 16;
-// From so many bytes on, coarse blocks have chunks of their own.
+// From so many bytes on, large blocks have chunks of their own.
 constexpr unsigned long kLeastApart = 256UL << 10;
+// How many released blocks are looked at for one that is large enough.
+constexpr int kMostLooks = 16;
 
-constexpr unsigned int kFine = 17;
-constexpr unsigned int kAll = 65;
-
-// Returns the bytes from one block of the class to the next, the tag included. Coarse ones stand 16
-// above a round number, so that 2^n words, the tag and one word more fit without waste.
-constexpr unsigned long StrideOf(unsigned int sizeClass) {
-  if (sizeClass < kFine) {
-    return (sizeClass + 1) * kStep;
-  }
-  const unsigned int coarse = sizeClass - kFine;
-  return ((5UL + coarse % 4) << (6 + coarse / 4)) + kStep;
+constexpr unsigned long UnitsFor(unsigned long bytes) {
+  return (bytes + kTagBytes + 15) / 16;
 }
 
-constexpr auto kSizes = [] {
-  std::array<unsigned int, kAll> sizes{};
-  for (unsigned int c = 0; c < kAll; ++c) {
-    sizes[c] = static_cast<unsigned int>(StrideOf(c) - kTagBytes);
+// Returns the list of released blocks of `units` units.
+constexpr unsigned long ListOf(unsigned long units) {
+  if (units <= 16) {
+    return units - 1;
   }
-  return sizes;
-}();
-constexpr unsigned long kMostFine = kSizes[kFine - 1];
-constexpr unsigned long kLargestClass = kSizes[kAll - 1];
-
-// Returns the smallest class for `bytes` bytes, which are at most kLargestClass.
-constexpr unsigned int ClassFor(unsigned long bytes) {
-  if (bytes <= kMostFine) {
-    return static_cast<unsigned int>((bytes + kStep - kTagBytes - 1) / kStep);
-  }
-  const unsigned long top = bytes - kTagBytes - 1;
-  const auto doubling = static_cast<unsigned int>(std::bit_width(top)) - 1;
-  const auto quarter = static_cast<unsigned int>(top >> (doubling - 2)) & 3U;
-  return kFine + (doubling - 8) * 4 + quarter;
+  const auto doubling = static_cast<unsigned long>(std::bit_width(units)) - 1;
+  return 16 + 2 * (doubling - 4) + (units >> (doubling - 1) & 1);
 }
-
-constexpr bool ClassesAgree() {
-  for (unsigned int c = 0; c < kAll; ++c) {
-    if (StrideOf(c) % kStep != 0 || ClassFor(kSizes[c]) != c ||
-        (c + 1 < kAll && ClassFor(kSizes[c] + 1) != c + 1)) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(ClassesAgree());
 
 constexpr unsigned long RoundUp(unsigned long n, unsigned long step) {
   return (n + step - 1) / step * step;
@@ -147,8 +122,13 @@ void*& NextFree(void* block) {
   return *static_cast<void**>(block);
 }
 
-unsigned long TagFor(const OmMemoryRegion* owner, unsigned long kind) {
-  return reinterpret_cast<unsigned long>(owner) << 16 | kind;
+unsigned long TagFor(const OmMemoryRegion* owner, unsigned long units) {
+  return reinterpret_cast<unsigned long>(owner) << 16 | units;
+}
+
+// Returns the bytes of a carved block.
+unsigned long SizeOf(void* block) {
+  return (Tag(block) & kMostUnits) * 16 - kTagBytes;
 }
 
 OmMemoryRegion* OwnerOf(void* block) {
@@ -170,7 +150,8 @@ void* MapPages(unsigned long bytes) {
 OmMemoryRegion::OmMemoryRegion(bool shared) : OmMemoryRegion(shared ? new Lock : nullptr) {}
 
 OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept : lock(lock_) {
-  static_assert(kFineClasses == kFine && kClasses == kAll && kLargestFine == kMostFine);
+  static_assert(kUnit == 16 && kFineUnits == 16 && kUnitBits == kMostUnits &&
+                ListOf(kMostUnits) + 1 == kLists);
   OM_ASSERT(TagFor(this, 0) >> 16 == reinterpret_cast<unsigned long>(this),
             "the address of a region has at most 48 bits", "platform/memory/MemoryRegion", 0,
             "OmMemoryRegion");
@@ -208,23 +189,22 @@ void OmMemoryRegion::Settle() noexcept {
 
 void* OmMemoryRegion::AllocateAny(unsigned long bytes) {
   const Guard guard(lock);
-  if (kOwnBlocks || bytes > kLargestClass) {
+  if (kOwnBlocks || bytes > kLargestCarved) {
     return AllocateOwn(bytes, false);
   }
   bool isZero = false;
-  return Get(ClassFor(bytes), isZero);
+  return Get(UnitsFor(bytes), isZero);
 }
 
 void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
   const Guard guard(lock);
-  if (kOwnBlocks || bytes > kLargestClass) {
+  if (kOwnBlocks || bytes > kLargestCarved) {
     return AllocateOwn(bytes, true);
   }
   bool isZero = false;
-  const unsigned int sizeClass = ClassFor(bytes);
-  void* const block = Get(sizeClass, isZero);
-  // The whole block, because whoever gets it after ReleaseZeroed() may need more of it.
-  return isZero ? block : std::memset(block, 0, kSizes[sizeClass]);
+  void* const block = Get(UnitsFor(bytes), isZero);
+  // All of the block, because whoever gets it after ReleaseZeroed() may need more of it.
+  return isZero ? block : std::memset(block, 0, SizeOf(block));
 }
 
 void OmMemoryRegion::ReleaseAny(void* block, bool isZero) noexcept {
@@ -263,9 +243,9 @@ unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
 
 OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
   Tally tally = used;
-  for (unsigned int c = 0; c != kClasses; ++c) {
-    for (void* block = freeLists[c]; block != nullptr; block = NextFree(block)) {
-      tally.Subtract(kSizes[c]);
+  for (void* block : freeLists) {
+    for (; block != nullptr; block = NextFree(block)) {
+      tally.Subtract(SizeOf(block));
     }
   }
   return tally;
@@ -277,52 +257,66 @@ void OmMemoryRegion::CheckLimit(unsigned long bytes) const {
   }
 }
 
-// --- Class blocks -------------------------------------------------------------------------------
+// --- Carved blocks ------------------------------------------------------------------------------
 
 // Allocates a block, and sets `isZero` if every byte of it is zero.
-inline void* OmMemoryRegion::Get(unsigned int sizeClass, bool& isZero) {
-  const unsigned long bytes = kSizes[sizeClass];
-  CheckLimit(bytes);
-  void* block = freeLists[sizeClass];
-  if (block != nullptr) {
-    freeLists[sizeClass] = NextFree(block);
-    isZero = (Tag(block) & kZero) != 0;
-    if (isZero) {
-      NextFree(block) = nullptr;
+inline void* OmMemoryRegion::Get(unsigned long units, bool& isZero) {
+  CheckLimit(units * kUnit - kTagBytes);
+  if (units <= kFineUnits) {
+    if (void* const block = freeLists[units - 1]; block != nullptr) {
+      freeLists[units - 1] = NextFree(block);
+      counted += SizeOf(block);
+      return block;
     }
-  } else {
-    Rest& rest = sizeClass < kFineClasses || bytesHeld < kLeastApart ? fine : coarse;
-    if (rest.Bytes() < bytes + kTagBytes) {
-      AddChunk(rest, bytes + kTagBytes);
-    }
-    block = Carve(rest, sizeClass);
-    isZero = rest.zero;
+  } else if (Free* const free = FindFree(units); free != nullptr) {
+    isZero = free->isZero != 0;
+    *free = {};
+    counted += SizeOf(free);
+    return free;
   }
-  Tag(block) = TagFor(this, sizeClass);
-  counted += bytes;
-  return block;
+  Rest& rest = units <= kFineUnits || bytesHeld < kLeastApart ? fine : coarse;
+  if (rest.Bytes() < units * kUnit) {
+    AddChunk(rest, units);
+  }
+  isZero = rest.zero;
+  counted += units * kUnit - kTagBytes;
+  return Carve(rest, units);
 }
 
-inline void* OmMemoryRegion::Carve(Rest& rest, unsigned int sizeClass) noexcept {
-  void* const block = rest.bump + kTagBytes;
-  rest.bump += kSizes[sizeClass] + kTagBytes;
-  used.Add(kSizes[sizeClass]);
-  return block;
+// Removes a released block of at least `units` units, and at most about twice as many, from its
+// list, and returns it, or null if none is found soon.
+OmMemoryRegion::Free* OmMemoryRegion::FindFree(unsigned long units) noexcept {
+  const unsigned long first = ListOf(units);
+  int looks = kMostLooks;
+  for (unsigned long list = first; list < std::min(first + 3, kLists); ++list) {
+    void** place = &freeLists[list];
+    for (; *place != nullptr && looks != 0; --looks) {
+      auto* const free = static_cast<Free*>(*place);
+      if ((Tag(free) & kUnitBits) >= units &&
+          (limit == kNoLimit || SizeOf(free) <= limit - counted)) {
+        *place = free->next;
+        return free;
+      }
+      place = &free->next;
+    }
+  }
+  return nullptr;
 }
 
-inline void OmMemoryRegion::PushFree(void* block, unsigned int sizeClass, bool isZero) noexcept {
-  // Not worth a thought for fine ones, whose tag is then that of a live block.
-  Tag(block) = TagFor(this, sizeClass | (isZero && sizeClass >= kFineClasses ? kZero : 0));
-  NextFree(block) = freeLists[sizeClass];
-  freeLists[sizeClass] = block;
+inline void OmMemoryRegion::PushFree(void* block, unsigned long units, bool isZero) noexcept {
+  void*& list = freeLists[ListOf(units)];
+  NextFree(block) = list;
+  if (units > kFineUnits) {
+    static_cast<Free*>(block)->isZero = static_cast<unsigned long>(isZero);
+  }
+  list = block;
 }
 
-inline void OmMemoryRegion::Return(void* block, bool isZero) noexcept {
+void OmMemoryRegion::Return(void* block, bool isZero) noexcept {
   const Guard guard(lock);
-  const unsigned long kind = Tag(block) & kKindBits;
-  if (kind >= kClasses) {
+  const unsigned long units = Tag(block) & kUnitBits;
+  if (units == 0) {
     Front* const front = static_cast<Front*>(block) - 1;
-    OM_HARDEN(kind == kOwn, "OmMemoryRegion::Release");
     counted -= front->bytes;
     used.Subtract(front->bytes);
     if (working || kOwnBlocks) {
@@ -330,46 +324,39 @@ inline void OmMemoryRegion::Return(void* block, bool isZero) noexcept {
     }
     return;
   }
-  counted -= kSizes[kind];
+  OM_HARDEN(!kOwnBlocks, "OmMemoryRegion::Release");
+  counted -= SizeOf(block);
   if (working) {
-    PushFree(block, static_cast<unsigned int>(kind), isZero);
+    PushFree(block, units, isZero);
   } else {
-    used.Subtract(kSizes[kind]);
+    used.Subtract(SizeOf(block));
   }
 }
 
-// Begins a new chunk with room for `stride` bytes: from the heap as long as the region is small,
-// else of pages, which occupy no memory before blocks reach them. As large as all that the region
-// holds, within bounds. Coarse blocks get chunks of their own in a large region, so that its cells
-// lie close to each other, in the order in which they were made.
-void OmMemoryRegion::AddChunk(Rest& rest, unsigned long stride) {
+// Begins a new chunk with room for `units` units: from the heap as long as the region is small,
+// else of pages, which occupy no memory before blocks reach them. What is left of the old one
+// becomes a released block. In a large region, blocks of more than kFineUnits have chunks of their
+// own, so that its cells lie close to each other, in the order in which they were made.
+void OmMemoryRegion::AddChunk(Rest& rest, unsigned long units) {
+  // Behind the record, a word aligns the block that follows the first tag.
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;
-  const bool isPages = bytesHeld >= kLeastApart || stride > kLastHeapChunk - kAround;
-  const unsigned long usual =
-      isPages ? std::clamp(std::bit_floor(bytesHeld), kLeastApart, kLastPageChunk)
-              : std::clamp(std::bit_floor(bytesHeld), kFirstChunk, kLastHeapChunk);
+  const unsigned long least = units * kUnit + kAround;
+  const bool isPages = bytesHeld >= kLeastApart || least > kLastHeapChunk;
   const unsigned long whole =
-      RoundUp(std::max(usual, stride + kAround + kSystemHeader), isPages ? kPage : kFirstChunk);
+      isPages ? RoundUp(std::max(std::clamp(bytesHeld, kLeastApart, kLastPageChunk), least), kPage)
+              : RoundUp(std::max(std::clamp(bytesHeld / 4, kFirstChunk, kLastHeapChunk),
+                                 least + kSystemHeader),
+                        kFirstChunk);
   const unsigned long bytes = isPages ? whole : whole - kSystemHeader;
   void* const memory = isPages ? MapPages(bytes) : ::operator new(bytes);
-  Retire(rest);
+  if (const unsigned long left = rest.Bytes() / kUnit; left != 0) {
+    PushFree(Carve(rest, left), left, rest.zero);
+  }
   chunks = new (memory) Chunk{chunks, isPages ? bytes : 0};
   bytesHeld += bytes;
-  // So that a block, which follows its tag, is aligned.
   rest.bump = reinterpret_cast<char*>(chunks) + kAround;
   rest.end = reinterpret_cast<char*>(chunks) + bytes;
   rest.zero = isPages;
-}
-
-// Puts what is left of a chunk on the free lists.
-void OmMemoryRegion::Retire(Rest& rest) noexcept {
-  while (rest.Bytes() >= kStep) {
-    unsigned int sizeClass = ClassFor(std::min(rest.Bytes() - kTagBytes, kLargestClass));
-    if (kSizes[sizeClass] + kTagBytes > rest.Bytes()) {
-      --sizeClass;
-    }
-    PushFree(Carve(rest, sizeClass), sizeClass, rest.zero);
-  }
 }
 
 // --- Blocks of their own ------------------------------------------------------------------------
@@ -381,7 +368,7 @@ void* OmMemoryRegion::AllocateOwn(unsigned long bytes, bool zeroed) {
   CheckLimit(bytes);
   const unsigned long whole = sizeof(Front) + bytes;
   void* const memory = kOwnBlocks ? ::operator new(whole) : MapPages(RoundUp(whole, kPage));
-  own = new (memory) Front{nullptr, own, bytes, TagFor(this, kOwn)};
+  own = new (memory) Front{nullptr, own, bytes, TagFor(this, 0)};
   if (own->next != nullptr) {
     own->next->previous = own;
   }

@@ -1,10 +1,9 @@
 // OmMemoryRegion, the arena that all of a table's memory is charged to.
 //
 // A region carves blocks from chunks, uses released blocks again, and gives every chunk back to the
-// system when it is destroyed, not before. It allocates nothing before the first block; the first
-// chunk has 1 KiB, and every later one is as large as all before it, up to a bound. A block costs 8
-// bytes more than its size class: multiples of 16 less 8 up to 264 bytes, then four classes for
-// each doubling. Blocks above 1 MiB have pages of their own, which go back to the system when the
+// system when it is destroyed, not before. It allocates nothing before the first block; chunks of
+// 1 KiB follow, and larger ones as it grows. A block costs its size and 8 bytes, rounded up to a
+// multiple of 16. Blocks above 1 MiB have pages of their own, which go back to the system when the
 // block is released. Allocating and releasing cost constant time.
 //
 // Where a sanitizer or the hardening checks are on, every block is an allocation of its own from
@@ -69,6 +68,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   class Guard;
   struct Chunk;
   struct Front;
+  struct Free;
 
   // The rest of a chunk, from which blocks are carved. `zero` if it is in pages that nobody has
   // written to.
@@ -89,11 +89,12 @@ class OM_PLATFORM_API OmMemoryRegion {
     unsigned long bytes = 0;
   };
 
-  // 17 classes in steps of 16 bytes, then four for each of twelve doublings.
-  static constexpr unsigned int kFineClasses = 17;
-  static constexpr unsigned int kClasses = kFineClasses + 4 * 12;
-  static constexpr unsigned long kLargestFine = 16 * kFineClasses - 8;
-  static constexpr unsigned long kKindBits = 0xffff;  // of a tag
+  // Blocks are carved in units of 16 bytes, the tag included. Released ones are listed by size: a
+  // list for each size up to 16 units, then two for each of twelve doublings.
+  static constexpr unsigned long kUnit = 16;
+  static constexpr unsigned long kFineUnits = 16;
+  static constexpr unsigned long kLists = kFineUnits + 2 * 12;
+  static constexpr unsigned long kUnitBits = 0xffff;  // of a tag
 
   explicit OmMemoryRegion(Lock* lock_) noexcept;
 
@@ -102,12 +103,12 @@ class OM_PLATFORM_API OmMemoryRegion {
   void Settle() noexcept;
   void CheckLimit(unsigned long bytes) const;
   [[nodiscard]] Tally InUse() const noexcept;
-  void* Get(unsigned int sizeClass, bool& isZero);
+  void* Get(unsigned long units, bool& isZero);
+  [[nodiscard]] Free* FindFree(unsigned long units) noexcept;
   void Return(void* block, bool isZero) noexcept;
-  void* Carve(Rest& rest, unsigned int sizeClass) noexcept;
-  void PushFree(void* block, unsigned int sizeClass, bool isZero) noexcept;
-  void AddChunk(Rest& rest, unsigned long stride);
-  void Retire(Rest& rest) noexcept;
+  void* Carve(Rest& rest, unsigned long units) noexcept;
+  void PushFree(void* block, unsigned long units, bool isZero) noexcept;
+  void AddChunk(Rest& rest, unsigned long units);
   void* AllocateOwn(unsigned long bytes, bool zeroed);
   void ReturnOwn(Front* front) noexcept;
 
@@ -115,27 +116,37 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool working = true;
   bool plain = false;  // neither shared, limited, on its way out nor of own blocks
   Rest fine;
-  Rest coarse;  // see AddChunk
+  Rest coarse;                // see AddChunk
   Tally used;                 // blocks that are allocated or on a free list
   unsigned long counted = 0;  // bytes in use, if there is a limit
   unsigned long limit = ~0UL;
   unsigned long bytesHeld = 0;  // all of `fine` and `coarse` included
   Chunk* chunks = nullptr;
-  Front* own = nullptr;               // blocks that are allocations of their own
-  void* freeLists[kClasses] = {};     // released blocks by class, linked by their first word
+  Front* own = nullptr;          // blocks that are allocations of their own
+  void* freeLists[kLists] = {};  // released blocks, linked by their first word
 };
 
-// Inline for small blocks that were released before, which a text or a number that is replaced
-// needs most.
+// Inline for small blocks, of which a table has one for each cell.
 inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
-  if (bytes <= kLargestFine && plain) {
-    const unsigned long sizeClass = (bytes + 7) / 16;
-    if (void* const block = freeLists[sizeClass]; block != nullptr) {
-      freeLists[sizeClass] = *static_cast<void**>(block);
+  const unsigned long units = (bytes + 8 + kUnit - 1) / kUnit;
+  if (bytes < kFineUnits * kUnit && units <= kFineUnits && plain) {
+    if (void* const block = freeLists[units - 1]; block != nullptr) {
+      freeLists[units - 1] = *static_cast<void**>(block);
       return block;
+    }
+    if (units * kUnit <= fine.Bytes()) {
+      return Carve(fine, units);
     }
   }
   return AllocateAny(bytes);
+}
+
+inline void* OmMemoryRegion::Carve(Rest& rest, unsigned long units) noexcept {
+  auto* const tag = reinterpret_cast<unsigned long*>(rest.bump);
+  *tag = reinterpret_cast<unsigned long>(this) << 16 | units;
+  rest.bump += units * kUnit;
+  used.Add(units * kUnit - sizeof(*tag));
+  return tag + 1;
 }
 
 inline void OmMemoryRegion::Release(void* block) noexcept {
@@ -144,10 +155,11 @@ inline void OmMemoryRegion::Release(void* block) noexcept {
   }
   const unsigned long tag = static_cast<const unsigned long*>(block)[-1];
   auto* const owner = reinterpret_cast<OmMemoryRegion*>(tag >> 16);
-  const unsigned long sizeClass = tag & kKindBits;
-  if (sizeClass < kFineClasses && owner->plain) {
-    *static_cast<void**>(block) = owner->freeLists[sizeClass];
-    owner->freeLists[sizeClass] = block;
+  // A block of its own has no units.
+  const unsigned long list = (tag & kUnitBits) - 1;
+  if (list < kFineUnits && owner->plain) {
+    *static_cast<void**>(block) = owner->freeLists[list];
+    owner->freeLists[list] = block;
     return;
   }
   ReleaseAny(block, false);

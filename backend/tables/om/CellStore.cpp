@@ -9,16 +9,6 @@ OmPointerVector* VectorIn(void* element) {
   return static_cast<OmPointerVector*>(element);
 }
 
-// Returns the vector of dimension `k` on the way to `subscripts`, or null.
-OmPointerVector* VectorOf(OmPointerVector* root, const std::vector<int>& subscripts,
-                          unsigned long k) {
-  OmPointerVector* v = root;
-  for (unsigned long i = subscripts.size() - 1; i != k && v != nullptr; --i) {
-    v = VectorIn(v->At(subscripts[i]));
-  }
-  return v;
-}
-
 unsigned long Slot(int subscript) {
   return static_cast<unsigned int>(subscript);
 }

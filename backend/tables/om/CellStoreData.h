@@ -28,6 +28,11 @@ class OmCellStore {
   [[nodiscard]] static OmPointerVector& Reach(OmPointerVector*& root,
                                               const std::vector<int>& subscripts,
                                               OmMemoryRegion& region);
+  // Returns the vector of dimension `k` on the way to `subscripts`, or null if there is none, also
+  // if a subscript is negative.
+  [[nodiscard]] static OmPointerVector* VectorOf(OmPointerVector* root,
+                                                 const std::vector<int>& subscripts,
+                                                 unsigned long k) noexcept;
   // Returns the cell at `subscripts`, or null, also if one of them is negative. Makes nothing.
   [[nodiscard]] static OmCellText* Find(const OmPointerVector* root,
                                         const std::vector<int>& subscripts) noexcept;
@@ -60,8 +65,18 @@ class OmCellStore {
 #endif
 };
 
+inline OmPointerVector* OmCellStore::VectorOf(OmPointerVector* root,
+                                              const std::vector<int>& subscripts,
+                                              unsigned long k) noexcept {
+  OmPointerVector* v = root;
+  for (unsigned long i = subscripts.size() - 1; i != k && v != nullptr; --i) {
+    v = static_cast<OmPointerVector*>(v->At(subscripts[i]));
+  }
+  return v;
+}
+
 inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
-                              const std::vector<int>& subscripts) noexcept {
+                                     const std::vector<int>& subscripts) noexcept {
   const void* element = root;
   for (unsigned long k = subscripts.size(); k-- != 0 && element != nullptr;) {
     element = static_cast<const OmPointerVector*>(element)->At(subscripts[k]);

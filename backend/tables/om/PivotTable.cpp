@@ -163,14 +163,46 @@ void CheckSubscripts(const std::vector<int>& subscripts, unsigned long count) {
   }
 }
 
-// Deletes the cell in slot `s` and stores null. Returns its metadata, or null if it has none.
-std::unique_ptr<OmCellMetaData> ClearSlot(OmPointerVector& v, unsigned long s) {
+// Stores a copy of `cell` in slot `s`, which holds null.
+OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
+                      const OmCellText& cell) {
+  OmCellText* const copy = cell.Clone(&my.region);
+  v.Exchange(s, copy);
+  if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
+    my.cellsGo = false;
+  }
+  if (my.helper.Tracker() != nullptr) {
+    copy->Accept(my.helper);
+  }
+  return copy;
+}
+
+// Stores a copy of `cell`, or null, in place of the cell in slot `s`, whose metadata stays.
+void ReplaceCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
+                 const OmCellText* cell) {
+  OM_HARDEN(cell != v[s], "OmPivotTable::Cell");
   std::unique_ptr<OmCellMetaData> meta;
   if (const auto* const old = static_cast<OmCellText*>(v[s]); old->hasMeta()) {
     meta = std::make_unique<OmCellMetaData>(old->getMeta());
   }
   delete static_cast<OmCellText*>(v.Exchange(s, nullptr));
-  return meta;
+  if (cell != nullptr) {
+    OmCellText* const copy = StoreCell(my, v, s, *cell);
+    if (meta != nullptr) {
+      copy->setMeta(*meta);
+    }
+  }
+}
+
+// Makes the slot for `subscripts`, which has no room yet, after checking them. A slot that has room
+// needs no check.
+OmPointerVector* MakeRoom(OmPivotTable::Data& my, const std::vector<int>& subscripts) {
+  CheckSubscripts(subscripts, my._dimensions.size());
+  if (subscripts.empty()) {
+    // A table without dimensions has no place for a cell, although reading finds null there.
+    RefuseSubscripts(subscripts, 0);
+  }
+  return &OmCellStore::Reach(my.root, subscripts, my.region);
 }
 
 }  // namespace
@@ -185,29 +217,20 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
     Scratch(true);
     return false;
   }
-  CheckSubscripts(subscripts, my._dimensions.size());
-  if (subscripts.empty()) {
-    // A table without dimensions has no place for a cell, although reading finds null there.
-    RefuseSubscripts(subscripts, 0);
+  OmPointerVector* v = nullptr;
+  if (subscripts.size() == my._dimensions.size() && !subscripts.empty()) {
+    v = OmCellStore::VectorOf(my.root, subscripts, 0);
+  }
+  if (v == nullptr || !v->HasRoom(static_cast<unsigned int>(subscripts[0]))) {
+    v = MakeRoom(my, subscripts);
   }
   my.Changed();
-  OmPointerVector& v = OmCellStore::Reach(my.root, subscripts, my.region);
   const auto s = static_cast<unsigned long>(subscripts[0]);
-  std::unique_ptr<OmCellMetaData> meta;
-  if (v.Holds(s)) {
-    OM_HARDEN(cell != v[s], "OmPivotTable::Cell");
-    meta = ClearSlot(v, s);
-  }
-  if (cell != nullptr) {
-    OmCellText* const copy = cell->Clone(&my.region);
-    v.Exchange(s, copy);
-    my.cellsGo = my.cellsGo && OmCellStore::GoesWith(*copy, &my.region);
-    if (my.helper.Tracker() != nullptr) {
-      copy->Accept(my.helper);
-    }
-    if (meta != nullptr) {
-      copy->setMeta(*meta);
-    }
+  v->GrowTo(s);
+  if (v->Holds(s)) {
+    ReplaceCell(my, *v, s, cell);
+  } else if (cell != nullptr) {
+    StoreCell(my, *v, s, *cell);
   }
   return true;
 }

@@ -62,13 +62,9 @@ void OmPointerVector::reserve(unsigned long n) {
   std::swap(limit, grown.limit);
 }
 
-void OmPointerVector::GrowTo(unsigned long s) {
-  if (s >= capacity()) {
-    // Appending one by one ends there: each full vector grows to the next power of two.
-    reserve(2 * capacity() < s ? s + 1 : OmVector<void*>::NextSize(s));
-  }
-  // What follows the last slot is null already.
-  last = std::max(last, first + s + 1);
+void OmPointerVector::MakeRoom(unsigned long s) {
+  // Appending one by one ends there: each full vector grows to the next power of two.
+  reserve(2 * capacity() < s ? s + 1 : OmVector<void*>::NextSize(s));
 }
 
 void OmPointerVector::push_back(void* element) {

@@ -50,6 +50,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   [[nodiscard]] void* back() const { return (*this)[size() - 1]; }
   // Returns slot `s`, or null if there is none, as for a negative `s`.
   [[nodiscard]] void* At(int s) const noexcept;
+  // Returns whether there is room for slot `s`.
+  [[nodiscard]] bool HasRoom(unsigned long s) const noexcept { return SlotAt(s) < limit; }
   // Returns the first slot at or after `start` that is not null, or size().
   [[nodiscard]] unsigned long Find(unsigned long start) const noexcept;
   // Returns whether slot `s`, which has to be there, is not null. Does not read the slot.
@@ -77,6 +79,12 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   [[nodiscard]] static unsigned long FrontWords(unsigned long n) noexcept {
     return (1 + (n + kGroup - 1) / kGroup + 1) / 2 * 2;
   }
+  // Returns the address of slot `s`, which may be none. Computed as a number, because a pointer
+  // must not leave its block. A negative subscript, taken as an unsigned int, is beyond every
+  // vector.
+  [[nodiscard]] void** SlotAt(unsigned long s) const noexcept {
+    return reinterpret_cast<void**>(reinterpret_cast<unsigned long>(first) + s * sizeof(void*));
+  }
   // The front grows backwards from the first element: the count, then group 0, 1, …
   [[nodiscard]] unsigned long& Count() const noexcept {
     return reinterpret_cast<unsigned long*>(first)[-1];
@@ -87,6 +95,7 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   // Calls `visit(g, slots)` for each group g that has a slot in use, `slots` being its length.
   template <typename Visit>
   void ForEachGroup(Visit visit) const;
+  void MakeRoom(unsigned long s);
   void ReleaseBlock() noexcept;
 };
 
@@ -105,9 +114,8 @@ inline void* OmPointerVector::operator[](unsigned long i) const {
 }
 
 inline void* OmPointerVector::At(int s) const noexcept {
-  // A negative number becomes one that no vector reaches.
-  const unsigned long i = static_cast<unsigned int>(s);
-  return i < size() ? first[i] : nullptr;
+  void* const* const slot = SlotAt(static_cast<unsigned int>(s));
+  return slot < last ? *slot : nullptr;
 }
 
 inline unsigned long OmPointerVector::Find(unsigned long start) const noexcept {
@@ -119,6 +127,14 @@ inline unsigned long OmPointerVector::Find(unsigned long start) const noexcept {
     }
   }
   return n;
+}
+
+inline void OmPointerVector::GrowTo(unsigned long s) {
+  if (!HasRoom(s)) {
+    MakeRoom(s);
+  }
+  // What follows the last slot is null already.
+  last = std::max(last, first + s + 1);
 }
 
 inline void* OmPointerVector::Exchange(unsigned long s, void* element) noexcept {
