@@ -320,16 +320,6 @@ bool OmDisplayLayerHeading::Data::HasLeaves(const std::vector<int>& subscripts,
   });
 }
 
-unsigned long long OmDisplayLayerHeading::Data::DisplayPosition(const std::vector<int>& subscripts,
-                                                                const PlaceCalculator& calc) {
-  std::vector<unsigned int> digits;
-  for (const short d : calc.Dimensions()) {
-    const auto subscript = static_cast<unsigned long>(subscripts[static_cast<unsigned long>(d)]);
-    digits.push_back(static_cast<unsigned int>(Header(d)->leafPositions[subscript]));
-  }
-  return digits.empty() ? 0 : calc.Base().Value(digits);
-}
-
 void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
     const PuppetVector<short>& headDims, const PuppetVector<short>& /*otherDims*/, Places& out) {
   const PlaceCalculator calc(headDims, table->SizeVector());
@@ -370,9 +360,8 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
   if (!inRange) {
     // Such a leaf shows as another place, which may be one where a leaf is missing.
     const auto lacksLeaf = [&](unsigned long long place) {
-      const PlaceDigits digits(calc, place);
       for (unsigned long k = 0; k != bases.size(); ++k) {
-        if (digits[k] >= Header(headDims[k])->nodePaths.size()) {
+        if (PathAt(place, calc, k) == nullptr) {
           return true;
         }
       }
