@@ -59,7 +59,7 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   // search appends, and counts every cell that the iterators visit. The dense one clears the list
   // first, and counts cells whose subscripts in `otherDims` are below the dimension's size and in
   // dimensions of neither list the current ones. They differ on purpose. The dense search supports
-  // no `otherDims` whose sizes multiply beyond 64 bits.
+  // no list whose sizes multiply beyond 64 bits.
   void FindNonEmptyHeaders(const PuppetVector<short>& headDims,
                            const PuppetVector<short>& otherDims, Places& out);
   void FindNonEmptyHeadersSparse(const PuppetVector<short>& headDims,
@@ -67,8 +67,6 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   void FindNonEmptyHeadersDense(const PuppetVector<short>& headDims,
                                 const PuppetVector<short>& otherDims, Places& out);
 
-  // Tells whether leaves carry the subscripts of all dimensions of `calc`.
-  [[nodiscard]] bool HasLeaves(const std::vector<int>& subscripts, const PlaceCalculator& calc);
   // Returns the place of the leaves that carry the subscripts; there has to be one in every
   // dimension of `calc`. The inverse of Fill.
   [[nodiscard]] unsigned long long DisplayPosition(const std::vector<int>& subscripts,
