@@ -8,8 +8,8 @@
 #include <set>
 
 #include "backend/tables/IndexProjector.h"
+#include "backend/tables/PlaceDigits.h"
 #include "backend/tables/om/DimHeader.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/LayoutCheck.h"
 
 namespace {
@@ -106,7 +106,7 @@ TEST_F(Layout, FindsRowsInStoresOfAnyShape) {
   }
 }
 
-TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
+TEST_F(Layout, DropsPlacesWhereNoLeafStands) {
   OmDimension* const more = Add("more", 3, table.Rows());
   more->Root()[1]->Subscript(0);
   Node last = more->Root().Back();
@@ -114,7 +114,7 @@ TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
   OmDimension* const fewer = Add("fewer", 9, table.Rows());
   Node first = fewer->Root()[0];
   fewer->Delete(first);
-  Add("column", 300, table.Columns());
+  Add("column", 300, table.Columns());  // makes the table sparse
   ASSERT_EQ(table.SizeVector(), (Subscripts{1, 9, 300}));
   table.Cell({0, 1, 0}, OmNumber(1));  // shows as place 0 + 1
   table.Cell({0, 8, 0}, OmNumber(1));  // and this as place 7 + 1, where no leaf stands
@@ -124,11 +124,6 @@ TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
   std::vector<ConstNode*> nodes;
   rows.DimAllNodes(4, nodes);  // no row is listed there, so it is the place
   EXPECT_EQ((*nodes[1])->Text()->Text(), "fewer5");
-  // Labels are listed by blocks, whichever is asked for first.
-  const OmDisplayColumnHeading columns(layers, false);
-  for (int i = 0, c = 299; i != 300; ++i, c = (c + 257) % 300) {
-    EXPECT_EQ(columns.Column(c)[1], columns.ColumnCategories(c)[0]);
-  }
 }
 
 TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
@@ -231,17 +226,6 @@ TEST_F(Layout, ReadsATableThatGrewMeanwhileWithoutItsNewDimension) {
   }
 }
 
-TEST_F(Layout, KeepsItsLayerWhereASwitchFails) {
-  for (int d = 0; d != 10; ++d) {
-    Add("d", 2, table.Layers());  // more than the heading has room for beforehand
-  }
-  OmDisplayLayerHeading layers(table, false);
-  ASSERT_TRUE(layers.SwitchLayer(0));
-  EXPECT_TRUE(allocations::FailsAt(0, [&] { layers.LastLayer(); }));
-  EXPECT_EQ(layers.getLayer(), 0);
-  EXPECT_EQ(layers.getCurrentCellIndex(), Subscripts(10, 0));
-}
-
 TEST_F(Layout, ReachesTenThousandLevelsDown) {
   constexpr int kDepth = 10000;
   OmDimension* const dimension = Add("deep", 0, table.Rows());
@@ -268,6 +252,29 @@ TEST(MultiBase, KeepsItsEdges) {
     EXPECT_DEATH((void)MultiBase({2, 5}).Value(wrong),
                  "MultiBase: Value: Assertion `digit == end && i == size' failed");
   }
+  // One digit at a time, also of places that nothing counts; a base of 0 counts as 1.
+  std::mt19937 random(1);
+  for (int i = 0; i != 1000; ++i) {
+    Digits bases(1 + random() % 5);
+    unsigned long long product = 1;
+    bool fits = true;
+    for (unsigned int& base : bases) {
+      base = static_cast<unsigned int>(1 + random() % (1ULL << random() % 32));
+      fits = !__builtin_mul_overflow(product, base, &product) && fits;
+    }
+    const PlaceDigits single(bases);
+    ASSERT_EQ(single.Fits(), fits);
+    const Place place = (static_cast<Place>(random()) << 32 | random()) >> random() % 64;
+    const Digits digits = MultiBase(bases).Digits(place);
+    Place value = 0;
+    for (unsigned long k = 0; k != bases.size(); ++k) {
+      ASSERT_EQ(single.Digit(place, k), digits[k]);
+      value += digits[k] * single.Weight(k);
+    }
+    ASSERT_EQ(value, MultiBase(bases).Value(digits));
+  }
+  const PlaceDigits empty({4, 0, 3});
+  EXPECT_EQ((Digits{empty.Digit(8, 0), empty.Digit(8, 1), empty.Digit(8, 2)}), (Digits{2, 0, 2}));
   OmIndexProjector projector;
   projector.Set({3, 0});
   Subscripts out{7, 7, 7, 7};

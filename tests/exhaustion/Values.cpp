@@ -243,14 +243,13 @@ struct Numbers : ExhaustionFixture {
   void Digits() {
     const std::vector<unsigned int> bases{3, 4};
     const MultiBase other(bases);
-    unsigned int digits[2];
-    other.Digits(7, digits);
+    const PlaceDigits single(bases);
     OmIndexProjector projector;
     projector.Set({1, 0});
     std::vector<int> out(2);
     projector.Spread(other.Digits(7), out);
-    seen = Fields(ListOf(out), digits[0], digits[1], other.Value(other.Digits(7)), Product(bases),
-                  Product(out));
+    seen = Fields(ListOf(out), single.Digit(7, 0), single.Digit(7, 1), other.Value(other.Digits(7)),
+                  Product(bases), Product(out));
   }
 
   PuppetVector<short> axis{-1};

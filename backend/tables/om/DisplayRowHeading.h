@@ -2,9 +2,8 @@
 // how many columns of labels they need, the nodes whose labels stand there, and the corner above
 // them.
 //
-// Building one costs a walk over the stored cells with skipEmpty, and little without. A row is put
-// together when it is asked for, from labels that are kept by category, so a heading of many rows
-// takes no memory for them. A whole column of labels costs hardly more than its deque.
+// Building one costs a walk over the stored cells with skipEmpty, and little without. Rows are put
+// together when they are asked for. A whole column of labels is far cheaper than every row.
 
 #ifndef BACKEND_TABLES_OM_DISPLAYROWHEADING_H
 #define BACKEND_TABLES_OM_DISPLAYROWHEADING_H

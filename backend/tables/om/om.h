@@ -6,6 +6,7 @@
 
 #include "backend/tables/IndexProjector.h"
 #include "backend/tables/MultiBase.h"
+#include "backend/tables/PlaceDigits.h"
 #include "backend/tables/PuppetVector.h"
 #include "backend/tables/om/CellIterator.h"
 #include "backend/tables/om/CellTextOrder.h"
