@@ -28,8 +28,8 @@ class BareStore {
   // Makes the cell in its place, as the peers do. What copying costs is in the whole table.
   void Set(const Subscripts& at, double value) {
     OmCellStore::Reach(root, at, region)
-        .Exchange(static_cast<unsigned long>(at[0]),
-                  new (&region) OmNumber(value, kDefaultFormat, &region));
+        .Put(static_cast<unsigned long>(at[0]),
+             new (&region) OmNumber(value, kDefaultFormat, &region));
   }
 
  private:

@@ -27,7 +27,7 @@ OmPointerVector& OmCellStore::Reach(OmPointerVector*& root, const std::vector<in
     if (child == nullptr) {
       v->GrowTo(Slot(s));
       child = new (&region) OmPointerVector(&region);
-      v->Exchange(Slot(s), child);
+      v->Put(Slot(s), child);
     }
     v = child;
   }

@@ -164,10 +164,10 @@ void CheckSubscripts(const std::vector<int>& subscripts, unsigned long count) {
 }
 
 // Stores a copy of `cell` in slot `s`, which holds null.
-OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
+inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
                       const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
-  v.Exchange(s, copy);
+  v.Put(s, copy);
   if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
     my.cellsGo = false;
   }
@@ -221,12 +221,13 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
   if (subscripts.size() == my._dimensions.size() && !subscripts.empty()) {
     v = OmCellStore::VectorOf(my.root, subscripts, 0);
   }
-  if (v == nullptr || !v->HasRoom(static_cast<unsigned int>(subscripts[0]))) {
+  if (v != nullptr && v->HasRoom(static_cast<unsigned int>(subscripts[0]))) {
+    v->GrowTo(static_cast<unsigned int>(subscripts[0]));
+  } else {
     v = MakeRoom(my, subscripts);
   }
   my.Changed();
   const auto s = static_cast<unsigned long>(subscripts[0]);
-  v->GrowTo(s);
   if (v->Holds(s)) {
     ReplaceCell(my, *v, s, cell);
   } else if (cell != nullptr) {

@@ -68,7 +68,9 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   // leave; a jump beyond twice the room there is reserves exactly what it needs.
   void GrowTo(unsigned long s);
   void push_back(void* element);
-  // Stores an element in slot `s`, which has to be there, and returns what it held.
+  // Stores an element that is not null in slot `s`, which has to be there and null.
+  void Put(unsigned long s, void* element) noexcept;
+  // Stores an element or null in slot `s`, which has to be there, and returns what it held.
   void* Exchange(unsigned long s, void* element) noexcept;
 
  private:
@@ -137,19 +139,24 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
   last = std::max(last, first + s + 1);
 }
 
+inline void OmPointerVector::Put(unsigned long s, void* element) noexcept {
+  OM_HARDEN(s < size() && !Holds(s) && element != nullptr, "OmPointerVector::Put");
+  Group(s / kGroup) |= 1UL << s % kGroup;
+  ++Count();
+  first[s] = element;
+}
+
 inline void* OmPointerVector::Exchange(unsigned long s, void* element) noexcept {
   OM_HARDEN(s < size(), "OmPointerVector::Exchange");
-  unsigned long& group = Group(s / kGroup);
-  const unsigned long bit = 1UL << s % kGroup;
-  const bool isInUse = (group & bit) != 0;
-  // A slot that is not in use is not read: nobody waits for its memory.
-  void* const old = isInUse ? first[s] : nullptr;
-  if (isInUse != (element != nullptr)) {
-    group ^= bit;
-    Count() += isInUse ? ~0UL : 1UL;
+  // A slot that is null is not read: nobody waits for its memory.
+  void* old = nullptr;
+  if (Holds(s)) {
+    old = std::exchange(first[s], nullptr);
+    Group(s / kGroup) &= ~(1UL << s % kGroup);
+    --Count();
   }
-  if (isInUse || element != nullptr) {
-    first[s] = element;
+  if (element != nullptr) {
+    Put(s, element);
   }
   return old;
 }
