@@ -9,8 +9,8 @@
 static_assert(sizeof(OmNumber) <= 40, "a number fits a region block of 40 bytes");
 
 OmCellText* OmNumber::Clone(OmMemoryRegion* region) const {
-  auto* const copy = new (region) OmNumber(*this, region);
-  return hasMeta() ? copy : Whole(copy);
+  return hasMeta() ? new (region) OmNumber(*this, region)
+                   : Whole(new (region) OmNumber(value, format, region));
 }
 
 unsigned long OmNumber::Kind() const noexcept {

@@ -4,36 +4,6 @@
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTableData.h"
 
-// Entry k of the levels belongs to dimension k: the last one to the root, entry 0 to the bottom
-// vectors.
-struct OmPivotTable::Iterator::Data {
-  struct Level {
-    unsigned long index = 0;          // of the current element, which is the current subscript
-    int size = 0;                     // categories of the dimension when the walk started
-    PointerVector* vector = nullptr;  // on the current path
-  };
-
-  Data() = default;
-  explicit Data(const OmPivotTable::Data& table_);
-  // Copies the place of the walk. Nobody holds the copy yet.
-  Data(const Data& other)
-      : levels(other.levels), cell(other.cell), table(other.table), changes(other.changes) {}
-  Data& operator=(const Data&) = delete;
-
-  // Moves to the next cell, or to the end.
-  void Next();
-  [[nodiscard]] std::vector<int> Index() const;
-
-  static Data* Hold(Data* cursor) noexcept;
-  static void LetGo(Data* cursor) noexcept;
-
-  std::vector<Level> levels;
-  OmCellText* cell = nullptr;                 // null at the end
-  const OmPivotTable::Data* table = nullptr;  // null if there is none
-  unsigned long changes = 0;                  // of the table's cells when the walk started
-  unsigned long holders = 0;                  // iterators that share this cursor
-};
-
 OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
     : levels(table_._dimensions.size()), table(&table_), changes(table_.changes) {
   void* element = levels.empty() ? nullptr : table_.root;
@@ -49,26 +19,29 @@ OmPivotTable::Iterator::Data::Data(const OmPivotTable::Data& table_)
       element = (*level.vector)[index];
     }
   }
+  Stand(element);
+}
+
+// Makes `element`, which the levels lead to, the current cell; null ends the walk.
+void OmPivotTable::Iterator::Data::Stand(void* element) noexcept {
   cell = static_cast<OmCellText*>(element);
+  next = end = nullptr;
+  if (cell != nullptr) {
+    next = levels[0].vector->begin() + levels[0].index + 1;
+    end = levels[0].vector->end();
+  }
 }
 
 // Goes up from a vector that has no further element, and down again through one that has.
-void OmPivotTable::Iterator::Data::Next() {
+void OmPivotTable::Iterator::Data::Advance() {
   if (cell == nullptr) {
     return;
   }
   OM_HARDEN(table->changes == changes, "OmPivotTable::Iterator::operator++");
-  // As a rule the next cell stands beside this one.
-  Level& bottom = levels.front();
-  if (const unsigned long next = bottom.index + 1;
-      next < bottom.vector->size() && bottom.vector->Holds(next)) {
-    bottom.index = next;
-    cell = static_cast<OmCellText*>((*bottom.vector)[next]);
-    return;
-  }
-  cell = nullptr;
   unsigned long k = 0;
-  unsigned long start = levels[0].index + 1;
+  unsigned long start = static_cast<unsigned long>(next - levels[0].vector->begin());
+  levels[0].index = start - 1;
+  void* element = nullptr;
   while (k != levels.size()) {
     Level& level = levels[k];
     const unsigned long index = level.vector->Find(start);
@@ -78,15 +51,15 @@ void OmPivotTable::Iterator::Data::Next() {
       continue;
     }
     level.index = index;
-    void* const element = (*level.vector)[index];
+    element = (*level.vector)[index];
     if (k == 0) {
-      cell = static_cast<OmCellText*>(element);
-      return;
+      break;
     }
     --k;
     levels[k].vector = static_cast<PointerVector*>(element);
     start = 0;
   }
+  Stand(k == 0 ? element : nullptr);
 }
 
 std::vector<int> OmPivotTable::Iterator::Data::Index() const {
@@ -94,6 +67,9 @@ std::vector<int> OmPivotTable::Iterator::Data::Index() const {
   index.reserve(levels.size());
   for (const Level& level : levels) {
     index.push_back(static_cast<int>(level.index));
+  }
+  if (next != nullptr) {
+    index[0] = static_cast<int>(next - levels[0].vector->begin()) - 1;
   }
   return index;
 }
@@ -129,15 +105,6 @@ OmPivotTable::Iterator::~Iterator() {
   Data::LetGo(cursor);
 }
 
-OmCellText* OmPivotTable::Iterator::Cell() const noexcept {
-  return cursor->cell;
-}
-
-OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
-  cursor->Next();
-  return *this;
-}
-
 std::vector<int> OmPivotTable::Iterator::Index() const {
   return cursor->Index();
 }
@@ -161,15 +128,6 @@ OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator=(
 
 OmPivotTable::ConstIterator::~ConstIterator() {
   Iterator::Data::LetGo(cursor);
-}
-
-const OmCellText* OmPivotTable::ConstIterator::Cell() const noexcept {
-  return cursor->cell;
-}
-
-OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {
-  cursor->Next();
-  return *this;
 }
 
 std::vector<int> OmPivotTable::ConstIterator::Index() const {

@@ -44,6 +44,47 @@ class OM_API OmPivotTable::Iterator {
   Data* cursor;
 };
 
+// Entry k of the levels belongs to dimension k: the last one to the root, entry 0 to the bottom
+// vectors.
+struct OM_PRIVATE OmPivotTable::Iterator::Data {
+  struct Level {
+    unsigned long index = 0;          // of the current element, which is the current subscript;
+                                      // in the bottom vector `next` is ahead of it
+    int size = 0;                     // categories of the dimension when the walk started
+    PointerVector* vector = nullptr;  // on the current path
+  };
+
+  Data() = default;
+  explicit Data(const OmPivotTable::Data& table_);
+  // Copies the place of the walk. Nobody holds the copy yet.
+  Data(const Data& other)
+      : levels(other.levels),
+        cell(other.cell),
+        table(other.table),
+        changes(other.changes),
+        next(other.next),
+        end(other.end) {}
+  Data& operator=(const Data&) = delete;
+
+  // Moves to the next cell, which as a rule stands beside this one, or to the end.
+  void Next();
+  OM_API void Advance();
+  void Stand(void* element) noexcept;
+  [[nodiscard]] std::vector<int> Index() const;
+
+  static Data* Hold(Data* cursor) noexcept;
+  static void LetGo(Data* cursor) noexcept;
+
+  std::vector<Level> levels;
+  OmCellText* cell = nullptr;                 // null at the end
+  const OmPivotTable::Data* table = nullptr;  // null if there is none
+  unsigned long changes = 0;                  // of the table's cells when the walk started
+  unsigned long holders = 0;                  // iterators that share this cursor
+  // What follows the current cell in its vector; null at the end of the walk.
+  void* const* next = nullptr;
+  void* const* end = nullptr;
+};
+
 // As Iterator, over the cells of a const table.
 class OM_API OmPivotTable::ConstIterator {
  public:
@@ -60,5 +101,33 @@ class OM_API OmPivotTable::ConstIterator {
  private:
   Iterator::Data* cursor;
 };
+
+inline void OmPivotTable::Iterator::Data::Next() {
+#if !defined(OM_HARDENING) || !OM_HARDENING
+  if (next != end && *next != nullptr) {
+    cell = static_cast<OmCellText*>(*next++);
+    return;
+  }
+#endif
+  Advance();
+}
+
+inline OmCellText* OmPivotTable::Iterator::Cell() const noexcept {
+  return cursor->cell;
+}
+
+inline OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
+  cursor->Next();
+  return *this;
+}
+
+inline const OmCellText* OmPivotTable::ConstIterator::Cell() const noexcept {
+  return cursor->cell;
+}
+
+inline OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {
+  cursor->Next();
+  return *this;
+}
 
 #endif

@@ -33,9 +33,6 @@ class OmCellStore {
   [[nodiscard]] static OmPointerVector* VectorOf(OmPointerVector* root,
                                                  const std::vector<int>& subscripts,
                                                  unsigned long k) noexcept;
-  // Returns the cell at `subscripts`, or null, also if one of them is negative. Makes nothing.
-  [[nodiscard]] static OmCellText* Find(const OmPointerVector* root,
-                                        const std::vector<int>& subscripts) noexcept;
   // Deletes the cell at `subscripts`, and every vector but the root that this leaves empty.
   static void Delete(OmPointerVector* root, const std::vector<int>& subscripts);
   // Puts a new root above `root`, which moves every cell to subscript 0 of one more dimension.
@@ -73,15 +70,6 @@ inline OmPointerVector* OmCellStore::VectorOf(OmPointerVector* root,
     v = static_cast<OmPointerVector*>(v->At(subscripts[i]));
   }
   return v;
-}
-
-inline OmCellText* OmCellStore::Find(const OmPointerVector* root,
-                                     const std::vector<int>& subscripts) noexcept {
-  const void* element = root;
-  for (unsigned long k = subscripts.size(); k-- != 0 && element != nullptr;) {
-    element = static_cast<const OmPointerVector*>(element)->At(subscripts[k]);
-  }
-  return static_cast<OmCellText*>(const_cast<void*>(element));
 }
 
 #endif

@@ -81,7 +81,7 @@ OmPivotTable::Data::~Data() {
 }
 
 OmPivotTable::OmPivotTable(const OmCellText& title_, const OmCellText& templateName, bool hasSplits)
-    : OmOutputPart(title_), _my(new Data(templateName, hasSplits)) {}
+    : OmOutputPart(title_), _my(new Data(templateName, hasSplits)), cells(_my) {}
 
 OmPivotTable::~OmPivotTable() noexcept {
   delete _my;
@@ -240,28 +240,8 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& ce
   return Cell(subscripts, &cell);
 }
 
-namespace {
-
-inline OmCellText* FindCell(const OmPivotTable::Data& my, const std::vector<int>& subscripts) {
-  if (subscripts.size() != my._dimensions.size()) {
-    RefuseSubscripts(subscripts, my._dimensions.size());
-  }
-  OmCellText* const cell = OmCellStore::Find(my.root, subscripts);
-  if (cell == nullptr) {
-    // Where a cell is found no subscript is negative.
-    CheckSubscripts(subscripts, my._dimensions.size());
-  }
-  return cell;
-}
-
-}  // namespace
-
-OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
-  return FindCell(*_my, subscripts);
-}
-
-const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
-  return FindCell(*_my, subscripts);
+void OmPivotTable::Check(const std::vector<int>& subscripts) const {
+  CheckSubscripts(subscripts, _my->_dimensions.size());
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {

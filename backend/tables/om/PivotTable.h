@@ -17,10 +17,10 @@
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
-#include "backend/tables/om/PointerVector.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/OutputPart.h"
+#include "backend/tables/om/PointerVector.h"
 
 class BackendSettings;
 class OmCellProperties;
@@ -252,7 +252,42 @@ class OM_API OmPivotTable : public OmOutputPart {
   friend class OmDisplayLayerHeading;  // walks the store where asking for cell by cell would be
                                        // slow
 
+  // What reading a cell needs of the private record, so that it costs no call.
+  struct OM_PRIVATE Cells {
+    OmMemoryRegion region{false};
+    OmVector<OmDimension*> _dimensions{
+        &region};                   // heap objects, owned; their trees are in `region`
+    PointerVector* root = nullptr;  // of the cell store; null until a cell is set
+  };
+  [[nodiscard]] OmCellText* FindCell(const std::vector<int>& subscripts) const;
+  // Throws OMSException if `subscripts` are not as many as the dimensions, or one is negative.
+  void Check(const std::vector<int>& subscripts) const;
+
   Data* _my;
+  const Cells* cells;  // a part of _my
 };
+
+inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) const {
+  if (subscripts.size() != cells->_dimensions.size()) {
+    Check(subscripts);
+  }
+  void* element = cells->root;
+  for (auto s = subscripts.end(); s != subscripts.begin() && element != nullptr;) {
+    element = static_cast<const PointerVector*>(element)->At(*--s);
+  }
+  if (element == nullptr) {
+    // On the way to a cell no subscript is negative.
+    Check(subscripts);
+  }
+  return static_cast<OmCellText*>(element);
+}
+
+inline OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {
+  return FindCell(subscripts);
+}
+
+inline const OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) const {
+  return FindCell(subscripts);
+}
 
 #endif

@@ -46,7 +46,7 @@ void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t);
 
 // Everything that a table holds. The four titles and all that the store holds are null or live in
 // the region. -1 means not set.
-struct OmPivotTable::Data {
+struct OmPivotTable::Data : OmPivotTable::Cells {
   Data(const OmCellText& templateName_, bool hasSplits_);
   Data(const Data&) = delete;
   Data& operator=(const Data&) = delete;
@@ -66,8 +66,6 @@ struct OmPivotTable::Data {
   // Appends a dimension with all that belongs to it, or leaves the table as it was.
   OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
-  OmMemoryRegion region{false};
-  OmPointerVector* root = nullptr;  // of the cell store; null until a cell is set
   OmCellText* templateName = nullptr;
   OmCellText* cornerText = nullptr;
   OmCellText* caption = nullptr;
@@ -78,8 +76,6 @@ struct OmPivotTable::Data {
   // Whether all cells may go with the region as they stand: then the destructor does not walk the
   // store.
   bool cellsGo = OmCellStore::kCellsGo;
-  OmVector<OmDimension*> _dimensions{
-      &region};  // heap objects, owned; their trees are in the region
   PuppetVector<short> rows{-1};
   PuppetVector<short> columns{-1};
   PuppetVector<short> layers{-1};
