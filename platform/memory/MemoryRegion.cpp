@@ -8,15 +8,23 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "backend/tables/om/Assert.h"
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) && !defined(__SANITIZE_ADDRESS__)
+#define __SANITIZE_ADDRESS__ 1
+#endif
+#endif
 
 static_assert(sizeof(void*) == 8 && sizeof(unsigned long) == 8);
 
 // There are two kinds of blocks. The word in front of either is its tag, with the owner in the
 // upper 48 bits and below it:
 // - of a block that was carved from a chunk: how many units it has, the tag included;
-// - of a block of its own, allocated from the system by itself: 0. A Front stands before it.
+// - of a block of its own, allocated from the system by itself: kOwn. A Front stands before it.
+// The tag of a released block is 0.
 
 struct OmMemoryRegion::Lock {
   std::mutex mutex;
@@ -66,22 +74,43 @@ struct alignas(16) OmMemoryRegion::Front {
 // What stands in a released block of more than kFineUnits. Smaller ones hold the link alone.
 struct OmMemoryRegion::Free {
   void* next;
+  unsigned long units;
   unsigned long isZero;  // whether all that follows is zero
 };
 
 namespace {
 
-// Whether every block is an allocation of its own from the system's heap.
+// Whether every block is an allocation of its own from the system's heap. OM_OWN_BLOCKS is for
+// tests that count allocations: what a region still holds when it is destroyed is then not freed,
+// and so is seen as lost.
 #if defined(OM_OWN_BLOCKS) || (defined(OM_HARDENING) && OM_HARDENING) || \
-    defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    defined(__SANITIZE_ADDRESS__)
 constexpr bool kOwnBlocks = true;
 #else
 constexpr bool kOwnBlocks = false;
 #endif
 
+// Whether a block of its own stays allocated for a while after its release, so that a second
+// release is recognised. A sanitizer does that by itself, and so does who counts allocations.
+#if defined(OM_HARDENING) && OM_HARDENING && !defined(OM_OWN_BLOCKS) && \
+    !defined(__SANITIZE_ADDRESS__)
+constexpr bool kQuarantine = true;
+#else
+constexpr bool kQuarantine = false;
+#endif
+
+// Keeps a released block, and returns the one that was kept longest, or null.
+[[maybe_unused]] void* Quarantine(void* front) {
+  static std::mutex mutex;
+  static std::array<void*, 1024> ring{};
+  static unsigned long next = 0;
+  const std::lock_guard<std::mutex> guard(mutex);
+  return std::exchange(ring[next++ % ring.size()], front);
+}
+
 constexpr unsigned long kTagBytes = 8;
-constexpr unsigned long kMostUnits = 0xffff;
-constexpr unsigned long kReleased = 0xffff;  // the tag of a block of its own that was released
+constexpr unsigned long kMostUnits = 0xfffe;
+constexpr unsigned long kOwn = 0xffff;
 constexpr unsigned long kLargestCarved = kMostUnits * 16 - kTagBytes;
 constexpr unsigned long kNoLimit = ~0UL;
 constexpr unsigned long kLargestBlock = 1UL << 39;
@@ -126,9 +155,9 @@ unsigned long TagFor(const OmMemoryRegion* owner, unsigned long units) {
   return reinterpret_cast<unsigned long>(owner) << 16 | units;
 }
 
-// Returns the bytes of a carved block.
+// Returns the bytes of a carved block that is in use.
 unsigned long SizeOf(void* block) {
-  return (Tag(block) & kMostUnits) * 16 - kTagBytes;
+  return (Tag(block) & kOwn) * 16 - kTagBytes;
 }
 
 OmMemoryRegion* OwnerOf(void* block) {
@@ -150,7 +179,7 @@ void* MapPages(unsigned long bytes) {
 OmMemoryRegion::OmMemoryRegion(bool shared) : OmMemoryRegion(shared ? new Lock : nullptr) {}
 
 OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept : lock(lock_) {
-  static_assert(kUnit == 16 && kFineUnits == 16 && kUnitBits == kMostUnits &&
+  static_assert(kUnit == 16 && kFineUnits == 16 && kUnitBits == kOwn &&
                 ListOf(kMostUnits) + 1 == kLists);
   OM_ASSERT(TagFor(this, 0) >> 16 == reinterpret_cast<unsigned long>(this),
             "the address of a region has at most 48 bits", "platform/memory/MemoryRegion", 0,
@@ -159,9 +188,11 @@ OmMemoryRegion::OmMemoryRegion(Lock* lock_) noexcept : lock(lock_) {
 }
 
 OmMemoryRegion::~OmMemoryRegion() {
+#ifndef OM_OWN_BLOCKS
   while (own != nullptr) {
     ReturnOwn(own);
   }
+#endif
   while (chunks != nullptr) {
     Chunk* const chunk = chunks;
     chunks = chunk->next;
@@ -209,6 +240,8 @@ void* OmMemoryRegion::AllocateZeroed(unsigned long bytes) {
 
 void OmMemoryRegion::ReleaseAny(void* block, bool isZero) noexcept {
   if (block != nullptr) {
+    OM_ASSERT(Tag(block) != 0, "the block is in use", "platform/memory/MemoryRegion", 0,
+              "OmMemoryRegion::Release");
     OwnerOf(block)->Return(block, isZero);
   }
 }
@@ -243,9 +276,11 @@ unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
 
 OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
   Tally tally = used;
-  for (void* block : freeLists) {
-    for (; block != nullptr; block = NextFree(block)) {
-      tally.Subtract(SizeOf(block));
+  for (unsigned long list = 0; list != kLists; ++list) {
+    for (void* block = freeLists[list]; block != nullptr; block = NextFree(block)) {
+      const unsigned long units =
+          list < kFineUnits ? list + 1 : static_cast<const Free*>(block)->units;
+      tally.Subtract(units * kUnit - kTagBytes);
     }
   }
   return tally;
@@ -265,11 +300,13 @@ inline void* OmMemoryRegion::Get(unsigned long units, bool& isZero) {
   if (units <= kFineUnits) {
     if (void* const block = freeLists[units - 1]; block != nullptr) {
       freeLists[units - 1] = NextFree(block);
+      Tag(block) = TagFor(this, units);
       counted += SizeOf(block);
       return block;
     }
   } else if (Free* const free = FindFree(units); free != nullptr) {
     isZero = free->isZero != 0;
+    Tag(free) = TagFor(this, free->units);
     *free = {};
     counted += SizeOf(free);
     return free;
@@ -292,8 +329,8 @@ OmMemoryRegion::Free* OmMemoryRegion::FindFree(unsigned long units) noexcept {
     void** place = &freeLists[list];
     for (; *place != nullptr && looks != 0; --looks) {
       auto* const free = static_cast<Free*>(*place);
-      if ((Tag(free) & kUnitBits) >= units &&
-          (limit == kNoLimit || SizeOf(free) <= limit - counted)) {
+      if (free->units >= units &&
+          (limit == kNoLimit || free->units * kUnit - kTagBytes <= limit - counted)) {
         *place = free->next;
         return free;
       }
@@ -305,17 +342,19 @@ OmMemoryRegion::Free* OmMemoryRegion::FindFree(unsigned long units) noexcept {
 
 inline void OmMemoryRegion::PushFree(void* block, unsigned long units, bool isZero) noexcept {
   void*& list = freeLists[ListOf(units)];
-  NextFree(block) = list;
   if (units > kFineUnits) {
-    static_cast<Free*>(block)->isZero = static_cast<unsigned long>(isZero);
+    *static_cast<Free*>(block) = {list, units, static_cast<unsigned long>(isZero)};
+  } else {
+    NextFree(block) = list;
   }
+  Tag(block) = 0;
   list = block;
 }
 
 void OmMemoryRegion::Return(void* block, bool isZero) noexcept {
   const Guard guard(lock);
   const unsigned long units = Tag(block) & kUnitBits;
-  if (units == 0) {
+  if (units == kOwn) {
     Front* const front = static_cast<Front*>(block) - 1;
     counted -= front->bytes;
     used.Subtract(front->bytes);
@@ -324,12 +363,12 @@ void OmMemoryRegion::Return(void* block, bool isZero) noexcept {
     }
     return;
   }
-  OM_HARDEN(!kOwnBlocks, "OmMemoryRegion::Release");
   counted -= SizeOf(block);
   if (working) {
     PushFree(block, units, isZero);
   } else {
     used.Subtract(SizeOf(block));
+    Tag(block) = 0;
   }
 }
 
@@ -368,7 +407,7 @@ void* OmMemoryRegion::AllocateOwn(unsigned long bytes, bool zeroed) {
   CheckLimit(bytes);
   const unsigned long whole = sizeof(Front) + bytes;
   void* const memory = kOwnBlocks ? ::operator new(whole) : MapPages(RoundUp(whole, kPage));
-  own = new (memory) Front{nullptr, own, bytes, TagFor(this, 0)};
+  own = new (memory) Front{nullptr, own, bytes, TagFor(this, kOwn)};
   if (own->next != nullptr) {
     own->next->previous = own;
   }
@@ -389,11 +428,12 @@ void OmMemoryRegion::ReturnOwn(Front* front) noexcept {
   }
   const unsigned long whole = sizeof(Front) + front->bytes;
   bytesHeld -= whole;
-  if (kOwnBlocks) {
-    // Recognised if it is released twice before somebody else gets the memory.
-    front->tag = TagFor(this, kReleased);
-    ::operator delete(front);
-  } else {
+  front->tag = 0;
+  if (!kOwnBlocks) {
     munmap(front, RoundUp(whole, kPage));
+  } else if (kQuarantine) {
+    ::operator delete(Quarantine(front));
+  } else {
+    ::operator delete(front);
   }
 }

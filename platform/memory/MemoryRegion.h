@@ -33,6 +33,8 @@ class OM_PLATFORM_API OmMemoryRegion {
   [[nodiscard]] void* AllocateZeroed(unsigned long bytes);
 
   // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
+  // Ends the process if the block was released before and is not in use again; of blocks above 1
+  // MiB only the hardened build knows.
   static void Release(void* block) noexcept;
   // As Release, for a block whose bytes are all zero: AllocateZeroed may return it again without
   // writing to it.
@@ -132,6 +134,7 @@ inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
   if (bytes < kFineUnits * kUnit && units <= kFineUnits && plain) {
     if (void* const block = freeLists[units - 1]; block != nullptr) {
       freeLists[units - 1] = *static_cast<void**>(block);
+      static_cast<unsigned long*>(block)[-1] = reinterpret_cast<unsigned long>(this) << 16 | units;
       return block;
     }
     if (units * kUnit <= fine.Bytes()) {
@@ -155,9 +158,9 @@ inline void OmMemoryRegion::Release(void* block) noexcept {
   }
   const unsigned long tag = static_cast<const unsigned long*>(block)[-1];
   auto* const owner = reinterpret_cast<OmMemoryRegion*>(tag >> 16);
-  // A block of its own has no units.
   const unsigned long list = (tag & kUnitBits) - 1;
   if (list < kFineUnits && owner->plain) {
+    static_cast<unsigned long*>(block)[-1] = 0;
     *static_cast<void**>(block) = owner->freeLists[list];
     owner->freeLists[list] = block;
     return;
