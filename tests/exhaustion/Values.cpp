@@ -205,7 +205,7 @@ struct Stores : ExhaustionFixture {
   std::string State() const {
     const std::vector<int> at(static_cast<unsigned long>(levels), 0);
     OmPointerVector* const v = OmCellStore::VectorOf(root, at, 0);
-    return Fields(Show(static_cast<OmCellText*>(v->At(0))), levels);
+    return Fields(Show(static_cast<OmCellText*>(v == nullptr ? nullptr : v->At(0))), levels);
   }
   void Verify() {
     VerifyStore(root, static_cast<unsigned long>(levels));

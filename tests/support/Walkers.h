@@ -67,7 +67,7 @@ inline void Verify(const OmPointerVector& v) {
   for (unsigned long i = 0; i != v.capacity(); ++i) {
     void* const element = v.begin()[i];
     EXPECT_TRUE(i < v.size() || element == nullptr) << i;
-    EXPECT_TRUE(i >= v.size() || v.Holds(i) == (element != nullptr)) << i;
+    EXPECT_TRUE(i >= v.size() || v.IsSet(i) == (element != nullptr)) << i;
     EXPECT_TRUE(element == nullptr || FindNonZero(v, i) == i) << i;
     held += element != nullptr ? 1 : 0;
   }

@@ -228,7 +228,7 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* ce
   }
   my.Changed();
   const auto s = static_cast<unsigned long>(subscripts[0]);
-  if (v->Holds(s)) {
+  if (v->IsSet(s)) {
     ReplaceCell(my, *v, s, cell);
   } else if (cell != nullptr) {
     StoreCell(my, *v, s, *cell);

@@ -55,7 +55,7 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   // Returns the first slot at or after `start` that is not null, or size().
   [[nodiscard]] unsigned long Find(unsigned long start) const noexcept;
   // Returns whether slot `s`, which has to be there, is not null. Does not read the slot.
-  [[nodiscard]] bool Holds(unsigned long s) const noexcept {
+  [[nodiscard]] bool IsSet(unsigned long s) const noexcept {
     return (Group(s / kGroup) >> s % kGroup & 1) != 0;
   }
   // Returns whether every slot is null.
@@ -140,7 +140,7 @@ inline void OmPointerVector::GrowTo(unsigned long s) {
 }
 
 inline void OmPointerVector::Put(unsigned long s, void* element) noexcept {
-  OM_HARDEN(s < size() && !Holds(s) && element != nullptr, "OmPointerVector::Put");
+  OM_HARDEN(s < size() && !IsSet(s) && element != nullptr, "OmPointerVector::Put");
   Group(s / kGroup) |= 1UL << s % kGroup;
   ++Count();
   first[s] = element;
@@ -150,7 +150,7 @@ inline void* OmPointerVector::Exchange(unsigned long s, void* element) noexcept 
   OM_HARDEN(s < size(), "OmPointerVector::Exchange");
   // A slot that is null is not read: nobody waits for its memory.
   void* old = nullptr;
-  if (Holds(s)) {
+  if (IsSet(s)) {
     old = std::exchange(first[s], nullptr);
     Group(s / kGroup) &= ~(1UL << s % kGroup);
     --Count();
