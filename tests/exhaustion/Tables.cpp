@@ -260,7 +260,7 @@ struct Headings : Tables {
     heading.DimAllNodes(1, all);
     return Fields(heading.NRows(), heading.NColumns(), heading.NDimensions(), heading.SkipEmpty(),
                   &heading.Table() == &table, Labels(heading.Row(0)), Labels(heading.Column(0)),
-                  Labels(dims), Labels(cats), Labels(all));
+                  ListOf(heading.LabelDimensions()), Labels(dims), Labels(cats), Labels(all));
   }
   void ReadRows() {
     seen = Read(rows) + Fields(Labels(rows.RowCategories(1)), ListOf(rows.getNonEmptyRows()),

@@ -217,6 +217,11 @@ void CheckHeading(const LayoutModel& model, const OmDisplayLayerHeading& layers,
   ASSERT_EQ(heading.NRows(), places.size());
   ASSERT_EQ(heading.getNonEmptyRows(), places);
   ASSERT_EQ(heading.NColumns(), std::accumulate(widths.begin(), widths.end(), 0UL));
+  std::vector<int> dimensionsOfLabels;
+  for (unsigned long k = 0; k != dims.size(); ++k) {
+    dimensionsOfLabels.insert(dimensionsOfLabels.end(), widths[k], static_cast<int>(k));
+  }
+  ASSERT_EQ(heading.LabelDimensions(), dimensionsOfLabels);
 
   std::vector<Payloads> across(heading.NColumns(), Payloads(places.size()));
   for (unsigned long i = 0; i != places.size(); ++i) {

@@ -58,6 +58,8 @@ class OM_API OmDisplayRowHeading {
 
   // Returns the labels of a row, left to right; null where a dimension shows fewer.
   [[nodiscard]] std::deque<ConstNode*> Row(int r) const;
+  // Returns for each entry of a row the axis dimension that it belongs to.
+  [[nodiscard]] std::vector<int> LabelDimensions() const;
   // Returns the category of each axis dimension, hidden or not.
   [[nodiscard]] std::deque<ConstNode*> RowCategories(int r) const;
   // Returns entry `c` of every row.
