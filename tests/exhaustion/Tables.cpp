@@ -250,7 +250,9 @@ struct Headings : Tables {
     ConstNodes all;
     layers.DimAllNodes(0, all);
     seen = Fields(layers.VisibleWidth(0), layers.getDimensionIndex(0), Labels(all),
-                  Labels(ConstNodes{dim, cat}), Labels(layers.Nodes(0)));
+                  Labels(ConstNodes{dim, cat}), Labels(layers.Nodes(0)), layers.NLayers(),
+                  ListOf(layers.getNonEmptyLayers()),
+                  ListOf(OmDisplayLayerHeading(table, false).getNonEmptyLayers()));
   }
   // What rows and columns have in common.
   template <typename Heading>

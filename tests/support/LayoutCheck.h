@@ -285,6 +285,8 @@ inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers)
   const Places places =
       layers.SkipEmpty() ? model.NonEmpty(dims, others, current) : model.AllPlaces(dims);
   const int n = static_cast<int>(places.size());
+  ASSERT_EQ(layers.NLayers(), places.size());
+  ASSERT_EQ(layers.getNonEmptyLayers(), places);
   ASSERT_EQ(layers.LastLayer(), n != 0);
   ASSERT_FALSE(layers.SwitchLayer(-2) || layers.SwitchLayer(n));
   ASSERT_EQ(layers.getLayer(), n - 1);
