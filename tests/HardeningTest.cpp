@@ -121,8 +121,8 @@ const Row kRows[] = {
          (OmMemoryRegion::Release(o.block), OmMemoryRegion::Release(o.block))),
 };
 
-// How checks begin that no caller can break: they stand behind another check of the table, guard
-// memory that was overwritten, or take more layers than a table can have in a test.
+// How checks begin that no caller can break: they stand behind another check of the table, or
+// guard memory that was overwritten.
 const char* const kBehindOthers[] = {
     "OmPivotTable::FindDimension: dimension->Name()",
     "OmPivotTable::setBackendSettings: dimension->Name()",
@@ -130,7 +130,6 @@ const char* const kBehindOthers[] = {
     "OmCellStore::Verify: root->begin() <=",
     "OmCellStore::Verify: (*root)[i]",
     "OmCellStore::Verify: child->Region()",
-    "OmDisplayLayerHeading::FindNodes: place <=",
 };
 
 // "operation: condition" of every check in the sources.

@@ -250,7 +250,9 @@ struct Headings : Tables {
     ConstNodes all;
     layers.DimAllNodes(0, all);
     seen = Fields(layers.VisibleWidth(0), layers.getDimensionIndex(0), Labels(all),
-                  Labels(ConstNodes{dim, cat}), Labels(layers.Nodes(0)));
+                  Labels(ConstNodes{dim, cat}), Labels(layers.Nodes(0)), layers.NLayers(),
+                  ListOf(layers.getNonEmptyLayers()),
+                  ListOf(OmDisplayLayerHeading(table, false).getNonEmptyLayers()));
   }
   // What rows and columns have in common.
   template <typename Heading>
@@ -260,7 +262,7 @@ struct Headings : Tables {
     heading.DimAllNodes(1, all);
     return Fields(heading.NRows(), heading.NColumns(), heading.NDimensions(), heading.SkipEmpty(),
                   &heading.Table() == &table, Labels(heading.Row(0)), Labels(heading.Column(0)),
-                  Labels(dims), Labels(cats), Labels(all));
+                  ListOf(heading.LabelDimensions()), Labels(dims), Labels(cats), Labels(all));
   }
   void ReadRows() {
     seen = Read(rows) + Fields(Labels(rows.RowCategories(1)), ListOf(rows.getNonEmptyRows()),

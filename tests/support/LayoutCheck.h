@@ -217,6 +217,11 @@ void CheckHeading(const LayoutModel& model, const OmDisplayLayerHeading& layers,
   ASSERT_EQ(heading.NRows(), places.size());
   ASSERT_EQ(heading.getNonEmptyRows(), places);
   ASSERT_EQ(heading.NColumns(), std::accumulate(widths.begin(), widths.end(), 0UL));
+  std::vector<int> dimensionsOfLabels;
+  for (unsigned long k = 0; k != dims.size(); ++k) {
+    dimensionsOfLabels.insert(dimensionsOfLabels.end(), widths[k], static_cast<int>(k));
+  }
+  ASSERT_EQ(heading.LabelDimensions(), dimensionsOfLabels);
 
   std::vector<Payloads> across(heading.NColumns(), Payloads(places.size()));
   for (unsigned long i = 0; i != places.size(); ++i) {
@@ -280,6 +285,8 @@ inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers)
   const Places places =
       layers.SkipEmpty() ? model.NonEmpty(dims, others, current) : model.AllPlaces(dims);
   const int n = static_cast<int>(places.size());
+  ASSERT_EQ(layers.NLayers(), places.size());
+  ASSERT_EQ(layers.getNonEmptyLayers(), places);
   ASSERT_EQ(layers.LastLayer(), n != 0);
   ASSERT_FALSE(layers.SwitchLayer(-2) || layers.SwitchLayer(n));
   ASSERT_EQ(layers.getLayer(), n - 1);

@@ -61,6 +61,10 @@ std::deque<ConstNode*> OmDisplayColumnHeading::Column(int c) const {
   return column;
 }
 
+std::vector<int> OmDisplayColumnHeading::LabelDimensions() const {
+  return data->LabelDimensions();
+}
+
 std::deque<ConstNode*> OmDisplayColumnHeading::ColumnCategories(int c) const {
   std::deque<ConstNode*> column;
   data->GetRowNodeCategories(data->ListedPlaceOf(c), column);

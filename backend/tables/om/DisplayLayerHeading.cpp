@@ -1,7 +1,7 @@
 #include "backend/tables/om/DisplayLayerHeading.h"
 
 #include <algorithm>
-#include <limits>
+#include <numeric>
 #include <utility>
 
 #include "backend/tables/om/Assert.h"
@@ -105,17 +105,12 @@ OmDimHeader* OmDisplayLayerHeading::Data::Header(int d) {
 }
 
 bool OmDisplayLayerHeading::Data::CurrentPlace(unsigned long long& place) const {
-  if (currentLayer < 0) {
+  // A restored number may be that of no layer; a negative one is not below the number of layers.
+  const auto number = static_cast<unsigned long>(currentLayer);
+  if (number >= layerCount) {
     return false;
   }
-  place = static_cast<unsigned long long>(currentLayer);
-  if (skipEmpty) {
-    // A restored number may be beyond the list.
-    if (place >= nonEmptyLayers.size()) {
-      return false;
-    }
-    place = nonEmptyLayers[place];
-  }
+  place = skipEmpty ? nonEmptyLayers[number] : number;
   return true;
 }
 
@@ -136,22 +131,16 @@ void OmDisplayLayerHeading::Data::AppendNodes(Path* path, std::vector<ConstNode*
   }
 }
 
-OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::FindNodes(int place, int layerDim) {
+OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::FindNodes(unsigned long long place,
+                                                                          int layerDim) {
   // Reads may have lengthened layerDims, but never layerHeaders.
   const auto i = static_cast<unsigned long>(layerDim);
-  return i < layerHeaders.size()
-             ? PathAt(static_cast<unsigned long long>(place), placeCalculator, i)
-             : nullptr;
+  return i < layerHeaders.size() ? PathAt(place, placeCalculator, i) : nullptr;
 }
 
 OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::CurrentNodes(int layerDim) {
   unsigned long long place = 0;
-  if (!CurrentPlace(place)) {
-    return nullptr;
-  }
-  OM_HARDEN(place <= static_cast<unsigned long long>(std::numeric_limits<int>::max()),
-            "OmDisplayLayerHeading::FindNodes");
-  return FindNodes(static_cast<int>(place), layerDim);
+  return CurrentPlace(place) ? FindNodes(place, layerDim) : nullptr;
 }
 
 void OmDisplayLayerHeading::Data::Fill(unsigned long long place, const PlaceCalculator& calc,
@@ -224,6 +213,18 @@ int OmDisplayLayerHeading::VisibleWidth(int i) const {
   OM_HARDEN(d >= 0, "OmDisplayLayerHeading::VisibleWidth");
   const OmDimHeader* const header = data->Header(d);
   return header != nullptr ? header->maxVisibleLevels : 0;
+}
+
+unsigned long long OmDisplayLayerHeading::NLayers() const noexcept {
+  return data->layerCount;
+}
+
+const std::vector<unsigned long long>& OmDisplayLayerHeading::getNonEmptyLayers() const {
+  if (!data->skipEmpty && data->nonEmptyLayers.empty()) {
+    data->nonEmptyLayers.resize(static_cast<unsigned long>(data->layerCount));
+    std::iota(data->nonEmptyLayers.begin(), data->nonEmptyLayers.end(), 0ULL);
+  }
+  return data->nonEmptyLayers;
 }
 
 int OmDisplayLayerHeading::getLayer() const noexcept {

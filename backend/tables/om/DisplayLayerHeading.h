@@ -38,7 +38,8 @@ class OM_API OmDisplayLayerHeading {
   struct OM_PRIVATE Data;
 
   // No layer is current afterwards. Throws OMSException where an axis that is read names a
-  // dimension that the table has not.
+  // dimension that the table has not, and where a category has a subscript that is far beyond what
+  // can be meant (OmDimHeader::kLargestSubscript).
   OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty);
   OmDisplayLayerHeading(const OmDisplayLayerHeading&) = delete;
   OmDisplayLayerHeading& operator=(const OmDisplayLayerHeading&) = delete;
@@ -51,7 +52,13 @@ class OM_API OmDisplayLayerHeading {
   // Returns the largest number of label levels of layer dimension `i`, which has to be below
   // NDimensions(). Reads the list as getDimensionIndex does.
   [[nodiscard]] int VisibleWidth(int i) const;
-  // Returns the number of the current layer, or -1.
+  // Returns how many layers are numbered, which may be more than an int counts.
+  [[nodiscard]] unsigned long long NLayers() const noexcept;
+  // Returns the places of the layers; without skipEmpty all of them, a list of 8 bytes a layer that
+  // is made on first use.
+  [[nodiscard]] const std::vector<unsigned long long>& getNonEmptyLayers() const;
+  // Returns the number of the current layer, or -1. A number that was restored may be that of no
+  // layer: then none is current.
   [[nodiscard]] int getLayer() const noexcept;
   [[nodiscard]] std::vector<int> getCurrentCellIndex() const;
   [[nodiscard]] OmPivotTable& Table() const noexcept;
@@ -75,8 +82,9 @@ class OM_API OmDisplayLayerHeading {
   bool SwitchLayer(int n);
   bool NextLayer();
   bool LastLayer();
-  // Takes over the layer number that the table stores, and returns it. getCurrentCellIndex() stays
-  // as it was until the next switch, on purpose; Fill() follows the number at once.
+  // Takes over the layer number that the table stores, and returns it, also where there is no such
+  // layer; then none is current. getCurrentCellIndex() stays as it was until the next switch, on
+  // purpose; Fill() follows the number at once.
   int restoreLayer() const;
 
  private:

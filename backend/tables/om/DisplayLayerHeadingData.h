@@ -83,7 +83,7 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   // Appends the nodes of a path from the root down, unless there is none or it has but one.
   static void AppendNodes(Path* path, std::vector<ConstNode*>& out);
   // Returns the path of the category of layer dimension `layerDim` at a layer place, or null.
-  [[nodiscard]] Path* FindNodes(int place, int layerDim);
+  [[nodiscard]] Path* FindNodes(unsigned long long place, int layerDim);
   // The same in the current layer; null also where none is current.
   [[nodiscard]] Path* CurrentNodes(int layerDim);
   // Turns the digits of a place into subscripts. A digit that no leaf stands at leaves its entry.
@@ -101,7 +101,7 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   OmVector<int> reservedIndices{this};   // stays empty; nothing reads it
   OmVector<int> reservedZeros;           // one 0 per dimension; nothing reads it
   std::vector<OmDimHeader*> layerHeaders;  // of the layer dimensions
-  Places nonEmptyLayers;                   // with skipEmpty, the places behind the layer numbers
+  Places nonEmptyLayers;  // the places behind the layer numbers; without skipEmpty once asked for
   bool isSparse;
   unsigned long long layerCount = 0;
   int currentLayer = -1;            // negative where no layer is current

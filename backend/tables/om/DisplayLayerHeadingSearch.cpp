@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -78,20 +79,23 @@ class PlaceSet {
 
 // What the walk does at one level of the store, which is one dimension.
 struct Level {
-  unsigned long begin = 0;  // the subscripts to follow
+  // For a dimension of the heading: its leaves, those below `leaves` count, and what the position
+  // of one adds to the place, times the position.
+  const OmDimHeader* header = nullptr;
+  unsigned long leaves = 0;
+  Place weight = 0;
+  // The subscripts to follow.
+  unsigned long begin = 0;
   unsigned long end = std::numeric_limits<unsigned long>::max();
-  // For a dimension of the heading the leaves that each subscript below `end` stands for: by
-  // subscript one of them, by leaf the next one, or -1.
-  std::vector<int> first;
-  std::vector<int> next;
-  Place weight = 0;  // what a leaf's position adds to the place, times the position
+  // Leaves that count beside the one in header->leafPositions, by subscript; as a rule none.
+  std::multimap<int, unsigned long> others;
 };
 
 // Adds the places of the cells of a store to a set.
 class StoreWalk {
  public:
   StoreWalk(const std::vector<Level>& levels_, PlaceSet& found_) : levels(levels_), found(found_) {
-    while (lowestHead != levels.size() && levels[lowestHead].first.empty()) {
+    while (lowestHead != levels.size() && levels[lowestHead].header == nullptr) {
       ++lowestHead;
     }
   }
@@ -110,12 +114,18 @@ class StoreWalk {
         return;
       }
       const void* const element = v.begin()[s];
-      if (level.first.empty()) {
+      if (level.header == nullptr) {
         Descend(k, element, place);
         continue;
       }
-      for (int p = level.first[s]; p >= 0; p = level.next[static_cast<unsigned long>(p)]) {
-        Descend(k, element, place + static_cast<Place>(p) * level.weight);
+      // A position of -1 is beyond all leaves.
+      const auto p = static_cast<unsigned long>(level.header->leafPositions[s]);
+      if (p < level.leaves) {
+        Descend(k, element, place + p * level.weight);
+      }
+      const auto [first, last] = level.others.equal_range(static_cast<int>(s));
+      for (auto other = first; other != last; ++other) {
+        Descend(k, element, place + other->second * level.weight);
       }
     }
   }
@@ -195,11 +205,8 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersSparse(
   for (unsigned long k = 0; k != bases.size(); ++k) {
     const auto d = static_cast<unsigned long>(headDims[k]);
     const OmDimHeader& header = *headers[d];
-    Level& level = levels[d];
-    level.first.assign(header.leafPositions.begin(), header.leafPositions.end());
-    level.next.assign(header.nodePaths.size(), -1);
-    level.end = level.first.size();
-    level.weight += calc.Single().Weight(k);
+    const Place weight = levels[d].weight + calc.Single().Weight(k);
+    levels[d] = {&header, header.nodePaths.size(), weight, 0, header.leafPositions.size(), {}};
     inRange = inRange && header.nodePaths.size() <= bases[k];
   }
   // A place that takes more than 64 bits loses what does not fit, as DisplayPosition does.
@@ -246,18 +253,15 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
       continue;
     }
     const OmDimHeader& header = *Header(headDims[k]);
-    Level level;
-    level.first.assign(header.leafPositions.size(), -1);
-    level.next.assign(header.nodePaths.size(), -1);
-    level.end = level.first.size();
-    level.weight = head.Single().Weight(k);
-    for (unsigned long p = std::min<unsigned long>(bases[k], level.next.size()); p-- != 0;) {
-      if (header.leafSubscripts[p] >= 0) {
-        int& leaf = level.first[static_cast<unsigned long>(header.leafSubscripts[p])];
-        level.next[p] = std::exchange(leaf, static_cast<int>(p));
+    Level& level = levels[static_cast<unsigned long>(headDims[k])];
+    const auto leaves = std::min<unsigned long>(bases[k], header.nodePaths.size());
+    level = {&header, leaves, head.Single().Weight(k), 0, header.leafPositions.size(), {}};
+    for (unsigned long p = 0; p != leaves; ++p) {
+      const int s = header.leafSubscripts[p];
+      if (s >= 0 && header.leafPositions[static_cast<unsigned long>(s)] != static_cast<int>(p)) {
+        level.others.emplace(s, p);
       }
     }
-    levels[static_cast<unsigned long>(headDims[k])] = std::move(level);
   }
 
   Places found = FindPlaces(Store(*table), levels, head.Single().Fits() ? head.Size() : kNoLimit);

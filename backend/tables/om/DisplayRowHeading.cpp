@@ -190,6 +190,14 @@ unsigned short OmDisplayRowHeading::Data::VisibleLevels(int k) const {
   return i < levelsPerDim.size() ? levelsPerDim[i] : static_cast<unsigned short>(0);
 }
 
+std::vector<int> OmDisplayRowHeading::Data::LabelDimensions() const {
+  std::vector<int> dimensions;
+  for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
+    dimensions.insert(dimensions.end(), levelsPerDim[k], static_cast<int>(k));
+  }
+  return dimensions;
+}
+
 int OmDisplayRowHeading::Data::DimensionIndex(int k) {
   OM_HARDEN(k >= 0, "OmDisplayRowHeading::Data::DimensionIndex");
   return k < 0 ? -1 : axisDims[static_cast<unsigned long>(k)];
@@ -272,6 +280,10 @@ std::deque<ConstNode*> OmDisplayRowHeading::Row(int r) const {
   std::deque<ConstNode*> row;
   data->GetRowNodes(data->ListedPlaceOf(r), row);
   return row;
+}
+
+std::vector<int> OmDisplayRowHeading::LabelDimensions() const {
+  return data->LabelDimensions();
 }
 
 std::deque<ConstNode*> OmDisplayRowHeading::RowCategories(int r) const {

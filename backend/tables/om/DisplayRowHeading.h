@@ -25,7 +25,10 @@ class OmCellText;
 //
 // The dimension that the table's axis lists first varies fastest, so axis dimension 0 of the
 // heading is the outermost, the axis's last. Each takes VisibleWidth() columns of labels, side by
-// side. A row number is never negative, and with skipEmpty below NRows().
+// side. A row number is never negative, and with skipEmpty below NRows(). Without skipEmpty a
+// number past the last row is taken as a place: no category of the outermost dimension stands
+// there, nor one of a dimension that has none, so that their labels are null and their subscripts
+// stay.
 class OM_API OmDisplayRowHeading {
  public:
   using ConstNode = OmDisplayLayerHeading::ConstNode;
@@ -58,6 +61,8 @@ class OM_API OmDisplayRowHeading {
 
   // Returns the labels of a row, left to right; null where a dimension shows fewer.
   [[nodiscard]] std::deque<ConstNode*> Row(int r) const;
+  // Returns for each entry of a row the axis dimension that it belongs to.
+  [[nodiscard]] std::vector<int> LabelDimensions() const;
   // Returns the category of each axis dimension, hidden or not.
   [[nodiscard]] std::deque<ConstNode*> RowCategories(int r) const;
   // Returns entry `c` of every row.

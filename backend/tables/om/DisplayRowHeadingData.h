@@ -36,6 +36,7 @@ struct OmDisplayRowHeading::Data {
   [[nodiscard]] unsigned long long ListedPlaceOf(int r) const;
   [[nodiscard]] Labels Column(int c) const;
   [[nodiscard]] unsigned short VisibleLevels(int k) const;
+  [[nodiscard]] std::vector<int> LabelDimensions() const;
   [[nodiscard]] int DimensionIndex(int k);
   void DimCatNodes(int r, std::vector<ConstNode*>& dimNodes,
                    std::vector<ConstNode*>& catNodes) const;
