@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <iterator>
 #include <list>
+#include <memory>
+#include <type_traits>
 
 #include "backend/tables/om/Assert.h"
 
@@ -42,6 +44,8 @@ class ListTree {
   explicit ListTree(const T& root) { list.emplace_back(0, root); }
 
   [[nodiscard]] std::list<ListTreeData<T>>& List() noexcept { return list; }
+  // Returns the node of the first entry.
+  [[nodiscard]] Node Root();
 
   // Returns the first place behind `it` whose entry is not deeper than `level`: with the entry's
   // own level, the place just past its subtree. The end is returned as it is.
@@ -101,6 +105,10 @@ class ListTree<T>::Node {
 
   // Appends `value` as the last child and returns its node.
   Node Child(const T& value);
+  // Appends what `value` points to, for a tree that owns its values, as the output tree does. Only
+  // a call that succeeds takes it over: where one fails, `value` is as it was.
+  template <typename Value>
+  requires std::is_convertible_v<Value*, T> Node Child(std::unique_ptr<Value>&& value);
 
  private:
   friend class ListTree<T>;
@@ -114,6 +122,11 @@ class ListTree<T>::Node {
   int level;
   iterator iter;
 };
+
+template <typename T>
+typename ListTree<T>::Node ListTree<T>::Root() {
+  return Node(*this, list.begin());
+}
 
 template <typename T>
 typename ListTree<T>::iterator ListTree<T>::SearchForward(iterator it, int level) {
@@ -202,6 +215,15 @@ typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
   *entry = made;
   tree->list.splice(tree->SearchForward(iter, level), unused, entry);
   return Node(*tree, entry);
+}
+
+template <typename T>
+template <typename Value>
+requires std::is_convertible_v<Value*, T>
+typename ListTree<T>::Node ListTree<T>::Node::Child(std::unique_ptr<Value>&& value) {
+  const Node node = Child(static_cast<T>(value.get()));
+  static_cast<void>(value.release());  // the tree owns it now
+  return node;
 }
 
 #endif
