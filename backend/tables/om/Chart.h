@@ -28,6 +28,7 @@ class OM_API OmChart : public OmOutputPart {
   OmChart(const OmCellText& title, const std::string& localeCodePage, long long chartId);
   ~OmChart() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   // --- The chart's XML, data and image ---------------------------------------------------------

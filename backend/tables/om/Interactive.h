@@ -22,6 +22,7 @@ class OM_API OmInteractive : public OmOutputPart {
                 long long interactiveId);
   ~OmInteractive() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   [[nodiscard]] const std::string& LocaleCodePage() const;

@@ -13,6 +13,7 @@
 #define BACKEND_TABLES_OM_PIVOTTABLE_H
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // Lets nothing out, so that tables can be members and stand in test fixtures.
   ~OmPivotTable() noexcept override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& visitor) override;
 
   // Ends construction: the three axes together have to list as many entries as there are
@@ -162,6 +164,9 @@ class OM_API OmPivotTable : public OmOutputPart {
   // Takes ownership of `format` and deletes the one of the same area. Null is ignored. The same
   // object must not be handed in twice.
   void setAreaFormat(FormatArea* format);
+  // The same. Only a call that succeeds takes the format over: where one fails, `format` is as it
+  // was.
+  void setAreaFormat(std::unique_ptr<FormatArea>&& format);
   // Returns the format of an area, or null; always null for an area above 8.
   [[nodiscard]] FormatArea* getAreaFormat(FormatArea::Area area) const;
 
