@@ -157,9 +157,11 @@ TEST_F(Dimension, HandlesSayWhereTheyStand) {
 }
 
 TEST_F(Dimension, NodesWriteWhatTheyHave) {
+  const OddStream odd;
   testing::internal::CaptureStdout();
   OmDimensionNode(nullptr).Print(0);
   OmDimensionNode node(OmStringCell("x"), 5000000000, false, nullptr);
+  node.ChildIndex().push_back(1234);
   for (const int order : {2, 0, 1}) {
     node.SortOrder(order);
     node.Print(1);
@@ -167,8 +169,9 @@ TEST_F(Dimension, NodesWriteWhatTheyHave) {
   const std::string no = ", Group: no, hide: no, hideLabels: no";
   const std::string x = "  Subscript: 705032704" + no;
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Subscript: -1" + no + "\n" + x + ", Text: x\n" + x + ", Sort: up, Text: x\n" + x +
-                ", Sort: down, Text: x\n");
+            "Subscript: -1" + no + "\n" + x + ", Children: 1234, Text: x\n" + x +
+                ", Sort: up, Children: 1234, Text: x\n" + x +
+                ", Sort: down, Children: 1234, Text: x\n");
 }
 
 TEST_F(Dimension, CountsWhatItShowsAndWantsGroups) {

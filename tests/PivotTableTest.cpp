@@ -353,6 +353,7 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   OmPointerVector bottom(&region);
   bottom.GrowTo(1);
   bottom[1] = table.CornerText();
+  const OddStream odd;
   testing::internal::CaptureStdout();
   table.Print();
   table.PrintCells(&bottom, 0, 0);
