@@ -54,7 +54,7 @@ class ListTree {
   // Makes the children of `n` its following siblings: every descendant moves up one level and stays
   // where it is in the list.
   void Flatten(Node& n);
-  // Removes the entry of `n` alone; its children take its place.
+  // Removes the entry of `n` alone; its children take its place. Afterwards `n` stands at the end.
   void Erase(Node& n);
   // Removes the entry of `n` and its subtree.
   void Prune(const Node& n);
@@ -62,6 +62,8 @@ class ListTree {
  protected:
   // Returns the place that a node stands on.
   [[nodiscard]] static iterator Place(const Node& n) { return n.iter; }
+  // Moves a node whose entry is gone to the end, where a use of it is noticed. It keeps its level.
+  static void Leave(Node& n) { n.iter = n.tree->list.end(); }
 
  private:
   // Entries to come, made several at a time. No copy takes them along.
@@ -155,6 +157,7 @@ void ListTree<T>::Erase(Node& n) {
   Flatten(n);
   if (n.iter != list.end()) {
     list.erase(n.iter);
+    Leave(n);
   }
 }
 
