@@ -41,6 +41,7 @@ class OM_API OmPivotTable : public OmOutputPart {
  public:
   struct OM_PRIVATE Data;
   class OM_PRIVATE ICUHelper;
+  class OM_PRIVATE FootnotePlaces;
   class Iterator;
   class ConstIterator;
   // A vector of one level of the cell store (CellStore.h).
@@ -138,8 +139,14 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // Adds a footnote, or counts another use of the one with the same text unless `alwaysNew`; its
   // marker becomes the one of `note`, also where that is none. Returns the footnote's index. A new
-  // footnote has one use; a negative use count is taken over as it is, on purpose.
+  // footnote has one use; a negative use count is taken over as it is, on purpose. `note` needs a
+  // text. Where a copy fails, a footnote without a text stays in the list.
+  //
+  // Costs about one comparison for each doubling of the list, and one for each text that is of none
+  // of the platform's simple kinds: only such a text knows what it equals. Where `note` has one,
+  // and after the writable list was handed out, it costs a comparison with each footnote.
   int Footnote(const OmFootnote& note, bool alwaysNew);
+  // Reading through a constant table keeps Footnote fast.
   [[nodiscard]] OmVector<OmFootnote>& Footnotes() noexcept;
   [[nodiscard]] const OmVector<OmFootnote>& Footnotes() const noexcept;
   // Tells that the caller dropped footnotes; the table itself never does.
