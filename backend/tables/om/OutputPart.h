@@ -41,7 +41,8 @@ class OM_API OmOutputPart {
   // The same for an item that is only read. Goes through the function above, which changes no item.
   void Accept(ConstVisitor& v) const;
 
-  // The item keeps the ownership. Never null, except after a failed SetTitle.
+  // The item keeps the ownership. Never null, except after a failed SetTitle. In UTF-8, but for
+  // what an item with a code page was made with.
   [[nodiscard]] OmCellText* Title() noexcept { return title; }
   [[nodiscard]] const OmCellText* Title() const noexcept { return title; }
   // Stores a clone of `title`. The old title is deleted first, so `title` must not be the item's

@@ -49,7 +49,8 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
   OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
-  // Lets nothing out, so that tables can be members and stand in test fixtures.
+  // Lets nothing out, so that tables can be members and stand in test fixtures. Where the
+  // destructor of a class derived from this one throws, the process ends.
   ~OmPivotTable() noexcept override;
 
   using OmOutputPart::Accept;
@@ -83,7 +84,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // which is also the subscript of its root. Cells that are stored already move to subscript 0 of
   // the new dimension. Where it fails, the table is as it was.
   OmDimension* AddDimension(const OmCellText& name);
-  // Adds a copy of `dimension`.
+  // Adds a copy of `dimension`, whose root needs a label.
   OmDimension* AddDimension(const OmDimension& dimension);
   // Gives a table without dimensions copies of all of `other`'s. Axes and cells are not copied, the
   // subscripts of the roots are kept, and no tracker is attached, on purpose. Throws OMSException
@@ -168,8 +169,9 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // --- Area formats -----------------------------------------------------------------------------
 
-  // Takes ownership of `format` and deletes the one of the same area. Null is ignored. The same
-  // object must not be handed in twice.
+  // Takes ownership of `format` and deletes the one of the same area; above area 8, where no lookup
+  // finds a format, the old one stays until the table goes. Null is ignored. The same object must
+  // not be handed in twice.
   void setAreaFormat(FormatArea* format);
   // The same. Only a call that succeeds takes the format over: where one fails, `format` is as it
   // was.
@@ -254,7 +256,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // --- Diagnostic dump --------------------------------------------------------------------------
 
   // Writes titles, dimensions, cells and footnotes to the standard output. The table title must be
-  // set.
+  // set: without one, the process ends. Numbers do not depend on the state of the stream.
   void Print() const;
   // Writes the store below `v`, which stands at `depth` (0 is the root) and at `index` in its
   // parent.

@@ -97,7 +97,7 @@ class OmVectorTreeData {
                         unsigned long n) noexcept;
   void DestroyBelow() noexcept;
   [[nodiscard]] bool Holds(const OmVectorTreeData* record) const noexcept;
-  [[nodiscard]] bool IsAbove(const OmVectorTreeData* record) const noexcept;
+  [[nodiscard]] bool IsAbove(const OmVectorTreeData* record) const;
   [[nodiscard]] unsigned long Index(const OmVectorTreeData* child) const noexcept;
   [[nodiscard]] unsigned long Find(const T& data_, unsigned long n) const;
   void MakeRoom(unsigned long n);
@@ -354,18 +354,25 @@ bool OmVectorTreeData<T>::Holds(const OmVectorTreeData* record) const noexcept {
   return children.begin() <= record && record < children.end();
 }
 
-// Whether `record` is this one or lies below it. Searches downwards, for links may be stale.
+// Whether `record` is this one or lies below it. Searches downwards, for links may be stale, and
+// with a stack of its own, for trees may be deep. For checks before anything changes: it takes
+// memory.
 template <typename T>
-bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const noexcept {
-  if (record == this) {
-    return true;
-  }
-  for (const OmVectorTreeData& child : children) {
-    if (child.IsAbove(record)) {
+bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const {
+  std::vector<const OmVectorTreeData*> todo{this};
+  while (record != this && !todo.empty()) {
+    const OmVectorTreeData* const above = todo.back();
+    todo.pop_back();
+    if (above->Holds(record)) {
       return true;
     }
+    for (const OmVectorTreeData& child : above->children) {
+      if (child.Size() != 0) {
+        todo.push_back(&child);
+      }
+    }
   }
-  return false;
+  return record == this;
 }
 
 template <typename T>
