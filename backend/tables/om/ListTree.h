@@ -110,7 +110,12 @@ class ListTree<T>::Node {
   // Appends what `value` points to, for a tree that owns its values, as the output tree does. Only
   // a call that succeeds takes it over: where one fails, `value` is as it was.
   template <typename Value>
-  requires std::is_convertible_v<Value*, T> Node Child(std::unique_ptr<Value>&& value);
+  Node Child(std::unique_ptr<Value>&& value) {
+    static_assert(std::is_convertible_v<Value*, T>, "the tree holds pointers to a base of it");
+    const Node node = Child(static_cast<T>(value.get()));
+    static_cast<void>(value.release());  // the tree owns it now
+    return node;
+  }
 
  private:
   friend class ListTree<T>;
@@ -218,15 +223,6 @@ typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
   *entry = made;
   tree->list.splice(tree->SearchForward(iter, level), unused, entry);
   return Node(*tree, entry);
-}
-
-template <typename T>
-template <typename Value>
-requires std::is_convertible_v<Value*, T>
-typename ListTree<T>::Node ListTree<T>::Node::Child(std::unique_ptr<Value>&& value) {
-  const Node node = Child(static_cast<T>(value.get()));
-  static_cast<void>(value.release());  // the tree owns it now
-  return node;
 }
 
 #endif
