@@ -47,6 +47,23 @@ struct Objects {
     dimension.Parent(&dimension);
     return dimension;
   }
+  // A record whose parent moved when the record before it was deleted, and that nobody relocated.
+  OmDimension::Node& Moved() {
+    dimension.AddNewChild(dimension.AddNewChild(leaf, kText, 2, false), kText, 3, false);
+    dimension.Delete(group);
+    return below = dimension.Root()[0][0];
+  }
+  // An item in two entries.
+  OmOutputTree::Node Twice() {
+    auto* const item = new OmHeading(kText);
+    root.Child(item);
+    return root.Child(item);
+  }
+  OmOutputTree::Node& Pruned() {
+    end = root.Child(nullptr);
+    tree.Prune(end);
+    return end;
+  }
   OmDisplayRowHeading Rows(bool skipEmpty) { return {*layers, skipEmpty, false}; }
 
   OmMemoryRegion region{false};
@@ -89,12 +106,19 @@ const Row kRows[] = {
          o.dimension.OmVectorTree::InsertChild(*o.leaf, o.below, o.dimension.Root(), true),
          o.dimension.insertChild(kText, {&o.leaf, &o.below}),
          o.dimension.insertChild(kText, {&o.leaf, &o.group})),
+    EACH(BROKEN, o.dimension.OmVectorTree::Delete(o.Moved()),
+         o.dimension.OmVectorTree::moveChild(o.Moved(), nullptr, nullptr),
+         o.dimension.swapChildren(o.Moved(), o.leaf), o.dimension.insertChild(kText, {&o.Moved()}),
+         o.dimension.OmVectorTree::removeChild(o.Moved())),
     EACH(BROKEN, (o.projector.Set({0, 1}), o.projector.Spread(std::vector<int>{1}, o.v)),
          (o.projector.Set({9}), o.projector.Spread(std::vector<int>{1}, o.v))),
-    EACH(BROKEN, *o.end, o.end.IsLeaf(), o.end.Begin(), o.end.Child(nullptr), o.tree.Prune(o.end),
-         Amputate(o.root.Child(nullptr).Child(nullptr), &kText, ""), Amputate(o.root, nullptr, ""),
-         o.table.SetTitle(*o.table.Title()), OmChart(kText, "", 1).GetEditable(),
-         o.note.Text(*o.note.Text()), o.bareNote == o.bareNote),
+    EACH(BROKEN, (o.Twice(), o.tree.Prune(o.root)), (o.end = o.Twice(), o.tree.Prune(o.end)),
+         (o.root.Child(&o.table), o.tree.Prune(o.root)), o.tree.Erase(o.Pruned())),
+    EACH(BROKEN, *o.Pruned(), o.end.IsLeaf(), o.end.Begin(), o.end.Child(nullptr),
+         o.tree.Prune(o.end), Amputate(o.root.Child(nullptr).Child(nullptr), &kText, ""),
+         Amputate(o.root, nullptr, ""), o.table.SetTitle(*o.table.Title()),
+         OmChart(kText, "", 1).GetEditable(), o.note.Text(*o.note.Text()),
+         o.bareNote == o.bareNote),
     EACH(BROKEN, o.dimension.getGroupCountsByLevel(o.dimension.Root(), o.counts),
          o.dimension.Child(o.dimension.Root(), kBare),
          o.nameless.AddNewChild(o.nameless.Root(), kText, 0, false),

@@ -250,11 +250,22 @@ TEST_F(PivotTable, FootnotesAgreeWithAListAndSurviveAFailedCopy) {
   EXPECT_THROW(table.Footnote(OmFootnote(&kBrittle, nullptr, nullptr), false), std::runtime_error);
   EXPECT_EQ(table.Footnote(OmFootnote(&kText, &kText, nullptr), false), 1) << "the entry stays";
   // An entry of the list may be handed back, while the list grows.
+  const OmVector<OmFootnote>& notes = std::as_const(table).Footnotes();
   for (int i = 2; i < 20; ++i) {
-    EXPECT_EQ(table.Footnote(table.Footnotes()[1], true), i);
+    EXPECT_EQ(table.Footnote(notes[1], true), i);
   }
-  EXPECT_EQ(table.Footnote(table.Footnotes()[1], false), 1);
-  EXPECT_EQ(Show(table.Footnotes()[1]) + Show(table.Footnotes()[19]), "text|text|2|text|text|1|");
+  EXPECT_EQ(table.Footnote(notes[1], false), 1);
+  EXPECT_EQ(Show(notes[1]) + Show(notes[19]), "text|text|2|text|text|1|");
+}
+
+TEST_F(PivotTable, FootnotesAreFoundAmongMany) {
+  for (const bool again : {false, true}) {
+    for (int i = 0; i < 20000; ++i) {
+      const OmStringCell text(std::to_string(i * 7L % 20000));
+      ASSERT_EQ(table.Footnote(OmFootnote(&text, nullptr, nullptr), false), i);
+    }
+    EXPECT_EQ(std::as_const(table).Footnotes()[9].UseCount(), again ? 2 : 1);
+  }
 }
 
 // Texts with a tracker show with a "~".
@@ -352,6 +363,7 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   OmPointerVector bottom(&region);
   bottom.push_back(nullptr);
   bottom.push_back(table.CornerText());
+  const OddStream odd;
   testing::internal::CaptureStdout();
   table.Print();
   table.PrintCells(&bottom, 0, 0);

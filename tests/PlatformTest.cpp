@@ -13,10 +13,12 @@
 #include <new>
 #include <random>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <tuple>
 #include <vector>
 
+#include "backend/tables/om/Cell.h"
 #include "backend/tables/om/CellTextOrder.h"
 #include "backend/tables/om/Utility.h"
 #include "backend/tables/om/Vector.h"
@@ -233,6 +235,11 @@ TEST(Cells, TellTheirText) {
   const double large = std::ldexp(1, 1000);
   const std::pair<OmCellText*, string> rows[] = {
       {new OmNumber(1234.5), "1234.50"},
+      {new OmNumber(203), "203"},
+      {new OmNumber(-0.0), "0"},
+      {new OmNumber(4503599627370495.5), "4503599627370495.50"},  // the last one with a fraction
+      {new OmNumber(-large), "-" + OmNumber(large, kWhole).Text()},
+      {new OmNumber(203, kDefaultFormat), "203.00"},
       {new OmNumber(2.5, kWhole), "2"},
       {new OmNumber(-0.004), "0.00"},
       {new OmNumber(-0.006), "-0.01"},
@@ -248,7 +255,7 @@ TEST(Cells, TellTheirText) {
       {new OmNumDataValue(1, "", kWhole), "1"},
       {new OmStringDataValue("m", "male"), "male"},
       {new OmStringDataValue("m", ""), "m"},
-      {Compose({S("N = "), new OmNumber(3), nullptr, Compose({S("!")})}), "N = 3.00!"},
+      {Compose({S("N = "), new OmNumber(3), nullptr, Compose({S("!")})}), "N = 3!"},
   };
   for (const auto& [cell, text] : rows) {
     const Cell owner(cell);
@@ -257,6 +264,20 @@ TEST(Cells, TellTheirText) {
     cell->Print(2);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "    " + text);
   }
+}
+
+template <typename Value>
+concept MakesACell = requires(const Value& value) {
+  om::Cell(value);
+};
+
+TEST(Cells, AreMadeInOneShortExpression) {
+  EXPECT_EQ(om::Cell("text").Text() + om::Cell(string("s")).Text() + om::Cell(203).Text() +
+                om::Cell(2.5F).Text() + om::Cell(~0UL >> 11).Text(),
+            "texts2032.509007199254740991");
+  static_assert(MakesACell<char[2]> && MakesACell<std::string_view> && MakesACell<short>);
+  static_assert(!MakesACell<std::nullptr_t> && !MakesACell<char> && !MakesACell<bool> &&
+                !MakesACell<OmStringCell>);
 }
 
 TEST(Cells, AreInOneTotalOrder) {

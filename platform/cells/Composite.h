@@ -27,6 +27,7 @@ class OM_PLATFORM_API OmComposite : public OmCellText {
   [[nodiscard]] short Compare(const OmCellText& other) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
   [[nodiscard]] std::string Text() const override;
+  using OmCellText::Accept;
   void Accept(Visitor& visitor) override;
 
   [[nodiscard]] const OmVectorTree<OmCellText*>& Tree() const noexcept { return tree; }

@@ -214,6 +214,24 @@ TEST(Exhaustion, Tables) {
   READABLE(Tables, f.table.Cell({0, 0, 0, 0}, kCell), f.table.Footnote(f.note, true));
 }
 
+// So many footnotes that they are looked up; nobody has the writable list.
+struct ManyFootnotes : ExhaustionFixture {
+  ManyFootnotes() {
+    for (int i = 0; i != 20; ++i) {
+      const OmStringCell text(std::to_string(i));
+      table.Footnote(OmFootnote(&text, nullptr, nullptr), true);
+    }
+  }
+  std::string State() const { return Show(table.Footnotes()); }
+
+  OmFootnote note{&kTwo, nullptr, nullptr};
+  OmPivotTable table{kCell, kCell, false};
+};
+
+TEST(Exhaustion, ManyFootnotes) {
+  UNCHANGED(ManyFootnotes, f.seen = AsText(f.table.Footnote(f.note, false)));
+}
+
 template <typename Nodes>
 std::string Labels(const Nodes& nodes) {
   std::string labels;

@@ -82,7 +82,7 @@ inline void VerifyStore(const OmPointerVector* v, unsigned long levels) {
 }
 
 // The dimensions are whole and in the table's region.
-inline void Verify(OmPivotTable& table) {
+inline void Verify(const OmPivotTable& table) {
   Verify(table.Footnotes());
   for (int d = 0; d != static_cast<int>(table.NDimensions()); ++d) {
     Verify(*table.Dimension(d));

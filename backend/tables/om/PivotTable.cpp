@@ -278,6 +278,11 @@ void OmPivotTable::setAreaFormat(FormatArea* format) {
   delete old;
 }
 
+void OmPivotTable::setAreaFormat(std::unique_ptr<FormatArea>&& format) {
+  setAreaFormat(format.get());
+  static_cast<void>(format.release());  // the table owns it now
+}
+
 FormatArea* OmPivotTable::getAreaFormat(FormatArea::Area area) const {
   if (area > 8) {
     return nullptr;

@@ -13,6 +13,7 @@
 #define BACKEND_TABLES_OM_PIVOTTABLE_H
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,7 @@ class OM_API OmPivotTable : public OmOutputPart {
  public:
   struct OM_PRIVATE Data;
   class OM_PRIVATE ICUHelper;
+  class OM_PRIVATE FootnotePlaces;
   class Iterator;
   class ConstIterator;
   // A vector of one level of the cell store (PointerVector.h).
@@ -47,9 +49,11 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
   OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
-  // Lets nothing out, so that tables can be members and stand in test fixtures.
+  // Lets nothing out, so that tables can be members and stand in test fixtures. Where the
+  // destructor of a class derived from this one throws, the process ends.
   ~OmPivotTable() noexcept override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& visitor) override;
 
   // Ends construction: the three axes together have to list as many entries as there are
@@ -80,7 +84,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // which is also the subscript of its root. Cells that are stored already move to subscript 0 of
   // the new dimension. Where it fails, the table is as it was.
   OmDimension* AddDimension(const OmCellText& name);
-  // Adds a copy of `dimension`.
+  // Adds a copy of `dimension`, whose root needs a label.
   OmDimension* AddDimension(const OmDimension& dimension);
   // Gives a table without dimensions copies of all of `other`'s. Axes and cells are not copied, the
   // subscripts of the roots are kept, and no tracker is attached, on purpose. Throws OMSException
@@ -136,8 +140,14 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // Adds a footnote, or counts another use of the one with the same text unless `alwaysNew`; its
   // marker becomes the one of `note`, also where that is none. Returns the footnote's index. A new
-  // footnote has one use; a negative use count is taken over as it is, on purpose.
+  // footnote has one use; a negative use count is taken over as it is, on purpose. `note` needs a
+  // text. Where a copy fails, a footnote without a text stays in the list.
+  //
+  // Costs about one comparison for each doubling of the list, and one for each text that is of none
+  // of the platform's simple kinds: only such a text knows what it equals. Where `note` has one,
+  // and after the writable list was handed out, it costs a comparison with each footnote.
   int Footnote(const OmFootnote& note, bool alwaysNew);
+  // Reading through a constant table keeps Footnote fast.
   [[nodiscard]] OmVector<OmFootnote>& Footnotes() noexcept;
   [[nodiscard]] const OmVector<OmFootnote>& Footnotes() const noexcept;
   // Tells that the caller dropped footnotes; the table itself never does.
@@ -159,9 +169,13 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // --- Area formats -----------------------------------------------------------------------------
 
-  // Takes ownership of `format` and deletes the one of the same area. Null is ignored. The same
-  // object must not be handed in twice.
+  // Takes ownership of `format` and deletes the one of the same area; above area 8, where no lookup
+  // finds a format, the old one stays until the table goes. Null is ignored. The same object must
+  // not be handed in twice.
   void setAreaFormat(FormatArea* format);
+  // The same. Only a call that succeeds takes the format over: where one fails, `format` is as it
+  // was.
+  void setAreaFormat(std::unique_ptr<FormatArea>&& format);
   // Returns the format of an area, or null; always null for an area above 8.
   [[nodiscard]] FormatArea* getAreaFormat(FormatArea::Area area) const;
 
@@ -242,7 +256,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // --- Diagnostic dump --------------------------------------------------------------------------
 
   // Writes titles, dimensions, cells and footnotes to the standard output. The table title must be
-  // set.
+  // set: without one, the process ends. Numbers do not depend on the state of the stream.
   void Print() const;
   // Writes the store below `v`, which stands at `depth` (0 is the root) and at `index` in its
   // parent.

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,72 @@ class OmPivotTable::ICUHelper : public OmCellText::Visitor {
   icuTracker* tracker = nullptr;  // not owned
 };
 
+// Gives the standard containers memory from a region.
+template <typename T>
+struct OmRegionAllocator {
+  using value_type = T;
+
+  explicit OmRegionAllocator(OmMemoryRegion* region_) noexcept : region(region_) {}
+  template <typename Other>
+  explicit OmRegionAllocator(const OmRegionAllocator<Other>& other) noexcept
+      : region(other.region) {}
+  [[nodiscard]] T* allocate(unsigned long n) {
+    return static_cast<T*>(region->Allocate(n * sizeof(T)));
+  }
+  void deallocate(T* block, unsigned long) noexcept { OmMemoryRegion::Release(block); }
+  [[nodiscard]] bool operator==(const OmRegionAllocator& other) const noexcept {
+    return region == other.region;
+  }
+
+  OmMemoryRegion* region;
+};
+
+// Where the footnotes of a table stand by their texts, so that looking for one needs no walk over
+// the list. Every answer is that of the walk.
+//
+// Invariant: of the first `known` footnotes, `first` holds the first one of each text of a kind
+// whose comparison is a total order, and `others` all those of other kinds, ascending; those
+// without a text are in neither.
+class OmPivotTable::FootnotePlaces {
+ public:
+  FootnotePlaces(const OmVector<OmFootnote>& list_, OmMemoryRegion* region)
+      : list(list_), first(Before{list_}, Allocator(region)), others(region) {}
+
+  // Returns the position of the first footnote that equals `note`, or the number of footnotes.
+  [[nodiscard]] unsigned long Find(const OmFootnote& note);
+  // Goes back to walks, because texts may change from now on.
+  void GiveUp() noexcept;
+
+ private:
+  using Allocator = OmRegionAllocator<unsigned long>;
+
+  // Orders footnotes by the kinds of their texts, and by the texts within a kind.
+  struct Before {
+    using is_transparent = void;
+    [[nodiscard]] bool operator()(unsigned long a, unsigned long b) const {
+      return Less(*list[a].Text(), *list[b].Text());
+    }
+    [[nodiscard]] bool operator()(unsigned long a, const OmCellText& b) const {
+      return Less(*list[a].Text(), b);
+    }
+    [[nodiscard]] bool operator()(const OmCellText& a, unsigned long b) const {
+      return Less(a, *list[b].Text());
+    }
+    [[nodiscard]] static bool Less(const OmCellText& a, const OmCellText& b);
+
+    const OmVector<OmFootnote>& list;
+  };
+
+  [[nodiscard]] unsigned long Walk(const OmFootnote& note) const;
+  void CatchUp();
+
+  const OmVector<OmFootnote>& list;
+  std::set<unsigned long, Before, Allocator> first;
+  OmVector<unsigned long> others;
+  unsigned long known = 0;
+  bool walks = false;  // for good
+};
+
 // Ties every cell below `n` to the tracker of n's cell, or to `inherited` where `n` holds no cell.
 void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherited = nullptr);
 // Ties every label below `n` to `t`.
@@ -71,6 +138,7 @@ struct OmPivotTable::Data : OmPivotTable::Cells {
   OmCellText* caption = nullptr;
   OmCellText* tableTitle = nullptr;
   OmVector<OmFootnote> footnotes{&region};
+  FootnotePlaces footnotePlaces{footnotes, &region};
   bool removedFootnotes = false;
   bool hasSplits;
   // Whether all cells may go with the region as they stand: then the destructor does not walk the

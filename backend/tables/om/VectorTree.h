@@ -97,7 +97,7 @@ class OmVectorTreeData {
                         unsigned long n) noexcept;
   void DestroyBelow() noexcept;
   [[nodiscard]] bool Holds(const OmVectorTreeData* record) const noexcept;
-  [[nodiscard]] bool IsAbove(const OmVectorTreeData* record) const noexcept;
+  [[nodiscard]] bool IsAbove(const OmVectorTreeData* record) const;
   [[nodiscard]] unsigned long Index(const OmVectorTreeData* child) const noexcept;
   [[nodiscard]] unsigned long Find(const T& data_, unsigned long n) const;
   void MakeRoom(unsigned long n);
@@ -105,6 +105,8 @@ class OmVectorTreeData {
   OmVectorTreeData* Append(Args&&... args);
   OmVectorTreeData* Adopt(OmVectorTreeData* record) noexcept;
   void CloseGap(OmVectorTreeData* gap) noexcept;
+  template <typename Node>
+  void CloseGaps(const std::vector<Node*>& nodes) noexcept;
   void MoveWithin(unsigned long from, unsigned long to) noexcept;
   static OmVectorTreeData* Transfer(OmVectorTreeData* record, OmVectorTreeData* to);
   void Dissolve(unsigned long index);
@@ -140,7 +142,10 @@ class OmVectorTree : public OmVectorTreeData<T> {
   Node Child(const Node& parent_, const T& data_);
   // Destroys a record, which is not the root, with all below it. The records that move into the gap
   // are not relocated on purpose: until the caller relocates the parent, the links of their
-  // children point at their old places. Afterwards `node` is the next sibling.
+  // children point at their old places, and a handle on such a child, also one taken afterwards,
+  // misleads every operation that asks it for its parent. So Relocate(true) comes before the next
+  // change of another record; a hardened build ends the process where it was left out. Afterwards
+  // `node` is the next sibling.
   void Delete(Node& node);
   // Moves a record in front of the first child of before->Parent() that equals *before; without
   // `before` to the end of the children of *newParent, or of its own parent where that is null too.
@@ -150,8 +155,8 @@ class OmVectorTree : public OmVectorTreeData<T> {
   // purpose: each goes in front of the first child of its own parent that equals the sibling after
   // the other record, as a rule to the end. Neither record may lie below the other.
   void swapChildren(Node& a, Node& b);
-  // Adds a leaf in front of `sibling`, or after it where `before` is false; `sibling` may be the
-  // end of the children.
+  // Adds a leaf in front of `sibling`, or after it where `before` is false. Where `sibling` is the
+  // end of the children, both append.
   void InsertChild(const T& data_, Node sibling, Node parent_, bool before);
   // Puts `nodes`, siblings in ascending order, under a new record at the place of the first.
   void InsertChild(const T& data_, std::vector<Node*> nodes);
@@ -349,18 +354,25 @@ bool OmVectorTreeData<T>::Holds(const OmVectorTreeData* record) const noexcept {
   return children.begin() <= record && record < children.end();
 }
 
-// Whether `record` is this one or lies below it. Searches downwards, for links may be stale.
+// Whether `record` is this one or lies below it. Searches downwards, for links may be stale, and
+// with a stack of its own, for trees may be deep. For checks before anything changes: it takes
+// memory.
 template <typename T>
-bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const noexcept {
-  if (record == this) {
-    return true;
-  }
-  for (const OmVectorTreeData& child : children) {
-    if (child.IsAbove(record)) {
+bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const {
+  std::vector<const OmVectorTreeData*> todo{this};
+  while (record != this && !todo.empty()) {
+    const OmVectorTreeData* const above = todo.back();
+    todo.pop_back();
+    if (above->Holds(record)) {
       return true;
     }
+    for (const OmVectorTreeData& child : above->children) {
+      if (child.Size() != 0) {
+        todo.push_back(&child);
+      }
+    }
   }
-  return false;
+  return record == this;
 }
 
 template <typename T>
@@ -421,6 +433,26 @@ void OmVectorTreeData<T>::CloseGap(OmVectorTreeData* gap) noexcept {
   MoveBytes(gap, gap + 1, static_cast<unsigned long>(children.end() - (gap + 1)));
   --children.last;
   for (OmVectorTreeData* child = gap; child != children.end(); ++child) {
+    child->Relocate(false);
+  }
+}
+
+// Drops the places of children whose bytes have left, in ascending order, in one pass: what stands
+// between two gaps moves up by as many places as there are gaps before it.
+template <typename T>
+template <typename Node>
+void OmVectorTreeData<T>::CloseGaps(const std::vector<Node*>& nodes) noexcept {
+  OmVectorTreeData* place = nodes.front()->record;
+  for (unsigned long i = 0; i != nodes.size(); ++i) {
+    const OmVectorTreeData* const from = nodes[i]->record + 1;
+    const OmVectorTreeData* const to =
+        i + 1 != nodes.size() ? nodes[i + 1]->record : children.end();
+    const auto n = static_cast<unsigned long>(to - from);
+    MoveBytes(place, from, n);
+    place += n;
+  }
+  children.last = place;
+  for (OmVectorTreeData* child = nodes.front()->record; child != place; ++child) {
     child->Relocate(false);
   }
 }
@@ -557,6 +589,7 @@ typename OmVectorTree<T>::Node OmVectorTree<T>::Child(const Node& parent_, const
 template <typename T>
 void OmVectorTree<T>::Delete(Node& node) {
   OmVectorTreeData<T>* const above = node.Parent().record;
+  OM_HARDEN(this->IsAbove(above), "OmVectorTree::Delete");  // or else Relocate was left out
   OM_HARDEN(above->Holds(node.record), "OmVectorTree::Delete");
   above->children.erase(node.record);
 }
@@ -570,6 +603,7 @@ void OmVectorTree<T>::moveChild(Node& node, Node* before, Node* newParent) {
   } else if (newParent != nullptr) {
     to = newParent->record;
   }
+  OM_HARDEN(this->IsAbove(from) && this->IsAbove(to), "OmVectorTree::moveChild");
   OM_HARDEN(from->Holds(node.record), "OmVectorTree::moveChild");
   OM_HARDEN(before == nullptr || to->Holds(before->record), "OmVectorTree::moveChild");
   OM_HARDEN(!node.record->IsAbove(to), "OmVectorTree::moveChild");
@@ -599,6 +633,7 @@ template <typename T>
 void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
   OmVectorTreeData<T>* const parentA = a.Parent().record;
   OmVectorTreeData<T>* const parentB = b.Parent().record;
+  OM_HARDEN(this->IsAbove(parentA) && this->IsAbove(parentB), "OmVectorTree::swapChildren");
   OM_HARDEN(parentA->Holds(a.record) && parentB->Holds(b.record), "OmVectorTree::swapChildren");
   if (a == b) {
     return;
@@ -637,7 +672,7 @@ void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
 template <typename T>
 void OmVectorTree<T>::InsertChild(const T& data_, Node sibling, Node parent_, bool before) {
   OmVectorTreeData<T>* const record = parent_.record;
-  if (!before) {
+  if (!before && sibling != parent_.End()) {
     ++sibling;
   }
   const unsigned long last = record->Size();
@@ -654,6 +689,7 @@ void OmVectorTree<T>::InsertChild(const T& data_, std::vector<Node*> nodes) {
     return;
   }
   OmVectorTreeData<T>* const above = nodes.front()->Parent().record;
+  OM_HARDEN(this->IsAbove(above), "OmVectorTree::InsertChild");
   // Everything that can fail comes first.
   typename OmVectorTreeData<T>::Loose group;
   new (&group.record) OmVectorTreeData<T>(data_, above, this->Region());
@@ -666,9 +702,7 @@ void OmVectorTree<T>::InsertChild(const T& data_, std::vector<Node*> nodes) {
     OM_HARDEN(i == 0 || nodes[i - 1]->record < nodes[i]->record, "OmVectorTree::InsertChild");
     group.record.Adopt(nodes[i]->record);
   }
-  for (unsigned long i = nodes.size(); i != 0; --i) {
-    above->CloseGap(nodes[i - 1]->record);
-  }
+  above->CloseGaps(nodes);
   // The gaps leave room for the group.
   const unsigned long last = above->Size();
   above->Adopt(&group.record);
@@ -683,6 +717,7 @@ void OmVectorTree<T>::removeChild(Node& node) {
     return;
   }
   const Node above = node.Parent();
+  OM_HARDEN(this->IsAbove(above.record), "OmVectorTree::removeChild");
   const int index = above.findIdx(*node);
   if (index < 0) {
     return;
