@@ -30,6 +30,12 @@ class OM_API OmDimHeader : public OmRegionManaged {
   // A leaf and all that stands over it, leaf first, root last.
   using Path = OmVector<ConstNode>;
 
+  // Returns the largest subscript, of a dimension with that many leaves, for which leafPositions
+  // has room: 2^28, or four times the number of leaves where that is more.
+  [[nodiscard]] static constexpr unsigned long LargestSubscript(unsigned long leaves) noexcept {
+    return leaves > kLeastLargest / 4 ? 4 * leaves : kLeastLargest;
+  }
+
   OmDimHeader(const OmDimension* dim, OmMemoryRegion* region);
   OmDimHeader(const OmDimHeader&) = delete;
   OmDimHeader& operator=(const OmDimHeader&) = delete;
@@ -47,6 +53,8 @@ class OM_API OmDimHeader : public OmRegionManaged {
   OmVector<int> leafPositions;  // by subscript; -1 where no leaf carries it
 
  private:
+  static constexpr unsigned long kLeastLargest = 1UL << 28;
+
   // A node on the way down, and which of its children comes next.
   struct Step {
     ConstNode node;
