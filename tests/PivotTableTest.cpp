@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <sstream>
 #include <thread>
 
@@ -94,6 +95,11 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
          [&] { (void)table.Cell(negative); });
   expect("CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == 0",
          [&] { table.CopyDimensions(empty); });
+  Subscripts one{1}, behind = negative;
+  expect("NextCell() -- subscripts.size() == NDimensions(), value 1 == 1, value 2 == 2",
+         [&] { (void)table.NextCell(one); });
+  expect("NextCell() -- subscript >= 0, value 1 == 0, value 2 == 0",
+         [&] { (void)table.NextCell(behind); });
   EXPECT_EQ(empty.Cell({}), nullptr);
   EXPECT_THROW(empty.Cell(place, kText), OMSException);
   empty.deleteCell(none);
@@ -108,6 +114,10 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   EXPECT_TRUE(table.IsScratched());
   EXPECT_EQ(table.getNumCells(), 4);
   EXPECT_EQ(Cells(table), "0,0=text");
+  behind = {1 << 30, 0};
+  EXPECT_EQ(table.NextCell(behind), nullptr);
+  behind = {std::numeric_limits<int>::max(), std::numeric_limits<int>::max()};
+  EXPECT_TRUE(table.NextCell(behind) == nullptr && behind.empty());
 }
 
 TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {
@@ -333,6 +343,25 @@ TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
     EXPECT_EQ(Show(unicode.TableTitle()), title->Text() + "~");
   }
   EXPECT_EQ(unicode.getU8Tracker(), unicode.getICUTracker());
+}
+
+TEST_F(PivotTable, TracksTextsAtAnyDepth) {
+  constexpr int kLevels = 300000;
+  OmDimension& dimension = *AddDimension(table, "d", 0);
+  OmDimension::Node group = dimension.Root();
+  OmComposite composite;
+  auto record = composite.Tree().Root();
+  for (int i = 0; i != kLevels; ++i) {
+    group = dimension.AddNewChild(group, kText, ~0UL, true);
+    record = composite.Tree().Child(record, i % 2 == 0 ? new OmStringCell("c") : nullptr);
+  }
+  composite.Tree().Child(record, new OmStringCell("last"));
+  BackendSettings settings;
+  settings.setFastTables(true);
+  table.setBackendSettings(settings);
+  EXPECT_EQ(group->Text()->getICUTracker(), table.getICUTracker());
+  table.setHelper(composite);
+  EXPECT_EQ((*record[0])->getICUTracker(), table.getICUTracker());
 }
 
 TEST_F(PivotTable, AreaFormatsAreOwnedOnePerArea) {
