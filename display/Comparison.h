@@ -38,9 +38,9 @@ struct Difference {
 };
 
 struct CompareOptions {
-  // Two numbers pass for equal where they differ by no more than the larger of `absolute` and
-  // `relative` times the larger of their magnitudes; missing values are equal to each other. Texts
-  // that are the same are equal in any case.
+  // Two cells are equal where their texts are, and where both are numbers that differ by no more
+  // than the larger of `absolute` and `relative` times the larger of their magnitudes; what is left
+  // then is a difference of their formats. Missing values are equal to each other.
   double absolute = 0;
   double relative = 0;
   bool formats = true;    // whether formats are compared
@@ -49,8 +49,11 @@ struct CompareOptions {
   unsigned long most = 10000;
 };
 
-// Returns what differs between what two views show in all their layers, title and dimensions first,
-// cells in the order of the first view. No differences where the list is empty. Throws
+// Returns what differs between what two views show in all their layers: texts, dimensions,
+// categories, area formats, then the cells in the order of the first table's iterators, and those
+// that the second alone has. Nothing differs where the list is empty. Cells of categories that one
+// table lacks are not listed by themselves, and where a dimension is missing, no cells are. Of
+// categories that carry one subscript, the first one's cell is compared. Throws
 // std::invalid_argument where a tolerance is negative or not a number.
 [[nodiscard]] OM_DISPLAY_API std::vector<Difference> Compare(const TableView& first,
                                                              const TableView& second,

@@ -60,7 +60,7 @@ class OM_DISPLAY_API VisibleFootnotes {
 
  private:
   class Collector;
-  explicit VisibleFootnotes(const Collector& collector);
+  explicit VisibleFootnotes(Collector&& collector);
 
   std::vector<VisibleFootnote> list;
   std::vector<int> positions;  // in the list, by index; -1 where a footnote is not in use

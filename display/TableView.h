@@ -144,6 +144,8 @@ struct Location {
 // the view is as it was.
 class OM_DISPLAY_API TableView {
  public:
+  struct Data;
+
   // Stands at the layer that the table stores, or else at the first. Throws std::invalid_argument
   // where an axis names a dimension that the table has not, and std::length_error where an axis has
   // more than 2^63 places.
@@ -180,9 +182,9 @@ class OM_DISPLAY_API TableView {
   // it stores none or this view leaves it out.
   [[nodiscard]] std::optional<Place> TableLayer() const;
   void SwitchLayer(Place layer);
-  // Switches to the layer of these categories; the subscripts of other dimensions are not looked
-  // at. Returns why there is none, or kNone.
-  Absence SwitchLayer(const std::vector<int>& subscripts);
+  // Switches to the layer of these categories; of one subscript per dimension, those of the layer
+  // dimensions count. Returns why there is none, or kNone.
+  Absence SwitchToLayerOf(const std::vector<int>& subscripts);
   // Return false, and change nothing, where there is no such layer.
   bool FirstLayer();
   bool NextLayer();
@@ -202,8 +204,8 @@ class OM_DISPLAY_API TableView {
   // Return the number of columns of row labels, and of rows of column labels.
   [[nodiscard]] unsigned int RowLevels() const noexcept;
   [[nodiscard]] unsigned int ColumnLevels() const noexcept;
-  // Returns the names of the row dimensions where they are shown here, or else the table's corner
-  // text over all columns of row labels. The texts of an empty grid are null.
+  // Returns the names of the row dimensions where they are shown here, or else, where there are
+  // rows, the table's corner text over all columns of row labels.
   [[nodiscard]] std::vector<CornerLabel> Corner() const;
   // Returns the cell, or null.
   [[nodiscard]] OmCellText* Cell(Place row, Place column) const;
@@ -226,8 +228,6 @@ class OM_DISPLAY_API TableView {
   void Read(PlaceRange rows, PlaceRange columns, Window& window) const;
 
  private:
-  struct Data;
-
   std::unique_ptr<Data> _my;
 };
 

@@ -315,6 +315,7 @@ inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers)
 class LayoutPlay {
  public:
   explicit LayoutPlay(Choices& random_) : random(random_) {}
+  virtual ~LayoutPlay() = default;
 
   void Step() {
     OmPivotTable table(text, text, false);
@@ -346,8 +347,13 @@ class LayoutPlay {
       CheckHeading(model, layers, columns, model.columns, model.rows, false);
       ASSERT_FALSE(testing::Test::HasFatalFailure());
     }
+    Look(model);
   }
   void End() {}
+
+ protected:
+  // Looks at the table in further ways, when no heading lives any more.
+  virtual void Look(const LayoutModel&) {}
 
  private:
   int Below(int n) { return random.Below(n); }
