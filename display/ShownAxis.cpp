@@ -44,18 +44,26 @@ void ShownAxis::SetDigits(Site site, Digits& digits) const {
   }
 }
 
-unsigned long ShownAxis::Advance(Site site, Site to, Digits& digits) const {
-  unsigned long changed = dimensions.size();
-  if (to != site + 1) {
-    const Digits before(digits);
-    SetDigits(to, digits);
-    return static_cast<unsigned long>(
-        std::mismatch(digits.begin(), digits.end(), before.begin()).first - digits.begin());
+unsigned long ShownAxis::Advance(Site site, Site to, Digits& digits, unsigned int& old) const {
+  unsigned long k = 0;
+  if (to == site + 1) {
+    k = dimensions.size() - 1;
+    while (digits[k] + 1 == dimensions[k].shown.Leaves().size()) {
+      digits[k--] = 0;
+    }
+    old = digits[k]++;
+    return k;
   }
-  while (changed-- != 0 && ++digits[changed] == dimensions[changed].shown.Leaves().size()) {
-    digits[changed] = 0;
+  Site rest = to;
+  while (rest / dimensions[k].inner == digits[k]) {
+    rest %= dimensions[k++].inner;
   }
-  return changed;
+  old = digits[k];
+  for (unsigned long i = k; i != dimensions.size(); ++i) {
+    digits[i] = static_cast<unsigned int>(rest / dimensions[i].inner);
+    rest %= dimensions[i].inner;
+  }
+  return k;
 }
 
 void ShownAxis::Fill(const Digits& digits, std::vector<int>& subscripts) const {
@@ -129,13 +137,13 @@ class AxisInLayer::Reader {
       if (place == range.first) {
         my.axis->SetDigits(site, digits);
       } else {
-        old = digits;
-        k = my.axis->Advance(before, site, digits);
+        unsigned int old = 0;
+        k = my.axis->Advance(before, site, digits, old);
         base = 0;
         for (unsigned long i = 0; i != k; ++i) {
           base += digits[i] * dimensions[i].inner;
         }
-        ReadDimension(k, dimensions[k].shown.Leaves()[old[k]].label, old[k]);
+        ReadDimension(k, dimensions[k].shown.Leaves()[old].label, old);
         ++k;
       }
       for (; k != dimensions.size(); ++k) {
@@ -289,7 +297,6 @@ class AxisInLayer::Reader {
   Site site = 0;
   Site base = 0;
   Digits digits;
-  Digits old;
   std::vector<unsigned int> chain;
 };
 

@@ -34,8 +34,9 @@ class ShownAxis {
   [[nodiscard]] const std::vector<Dimension>& Dimensions() const noexcept { return dimensions; }
   [[nodiscard]] Site Sites() const noexcept { return sites; }
   void SetDigits(Site site, Digits& digits) const;
-  // Moves from `site` to a later one. Returns the outermost dimension whose digit changed.
-  [[nodiscard]] unsigned long Advance(Site site, Site to, Digits& digits) const;
+  // Moves from `site` to a later one. Returns the outermost dimension whose digit changed, and
+  // gives what that was.
+  [[nodiscard]] unsigned long Advance(Site site, Site to, Digits& digits, unsigned int& old) const;
   // Writes the subscripts of the categories.
   void Fill(const Digits& digits, std::vector<int>& subscripts) const;
   // Returns the site of one category per dimension of the table.

@@ -23,6 +23,7 @@ ShownDimension::ShownDimension(const OmDimension& dimension, bool keepHidden, Ro
   }
   leaves.shrink_to_fit();
   labels.shrink_to_fit();
+  bare.shrink_to_fit();
   for (const LabelNode& blank : labels) {
     if (blank.record == nullptr && blank.parent != kNone) {
       LabelNode& parent = labels[blank.parent];
@@ -88,6 +89,7 @@ void ShownDimension::AddLeaf(const Step& step) {
   const auto leaf = static_cast<unsigned int>(leaves.size());
   unsigned int label = step.label;
   if (!step.own) {
+    bare.push_back({leaf, step.node.level, step.node.record});
     const unsigned int parent = step.label;
     label = leaf == 0 ? kNone : leaves.back().label;
     if (label != kNone && labels[label].record == nullptr && labels[label].parent == parent) {
@@ -98,8 +100,7 @@ void ShownDimension::AddLeaf(const Step& step) {
       label = static_cast<unsigned int>(labels.size() - 1);
     }
   }
-  leaves.push_back(
-      {step.node.record, step.node.level, static_cast<int>(step.node->Subscript()), label});
+  leaves.push_back({static_cast<int>(step.node->Subscript()), label});
 }
 
 void ShownDimension::Index() {
@@ -121,6 +122,17 @@ void ShownDimension::Index() {
   }
   std::sort(hidden.begin(), hidden.end());
   hidden.shrink_to_fit();
+}
+
+ConstNode ShownDimension::Category(unsigned int leaf) const noexcept {
+  const LabelNode& label = labels[leaves[leaf].label];
+  if (label.record != nullptr) {
+    return {label.record, label.depth};
+  }
+  const auto found =
+      std::lower_bound(bare.begin(), bare.end(), leaf,
+                       [](const Bare& other, unsigned int wanted) { return other.leaf < wanted; });
+  return {found->record, found->depth};
 }
 
 std::vector<ConstNode> ShownDimension::LabelsOf(unsigned int leaf) const {

@@ -104,14 +104,15 @@ std::optional<Place> TableView::Data::TableLayer() const {
     if (positions[k] >= header.nodePaths.size() || positions[k] >= sizes[k]) {
       return std::nullopt;
     }
-    const std::vector<ShownDimension::Leaf>& leaves = dimension.shown.Leaves();
-    const auto leaf = std::find_if(leaves.begin(), leaves.end(), [&](const auto& shown) {
-      return shown.record == header.nodePaths[positions[k]][0].record;
-    });
-    if (leaf == leaves.end()) {
+    const auto count = static_cast<unsigned int>(dimension.shown.Leaves().size());
+    unsigned int leaf = 0;
+    while (leaf != count && dimension.shown.Category(leaf) != header.nodePaths[positions[k]][0]) {
+      ++leaf;
+    }
+    if (leaf == count) {
       return std::nullopt;
     }
-    location.layer += static_cast<Site>(leaf - leaves.begin()) * dimension.inner;
+    location.layer += leaf * dimension.inner;
   }
   model->Number(location, true);
   return location ? std::optional(location.layer) : std::nullopt;
