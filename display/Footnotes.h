@@ -59,8 +59,8 @@ class OM_DISPLAY_API VisibleFootnotes {
   [[nodiscard]] static std::string Marker(MarkerStyle style, unsigned int i);
 
  private:
-  class Collector;
-  explicit VisibleFootnotes(Collector&& collector);
+  class OM_PRIVATE Collector;
+  OM_PRIVATE explicit VisibleFootnotes(Collector&& collector);
 
   std::vector<VisibleFootnote> list;
   std::vector<int> positions;  // in the list, by index; -1 where a footnote is not in use

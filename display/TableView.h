@@ -144,7 +144,7 @@ struct Location {
 // the view is as it was.
 class OM_DISPLAY_API TableView {
  public:
-  struct Data;
+  struct OM_PRIVATE Data;
 
   // Stands at the layer that the table stores, or else at the first. Throws std::invalid_argument
   // where an axis names a dimension that the table has not, and std::length_error where an axis has

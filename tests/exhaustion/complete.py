@@ -32,7 +32,7 @@ def symbols(path, kinds, *options):
 def hidden():
     """The names that headers declare in private or protected sections alone."""
     public, others = set(), set()
-    for header in [*ROOT.glob("backend/**/*.h"), *ROOT.glob("platform/**/*.h")]:
+    for header in [header for top in ("backend", "platform", "display") for header in ROOT.glob(f"{top}/**/*.h")]:
         text = re.sub(r".*= delete;", "", header.read_text())
         for body in re.findall(r"^(?:class|struct) .*?^};", text, re.M | re.S):
             for access, section in re.findall(r"^ (\w+):$(.*?)(?=^ \w+:$|^};)", body, re.M | re.S):
