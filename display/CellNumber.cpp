@@ -1,7 +1,6 @@
 #include "display/CellNumber.h"
 
-#include "platform/cells/NumDataValue.h"
-#include "platform/cells/Number.h"
+#include "platform/cells/CellTexts.h"
 
 namespace om {
 

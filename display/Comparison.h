@@ -15,6 +15,7 @@
 
 namespace om {
 
+// One thing that a reader sees differently.
 struct Difference {
   enum class Kind : unsigned char {
     kText,       // the title, the corner text or the caption
@@ -37,6 +38,7 @@ struct Difference {
   std::vector<int> secondSubscripts;
 };
 
+// What passes for equal, and what is looked at.
 struct CompareOptions {
   // Two cells are equal where their texts are, and where both are numbers that differ by no more
   // than the larger of `absolute` and `relative` times the larger of their magnitudes; what is left

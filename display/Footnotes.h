@@ -23,6 +23,7 @@ namespace om {
 // *, †, ‡, §, ‖, ¶, **, ††, …
 enum class MarkerStyle : unsigned char { kLetters, kNumbers, kSymbols };
 
+// A footnote that is in use, with its marker.
 struct VisibleFootnote {
   int index = -1;                    // among the table's footnotes
   const OmCellText* text = nullptr;  // never null in a list
