@@ -318,7 +318,7 @@ class Comparer {
         "row labels", "data",  "caption", "footnotes"};
     for (unsigned int i = 0; i != kTableAreas && options.formats; ++i) {
       const auto area = static_cast<TableArea>(i);
-      for (const Place row : {0, 1}) {
+      for (const Place row : {Place{0}, Place{1}}) {
         const bool compared =
             row == 0 || sides[0].formats.Alternates(area) || sides[1].formats.Alternates(area);
         if (compared) {

@@ -185,12 +185,12 @@ class AxisInLayer::Reader {
 
   void Append(unsigned long k, unsigned int i) {
     const LabelNode& node = dimensions[k].shown.Labels()[i];
-    const unsigned int levels = my.dimensionLevels[k];
-    if (node.level >= levels) {
+    const unsigned int depth = my.dimensionLevels[k];
+    if (node.level >= depth) {
       return;
     }
     PlaceRange extent = ExtentOf(k, node);
-    unsigned int reach = levels - node.level;
+    unsigned int reach = depth - node.level;
     if (node.record != nullptr) {
       const bool reaches = node.below == ShownDimension::Below::kNothing ||
                            (node.below == ShownDimension::Below::kSome && my.list != nullptr &&

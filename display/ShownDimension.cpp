@@ -18,7 +18,6 @@ ShownDimension::ShownDimension(const OmDimension& dimension, bool keepHidden, Ro
     : root(dimension.Root().record) {
   // As in OmDimHeader, which is empty then, whatever the tree holds.
   if (dimension.NumCategories() != 0) {
-    leaves.reserve(dimension.NumCategories());
     Walk(dimension, keepHidden, role);
   }
   leaves.shrink_to_fit();
