@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
+#include <random>
+#include <set>
 #include <stdexcept>
 
 #include "backend/tables/om/FormatArea.h"
@@ -17,6 +20,7 @@ using om::TableView;
 using Strings = std::vector<std::string>;
 
 const OmStringCell kText("text");
+const OmStringCell kNote("note");
 
 class Display : public testing::Test {
  protected:
@@ -54,7 +58,7 @@ std::string Said(Call call) {
 }
 
 TEST_F(Display, HoldsTheTwinOfRandomTables) {
-  Play<view_model::ViewPlay>(1000, 1);
+  Play<view_model::ViewPlay>(400, 1);
 }
 
 TEST_F(Display, ShowsWindowsOfMorePlacesThanAnyMemory) {
@@ -82,7 +86,50 @@ TEST_F(Display, ShowsWindowsOfMorePlacesThanAnyMemory) {
             "An axis of the table has more than 2^63 places.");
 }
 
+TEST_F(Display, ListsManyRowsThatHoldCells) {
+  Add("inner", 1000, table.Rows());
+  Add("outer", 1000, table.Rows());
+  Add("layer", 2, table.Layers());
+  std::set<om::Place> filled[2];
+  std::mt19937 random(1);
+  for (int i = 0; i != 150000; ++i) {
+    const int at[] = {static_cast<int>(random() % 1000), static_cast<int>(random() % 300), i % 2};
+    table.Cell({at[0], at[1], at[2]}, kText);
+    filled[at[2]].insert(static_cast<om::Place>(at[1]) * 1000 + static_cast<om::Place>(at[0]));
+  }
+  TableView view(table, {.skipEmptyRows = true});
+  for (const std::set<om::Place>& rows : filled) {
+    ASSERT_EQ(view.Rows(), rows.size());
+    om::Place row = 0;
+    for (const om::Place place : rows) {
+      const auto at = view.Subscripts(row++, 0);
+      ASSERT_EQ(static_cast<om::Place>(at[1]) * 1000 + static_cast<om::Place>(at[0]), place);
+    }
+    view.NextLayer();
+  }
+}
+
+// Between the two blanks is a label, but not in what is shown; a window begins in the second.
+TEST_F(Display, JoinsBlanksThatNothingShownSeparates) {
+  OmDimension* const row = Add("row", 0, table.Rows());
+  const auto group = row->AddNewChild(row->Root(), OmStringCell("group"), 0, true);
+  for (unsigned long i = 0; i != 4; ++i) {
+    row->AddNewChild(row->Root()[0], kText, i, false)->Hide(i % 2 == 0);
+  }
+  for (const int i : {0, 2, 3}) {
+    table.Cell({i}, kText);
+  }
+  const TableView view(table, {.skipEmptyRows = true, .keepHidden = true});
+  const std::vector<om::Label> labels = view.RowLabels({1, 2});
+  ASSERT_EQ(labels.size(), 2U);
+  EXPECT_EQ(&*labels[0].node, &*group);
+  EXPECT_TRUE(labels[1].IsBlank() && labels[1].before && !labels[1].behind);
+  EXPECT_EQ(std::pair(labels[1].first, labels[1].places), std::pair(om::Place{0}, om::Place{2}));
+}
+
 TEST_F(Display, CountsLayersThatItShows) {
+  table.setLayerLoc(1);
+  EXPECT_EQ(TableView(table).TableLayer(), std::nullopt) << "there is one, number 0";
   OmDimension* const fast = Add("fast", 3, table.Layers());
   Add("slow", 2, table.Layers());
   Add("row", 2, table.Rows());
@@ -323,6 +370,25 @@ TEST(DisplayComparison, TellsWhatAReaderSees) {
   const std::vector<Row> rows = {
       {"", [](Pair&) {}},
       {"0 title: text|new;", [](Pair& pair) { pair.second.SetTableTitle(OmStringCell("new")); }},
+      {"0 corner: |text;4 corner: |note;",
+       [](Pair& pair) {
+         pair.second.CornerText(&kText);
+         for (OmPivotTable* const table : {&pair.first, &pair.second}) {
+           table->Dimension(0)->Root()->Hide(true);
+         }
+         OmCellMetaData meta;
+         meta.Footnotes().push_back(
+             pair.second.Footnote(OmFootnote(&kNote, nullptr, nullptr), true));
+         pair.second.CornerText()->setMeta(meta);
+       }},
+      {"3 Region/Region0 › Year/Year0: 0.00|.;",
+       [](Pair& pair) {
+         const OmNumber missing(std::numeric_limits<double>::quiet_NaN());
+         pair.second.Cell({0, 0}, missing);
+         pair.first.Cell({1, 0}, missing);
+         pair.second.Cell({1, 0}, missing);
+       },
+       {.absolute = 1e300}},
       {"1 Region: rows 1|rows 2;1 Year: columns 1|rows 1;",
        [](Pair& pair) {
          pair.second.Columns().clear();
@@ -381,10 +447,10 @@ TEST(DisplayComparison, TellsWhatAReaderSees) {
        }},
       {"4 Region/Region1: |[x] note;4 Region/Region0 › Year/Year0: |[x] note;",
        [](Pair& pair) {
-         const OmStringCell note("note"), marker("x");
+         const OmStringCell marker("x");
          OmCellMetaData meta;
          meta.Footnotes().push_back(
-             pair.second.Footnote(OmFootnote(&note, &marker, nullptr), true));
+             pair.second.Footnote(OmFootnote(&kNote, &marker, nullptr), true));
          pair.Root(0)[1]->Text()->setMeta(meta);
          pair.second.Cell({0, 0})->setMeta(meta);
        }},
