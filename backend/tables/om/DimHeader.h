@@ -2,7 +2,8 @@
 // in display order, the nodes that stand over each, and the way back from a subscript to a
 // category.
 //
-// Building one costs a path of nodes per category. The nodes point into the dimension, which must
+// Building one costs a path of nodes per category, and 4 bytes for each number up to the largest
+// subscript. The nodes point into the dimension, which must
 // not change while the header lives.
 
 #ifndef BACKEND_TABLES_OM_DIMHEADER_H
@@ -30,6 +31,12 @@ class OM_API OmDimHeader : public OmRegionManaged {
   // A leaf and all that stands over it, leaf first, root last.
   using Path = OmVector<ConstNode>;
 
+  // The largest subscript that every header takes. One of a dimension with more categories than a
+  // quarter of that takes subscripts up to four times their number.
+  static constexpr unsigned long kLargestSubscript = 1UL << 28;
+
+  // Throws OMSException with the subscript and the limit where a category has a subscript above the
+  // limit, or the dimension has room for one: NumCategories() is one more than the largest.
   OmDimHeader(const OmDimension* dim, OmMemoryRegion* region);
   OmDimHeader(const OmDimHeader&) = delete;
   OmDimHeader& operator=(const OmDimHeader&) = delete;
