@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <sstream>
 #include <thread>
 
@@ -94,6 +95,11 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
          [&] { (void)table.Cell(negative); });
   expect("CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == 0",
          [&] { table.CopyDimensions(empty); });
+  Subscripts one{1}, behind = negative;
+  expect("NextCell() -- subscripts.size() == NDimensions(), value 1 == 1, value 2 == 2",
+         [&] { (void)table.NextCell(one); });
+  expect("NextCell() -- subscript >= 0, value 1 == 0, value 2 == 0",
+         [&] { (void)table.NextCell(behind); });
   EXPECT_EQ(empty.Cell({}), nullptr);
   EXPECT_THROW(empty.Cell(place, kText), OMSException);
   empty.deleteCell(none);
@@ -108,6 +114,10 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   EXPECT_TRUE(table.IsScratched());
   EXPECT_EQ(table.getNumCells(), 4);
   EXPECT_EQ(Cells(table), "0,0=text");
+  behind = {1 << 30, 0};
+  EXPECT_EQ(table.NextCell(behind), nullptr);
+  behind = {std::numeric_limits<int>::max(), std::numeric_limits<int>::max()};
+  EXPECT_TRUE(table.NextCell(behind) == nullptr && behind.empty());
 }
 
 TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {

@@ -209,6 +209,24 @@ struct Documents : ExhaustionFixture {
   OmOutputTree tree;
 };
 
+// A table whose dimension is on no axis, at a level that is too deep.
+struct WrongDocuments : Documents {
+  WrongDocuments() {
+    auto* const table = new OmPivotTable(text, text, false);
+    Root().Child(table);
+    tree.List().back().Level() = 7;
+    table->AddDimension(text);
+  }
+  void Contradict() {
+    std::string found;
+    for (const om::Finding& finding : om::Contradictions(tree)) {
+      found += finding.sentence;
+    }
+    seen = found;
+  }
+  void Verify() {}
+};
+
 TEST(Exhaustion, Documents) {
   UNCHANGED(Documents, OmOutputTree(), f.Readers(), f.Item().Child(nullptr),
             f.tree.Prune(Ref(f.Item())), f.tree.Erase(Ref(f.Item())), f.tree.Flatten(Ref(f.Item())),
@@ -217,6 +235,7 @@ TEST(Exhaustion, Documents) {
             f.seen = AsText(OmFootnote(f.note) == f.note), f.note.Marker(&f.text));
   // The old text is gone before the new one is made.
   REPEATABLE(Documents, f.note.Text(OmStringCell("new")));
+  UNCHANGED(WrongDocuments, f.Contradict());
 }
 
 }  // namespace

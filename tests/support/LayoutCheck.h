@@ -316,8 +316,8 @@ class LayoutPlay {
  public:
   explicit LayoutPlay(Choices& random_) : random(random_) {}
 
-  void Step() {
-    OmPivotTable table(text, text, false);
+  // Fills a table without dimensions.
+  void Fill(OmPivotTable& table) {
     const int n = OneIn(30) ? 10 : Below(6);
     const int most = n == 10 ? 3 : OneIn(3) ? 20 : 10;
     PuppetVector<short>* const axes[] = {&table.Rows(), &table.Columns(), &table.Layers()};
@@ -333,7 +333,11 @@ class LayoutPlay {
       }
     }
     table.CornerText(OneIn(2) ? nullptr : &text);
+  }
 
+  void Step() {
+    OmPivotTable table(text, text, false);
+    Fill(table);
     const LayoutModel model(table);
     ASSERT_EQ(IsSparse(table), model.sparse);
     for (const bool skipEmpty : {false, true}) {

@@ -3,6 +3,7 @@
 #include "backend/tables/om/PivotTable.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -43,6 +44,20 @@ void Replace(OmCellText*& held, const OmCellText* text, OmMemoryRegion* region) 
   throw OMSException(
       "OmPivotTable::Cell() -- subscript < 0",
       static_cast<double>(static_cast<unsigned long long>(static_cast<long long>(*negative))), 0);
+}
+
+// Moves `subscripts` behind all that agree with them from dimension `k` on, in the order of the
+// iterators. Returns false where nothing comes behind.
+bool PassBy(std::vector<int>& subscripts, unsigned long k) {
+  while (k != subscripts.size() && subscripts[k] == std::numeric_limits<int>::max()) {
+    ++k;
+  }
+  if (k == subscripts.size()) {
+    return false;
+  }
+  std::fill_n(subscripts.begin(), k, 0);
+  ++subscripts[k];
+  return true;
 }
 
 }  // namespace
@@ -263,6 +278,46 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
     _my->Changed();
     OmCellStore::Delete(_my->root, subscripts, _my->cellsGo ? &_my->postponed : nullptr);
   }
+}
+
+const OmCellText* OmPivotTable::NextCell(std::vector<int>& subscripts) const {
+  const unsigned long n = _my->_dimensions.size();
+  bool more = _my->root != nullptr;
+  if (subscripts.empty()) {
+    subscripts.resize(more ? n : 0, 0);
+  } else if (subscripts.size() != n) {
+    throw OMSException("OmPivotTable::NextCell() -- subscripts.size() == NDimensions()",
+                       static_cast<double>(subscripts.size()), static_cast<double>(n));
+  } else if (OmCellStore::AnyNegative(subscripts)) {
+    throw OMSException("OmPivotTable::NextCell() -- subscript >= 0");
+  } else {
+    more = more && PassBy(subscripts, 0);
+  }
+  // Goes down to the first cell at or behind `subscripts`. Where a vector has nothing more to
+  // offer, it starts again at the root, behind that vector.
+  while (more) {
+    const void* element = _my->root;
+    for (unsigned long k = n; k-- != 0;) {
+      const auto& vector = *static_cast<const PointerVector*>(element);
+      const auto from = static_cast<unsigned long>(subscripts[k]);
+      const unsigned long at = FindNonZero(vector, from);
+      if (at >= vector.size()) {
+        more = PassBy(subscripts, k + 1);
+        element = nullptr;
+        break;
+      }
+      if (at != from) {
+        subscripts[k] = static_cast<int>(at);
+        std::fill_n(subscripts.begin(), k, 0);
+      }
+      element = vector.begin()[at];
+    }
+    if (element != nullptr) {
+      return static_cast<const OmCellText*>(element);
+    }
+  }
+  subscripts.clear();
+  return nullptr;
 }
 
 int OmPivotTable::getNumCells() const noexcept {

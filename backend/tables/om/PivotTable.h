@@ -131,6 +131,12 @@ class OM_API OmPivotTable : public OmOutputPart {
   // Returns an iterator at the first cell (CellIterator.h).
   [[nodiscard]] Iterator FirstCell();
   [[nodiscard]] ConstIterator FirstCell() const;
+  // Moves `subscripts` to the next stored cell in the order of the iterators and returns that cell;
+  // without a next one it returns null and leaves `subscripts` empty. A walk starts with empty
+  // subscripts. Unlike an iterator it finds the cells behind a null that was stored first, and the
+  // table may change between two calls. A call costs about as much as asking for a cell. Throws
+  // OMSException on a wrong number of subscripts, unless there are none, or a negative one.
+  [[nodiscard]] const OmCellText* NextCell(std::vector<int>& subscripts) const;
 
   // --- Footnotes --------------------------------------------------------------------------------
 

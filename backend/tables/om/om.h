@@ -11,6 +11,7 @@
 #include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/CellTextOrder.h"
 #include "backend/tables/om/Chart.h"
+#include "backend/tables/om/Contradictions.h"
 #include "backend/tables/om/Dendrix.h"
 #include "backend/tables/om/DimHeader.h"
 #include "backend/tables/om/Dimension.h"
