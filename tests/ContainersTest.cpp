@@ -17,6 +17,7 @@
 #include "backend/tables/om/Vector.h"
 #include "platform/cells/CellTexts.h"
 #include "platform/cells/StringCell.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Choices.h"
 #include "tests/support/DimensionModel.h"
 #include "tests/support/DocumentModel.h"
@@ -226,6 +227,34 @@ TEST_F(Dimension, DepthNeedsLittleStack) {
   first = copy.Root()[0];
   copy.removeChild(first);
   EXPECT_EQ(copy.Root().Count(), 4u);
+}
+
+TEST_F(Dimension, DepthNeedsNoStack) {
+  constexpr unsigned int kLevels = 300000;
+  Node node = root;
+  for (unsigned int i = 1; i != kLevels; ++i) {
+    node = dimension.AddNewChild(node, OmStringCell("g"), kNone, true);
+  }
+  Add(node, "c");
+  Node last = Add(node, "d");
+  OmDimension copy(dimension, nullptr);
+  Verify(copy);
+  EXPECT_EQ(copy.getMaximumDepth(), kLevels + 1);
+  EXPECT_EQ(copy.getMaxVisibleGroupCount(), 1u);
+  EXPECT_EQ(copy.Counterpart(last)->Text()->Text(), "d");
+  copy.addChild(dimension, nullptr);
+  EXPECT_EQ(copy.getMaximumDepth(), kLevels + 2);
+  dimension.Delete(last);
+  EXPECT_EQ(node.Count(), 1u);
+}
+
+// What its search for the largest subscript takes is taken before anything is changed.
+TEST_F(Dimension, DeletesNothingWhereMemoryRunsOut) {
+  AddPairs("ab");
+  const std::string before = Labels(root);
+  Node first = root[0];
+  EXPECT_TRUE(allocations::FailsAt(0, [&] { dimension.Delete(first); }));
+  EXPECT_EQ(Labels(root), before);
 }
 
 template <typename T>

@@ -335,6 +335,25 @@ TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
   EXPECT_EQ(unicode.getU8Tracker(), unicode.getICUTracker());
 }
 
+TEST_F(PivotTable, TracksTextsAtAnyDepth) {
+  constexpr int kLevels = 300000;
+  OmDimension& dimension = *AddDimension(table, "d", 0);
+  OmDimension::Node group = dimension.Root();
+  OmComposite composite;
+  auto record = composite.Tree().Root();
+  for (int i = 0; i != kLevels; ++i) {
+    group = dimension.AddNewChild(group, kText, ~0UL, true);
+    record = composite.Tree().Child(record, i % 2 == 0 ? new OmStringCell("c") : nullptr);
+  }
+  composite.Tree().Child(record, new OmStringCell("last"));
+  BackendSettings settings;
+  settings.setFastTables(true);
+  table.setBackendSettings(settings);
+  EXPECT_EQ(group->Text()->getICUTracker(), table.getICUTracker());
+  table.setHelper(composite);
+  EXPECT_EQ((*record[0])->getICUTracker(), table.getICUTracker());
+}
+
 TEST_F(PivotTable, AreaFormatsAreOwnedOnePerArea) {
   const auto set = [&](int area, int style) {
     auto* const format = new FormatArea(static_cast<FormatArea::Area>(area));

@@ -355,7 +355,7 @@ TEST(Cells, TakeACloneWholeFromItsRegion) {
 
 TEST(Cells, CopySearchAndDestroyDeepComposites) {
   OmMemoryRegion region(false);
-  constexpr int kLevels = 10000;
+  constexpr int kLevels = 300000;
   OmComposite deep;
   auto node = deep.Tree().Root();
   for (int i = 0; i < kLevels; ++i) {
@@ -373,6 +373,62 @@ TEST(Cells, CopySearchAndDestroyDeepComposites) {
   deep.Tree().Child(node, new OmNumber(2));
   deep.Tree().Child(deep.Tree().Root(), new OmNumber(3));
   EXPECT_EQ(OmUtility::GetFirstNumber(deep)->Value(), 2);
+}
+
+// Each composite holds "a", the one below it and "b".
+TEST(Cells, HoldCompositesInCompositesWithoutStack) {
+  constexpr int kLevels = 100000;
+  OmCellText* inner = S("x");
+  for (int i = 0; i < kLevels; ++i) {
+    auto* const outer = new OmComposite;
+    *outer->Tree().Root() = S("a");
+    outer->Tree().Child(outer->Tree().Root(), inner);
+    outer->Tree().Child(outer->Tree().Root(), S("b"));
+    inner = outer;
+  }
+  const Cell deep(inner);
+  OmMemoryRegion region(false);
+  {
+    const Cell clone(deep->Clone(&region));
+    EXPECT_EQ(clone->Text(), string(kLevels, 'a') + "x" + string(kLevels, 'b'));
+    EXPECT_EQ(clone->Compare(*deep), 0);
+    OmComposite* lowest = static_cast<OmComposite*>(clone.get());
+    while (auto* const below = dynamic_cast<OmComposite*>(*lowest->Tree().Root()[0])) {
+      lowest = below;
+    }
+    lowest->Tree().Child(lowest->Tree().Root(), nullptr);
+    EXPECT_TRUE(clone->Compare(*deep) > 0 && deep->Compare(*clone) < 0);
+  }
+  EXPECT_EQ(region.LiveBlocks(), 0U);
+}
+
+// The text of a composite decides before its parts do, also where parts that are equal have texts
+// of unequal lengths.
+TEST(Cells, CompareCompositesInCompositesByTheirTexts) {
+  const auto make = [](const std::vector<OmCellText*>& parts) {
+    auto composite = std::make_unique<OmComposite>();
+    for (OmCellText* const part : parts) {
+      composite->Tree().Child(composite->Tree().Root(), part);
+    }
+    return composite;
+  };
+  const auto number = [](int decimals) {
+    return new OmNumber(3, Qualtex_Format(Qualtex_Format::kFixed, 8, decimals));
+  };
+  const auto shorter = make({make({S("x")}).release(), S("yz")});
+  const auto longer = make({make({S("xy")}).release(), S("z")});
+  EXPECT_LT(shorter->Compare(*longer), 0);
+  EXPECT_GT(longer->Compare(*shorter), 0);
+  const auto whole = make({number(0), make({S(".00x")}).release()});
+  const auto decimals = make({number(2), make({S("x")}).release()});
+  EXPECT_EQ(whole->Text(), decimals->Text());
+  EXPECT_LT(whole->Compare(*decimals), 0);
+  EXPECT_GT(decimals->Compare(*whole), 0);
+  const auto bare = make({make({}).release(), S("x")});
+  const auto filled = make({make({make({}).release()}).release(), S("x")});
+  EXPECT_LT(bare->Compare(*filled), 0);
+  EXPECT_GT(filled->Compare(*bare), 0);
+  EXPECT_EQ(filled->Compare(*Cell(filled->Clone())), 0);
 }
 
 TEST(Converter, ConvertsOrFails) {

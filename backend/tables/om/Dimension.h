@@ -87,10 +87,8 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   void moveChild(Node& node, Node* target, bool swap);
 
  private:
-  static void CloneNode(OmVectorTree<OmDimensionNode>& tree, Node parent_, const ConstNode& source);
-  static Node CloneRecord(OmVectorTree<OmDimensionNode>& tree, const Node& parent_,
-                          const ConstNode& source);
-  [[nodiscard]] static unsigned int MaxSubscript(const ConstNode& node);
+  void CloneBelow(const ConstNode& source);
+  [[nodiscard]] static unsigned int MaxSubscript(const ConstNode& node, const ConstNode& left);
   Node Append(const Node& parent_, OmDimensionNode& node, unsigned long place);
 
   unsigned int numCategories = 0;

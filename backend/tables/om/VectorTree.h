@@ -5,8 +5,8 @@
 // over an array. A record is moved as bytes whenever its siblings grow or shift; the links from its
 // children to it are mended at once by whoever moved it, with Delete as the one exception.
 // Appending costs amortised one step a sibling; the other changes cost one move of the siblings and
-// one pass over the records below the parent concerned. No operation but copying, printing and
-// Counterpart recurses, and those use a small constant amount of stack a level. The tree promises
+// one pass over the records below the parent concerned. No operation recurses: copying, printing
+// and Counterpart take memory from the ordinary heap instead, and give it back. The tree promises
 // nothing about handles: every change of structure may leave those on the siblings that it touched,
 // and on their children, pointing elsewhere.
 
@@ -70,6 +70,10 @@ class OmVectorTreeData {
   void addChild(const OmVectorTreeData& child, const T* before);
   // Makes the links of the children right, and with `recursive` those of all records below.
   void Relocate(bool recursive) noexcept;
+  // Returns the record that comes next in pre-order below `top`, which is this record or one above
+  // it; null after the last one. Goes by the links up to `top`, and makes those of the children of
+  // this record right.
+  [[nodiscard]] OmVectorTreeData* Next(const OmVectorTreeData* top) noexcept;
 
  private:
   friend class OmVectorTree<T>;
@@ -252,9 +256,14 @@ class OmVectorTree<T>::Handle {
   // Writes the record and all records below it, a line each, in pre-order, to the standard output.
   void Print() const requires requires(const T& data, unsigned int depth) { data.Print(depth); }
   {
-    record->Data().Print(level);
-    for (Handle child = Begin(); child != End(); ++child) {
-      child.Print();
+    std::vector<Handle> todo{*this};
+    while (!todo.empty()) {
+      const Handle node = todo.back();
+      todo.pop_back();
+      node->Print(node.level);
+      for (Handle child = node.End(); child != node.Begin();) {
+        todo.push_back(--child);
+      }
     }
   }
 
@@ -295,17 +304,25 @@ OmVectorTreeData<T>::~OmVectorTreeData() {
 
 // Copies the records below `from` to below `to`, which has none. With `relink` they go to the
 // region of `to` and get right links; otherwise region and link are the originals'. The exact room
-// means that no record moves while those below it are copied. It recurses, so everything large
-// stays out of its frame.
+// means that no record moves while those below it are copied.
 template <typename T>
 void OmVectorTreeData<T>::CopyChildren(const OmVectorTreeData& from, OmVectorTreeData& to,
                                        bool relink) {
-  to.children.reserve(from.Size());
-  for (const OmVectorTreeData& child : from.children) {
-    to.children.Emplace(child.data, relink ? &to : child.parent,
-                        relink ? to.Region() : child.Region());
-    if (child.Size() != 0) {
-      CopyChildren(child, to.children.back(), relink);
+  if (from.Size() == 0) {
+    return;
+  }
+  // Records whose children are still to be copied, with their copies.
+  std::vector<std::pair<const OmVectorTreeData*, OmVectorTreeData*>> todo{{&from, &to}};
+  while (!todo.empty()) {
+    const auto [source, copy] = todo.back();
+    todo.pop_back();
+    copy->children.reserve(source->Size());
+    for (const OmVectorTreeData& child : source->children) {
+      copy->children.Emplace(child.data, relink ? copy : child.parent,
+                             relink ? to.Region() : child.Region());
+      if (child.Size() != 0) {
+        todo.push_back({&child, &copy->children.back()});
+      }
     }
   }
 }
@@ -521,25 +538,22 @@ void OmVectorTreeData<T>::Relocate(bool recursive) noexcept {
   for (OmVectorTreeData& child : children) {
     child.parent = this;
   }
-  if (!recursive) {
-    return;
+  for (OmVectorTreeData* record = recursive ? Next(this) : nullptr; record != nullptr;
+       record = record->Next(this)) {
   }
-  // Pre-order without a stack: the way up goes over links that have just been mended.
+}
+
+template <typename T>
+OmVectorTreeData<T>* OmVectorTreeData<T>::Next(const OmVectorTreeData* top) noexcept {
+  Relocate(false);
+  if (Size() != 0) {
+    return children.begin();
+  }
   OmVectorTreeData* record = this;
-  for (;;) {
-    if (record->Size() != 0) {
-      record = record->children.begin();
-    } else {
-      while (record != this && record + 1 == record->parent->children.end()) {
-        record = record->parent;
-      }
-      if (record == this) {
-        return;
-      }
-      ++record;
-    }
-    record->Relocate(false);
+  while (record != top && record + 1 == record->parent->children.end()) {
+    record = record->parent;
   }
+  return record != top ? record + 1 : nullptr;
 }
 
 template <typename T>
@@ -701,14 +715,19 @@ template <typename T>
 template <typename Record>
 typename OmVectorTree<T>::template Handle<Record> OmVectorTree<T>::Handle<Record>::Counterpart(
     OmVectorTree& other) const requires(!std::is_const_v<Record>) {
-  if (IsRoot()) {
-    return other.Root();
+  std::vector<unsigned long> path;
+  for (Handle node = *this; !node.IsRoot(); node = node.Parent()) {
+    const Handle parent = node.Parent();
+    const auto offset = static_cast<unsigned long>(node.record - parent.record->Children().begin());
+    OM_ASSERT(offset < parent.record->Size(), "0 <= offset && offset < vec.size()",
+              "backend/tables/om/VectorTree", 384, "Counterpart");
+    path.push_back(offset);
   }
-  const Handle parent = Parent();
-  const auto offset = static_cast<unsigned long>(record - parent.record->Children().begin());
-  OM_ASSERT(offset < parent.record->Size(), "0 <= offset && offset < vec.size()",
-            "backend/tables/om/VectorTree", 384, "Counterpart");
-  return parent.Counterpart(other)[offset];
+  Handle found = other.Root();
+  for (auto offset = path.rbegin(); offset != path.rend(); ++offset) {
+    found = found[*offset];
+  }
+  return found;
 }
 
 #endif
