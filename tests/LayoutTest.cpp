@@ -256,32 +256,6 @@ TEST_F(Layout, RefusesSubscriptsThatTakeGigabytes) {
   }
 }
 
-TEST_F(Layout, RefusesSubscriptsThatTakeGigabytes) {
-  OmDimension* const dimension = Add("a", 4, table.Rows());
-  const auto message = [&] { return Message([&] { OmDisplayLayerHeading(table, false); }); };
-  const std::string refused = "OmDimHeader::OmDimHeader() -- subscript <= limit, value 1 == ";
-  for (const auto& [subscript, text] : {std::pair(268435457UL, "2.68435e+08"),
-                                        {500000000UL, "5e+08"},
-                                        {2147483647UL, "2.14748e+09"}}) {
-    dimension->Root()[2]->Subscript(subscript);
-    EXPECT_EQ(message(), refused + text + ", value 2 == 2.68435e+08");
-  }
-  // A deletion makes that the size of the dimension, whatever the categories' subscripts are.
-  dimension->Root()[2]->Subscript(500000000);
-  Node first = dimension->Root()[0];
-  dimension->Delete(first);
-  dimension->Root()[1]->Subscript(0);
-  EXPECT_EQ(message(), refused + "5e+08, value 2 == 2.68435e+08");
-  dimension->Delete(first = dimension->Root()[0]);
-  EXPECT_EQ(dimension->NumCategories(), 4U);
-  for (const unsigned long negative : {~0UL, 2147483648UL, 4294967294UL}) {
-    dimension->Root()[0]->Subscript(negative);  // as an int
-    const OmDimHeader header(dimension, nullptr);
-    EXPECT_EQ(header.leafPositions.size(), 4U);
-    EXPECT_EQ(header.leafSubscripts[0], static_cast<int>(negative));
-  }
-}
-
 TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {
   OmDimension* const dimension = Add("a", 49, table.Rows());
   EXPECT_FALSE(IsSparse(table));

@@ -37,8 +37,11 @@ inspect() {
   local found
   diff <(cd "$1/include/om-1" && find . -type f | sort) \
     <(sed -n 's,^public ,./,p' "$build"/files/om*.txt | sort) || fail "other headers than the public ones"
-  # Debug information aside, which only libraries have.
-  found=$(grep -rlI -e "$source" -e "$build" -e "$work/first" "$1" || true)
+  # Debug information aside, which only libraries have. A path starts where no other one goes on: the sources may be
+  # in a folder as short as /om.
+  local folders
+  folders=$(printf '%s|' "$source" "$build" "$work/first" | sed 's/[.+]/\\&/g')
+  found=$(grep -rlIE "(^|[^[:alnum:]_./-]|-[IL])(${folders%|})([^[:alnum:]_.-]|\$)" "$1" || true)
   [ -z "$found" ] || fail "these files name a folder of the build: $found"
 }
 
