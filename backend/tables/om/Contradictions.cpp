@@ -5,7 +5,6 @@
 #include <limits>
 #include <ostream>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 
 #include "backend/tables/PuppetVector.h"
@@ -444,7 +443,12 @@ std::vector<Finding> Contradictions(const OmDimension& dimension) {
 
 std::vector<Finding> Contradictions(OmOutputTree& document) {
   std::vector<Finding> findings;
-  std::unordered_map<const OmOutputPart*, long> entries;
+  // Every item with its entries, the first one first.
+  std::vector<std::pair<const OmOutputPart*, long>> items;
+  for (ListTreeData<OmOutputPart*>& listed : document.List()) {
+    items.emplace_back(listed.Data(), static_cast<long>(items.size()));
+  }
+  std::sort(items.begin(), items.end());
   long entry = 0;
   long levelBefore = -1;
   for (ListTreeData<OmOutputPart*>& listed : document.List()) {
@@ -466,10 +470,13 @@ std::vector<Finding> Contradictions(OmOutputTree& document) {
       add(Found(Kind::kBesideRoot, "beside the root, where no walk from the root comes"));
     }
     if (item != nullptr) {
-      if (const auto [known, isNew] = entries.try_emplace(item, entry); !isNew) {
+      const long first = std::lower_bound(items.begin(), items.end(),
+                                          std::pair<const OmOutputPart*, long>(item, -1))
+                             ->second;
+      if (first != entry) {
         Finding finding =
-            Found(Kind::kRepeatedItem, "placed already at entry " + std::to_string(known->second));
-        finding.index = known->second;
+            Found(Kind::kRepeatedItem, "placed already at entry " + std::to_string(first));
+        finding.index = first;
         add(std::move(finding));
       } else if (const auto* const table = dynamic_cast<const OmPivotTable*>(item)) {
         for (Finding& finding : Contradictions(*table)) {
