@@ -29,9 +29,12 @@ class OmPointerVector;
 // that hold a cell. The dimension that the table's axis lists first varies fastest, so layer
 // dimension 0 of the heading is the axis's last.
 //
-// The table and its dimensions must not change while the heading lives, except for what is hidden.
-// The headings built from it have to go first. Nodes that are handed out live as long as the layer
-// heading. One thread at a time uses a table and its headings, for const operations too.
+// The cells and the structure of the dimensions must not change while the heading lives. Labels and
+// what is hidden may: they are read when they are asked for. Of a dimension that was edited
+// (OmDimension::Changes) the headings show nothing any more, and leave its subscripts; a hardened
+// build ends the process. The headings built from it have to go first. Nodes that are handed out
+// live as long as the layer heading. One thread at a time uses a table and its headings, for const
+// operations too.
 class OM_API OmDisplayLayerHeading {
  public:
   using ConstNode = OmVectorTree<OmDimensionNode>::ConstNode;
