@@ -322,9 +322,10 @@ inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers)
 class LayoutPlay {
  public:
   explicit LayoutPlay(Choices& random_) : random(random_) {}
+  virtual ~LayoutPlay() = default;
 
-  void Step() {
-    OmPivotTable table(text, text, false);
+  // Fills a table without dimensions.
+  void Fill(OmPivotTable& table) {
     const int n = OneIn(30) ? 10 : Below(6);
     const int most = n == 10 ? 3 : OneIn(3) ? 20 : 10;
     PuppetVector<short>* const axes[] = {&table.Rows(), &table.Columns(), &table.Layers()};
@@ -340,7 +341,11 @@ class LayoutPlay {
       }
     }
     table.CornerText(OneIn(2) ? nullptr : &text);
+  }
 
+  void Step() {
+    OmPivotTable table(text, text, false);
+    Fill(table);
     const LayoutModel model(table);
     ASSERT_EQ(IsSparse(table), model.sparse);
     for (const bool skipEmpty : {false, true}) {
@@ -353,8 +358,13 @@ class LayoutPlay {
       CheckHeading(model, layers, columns, model.columns, model.rows, false);
       ASSERT_FALSE(testing::Test::HasFatalFailure());
     }
+    Look(model);
   }
   void End() {}
+
+ protected:
+  // Looks at the table in further ways, when no heading lives any more.
+  virtual void Look(const LayoutModel&) {}
 
  private:
   int Below(int n) { return random.Below(n); }

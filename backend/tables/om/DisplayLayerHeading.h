@@ -10,7 +10,8 @@
 //   const OmCellText* cell = table.Cell(subscripts);
 //
 // Building one costs a walk over the categories, and over the cells where empty layers are left
-// out.
+// out. It takes memory for each category, for its path to the root, and for each subscript up to
+// the largest of a dimension.
 
 #ifndef BACKEND_TABLES_OM_DISPLAYLAYERHEADING_H
 #define BACKEND_TABLES_OM_DISPLAYLAYERHEADING_H
@@ -29,12 +30,16 @@ class OmPointerVector;
 // that hold a cell. The dimension that the table's axis lists first varies fastest, so layer
 // dimension 0 of the heading is the axis's last.
 //
+// The combinations of the dimensions of an axis are counted in 64 bits; where there are more, the
+// number wraps.
+//
 // The cells and the structure of the dimensions must not change while the heading lives. Labels and
-// what is hidden may: they are read when they are asked for. Of a dimension that was edited
-// (OmDimension::Changes) the headings show nothing any more, and leave its subscripts; a hardened
-// build ends the process. The headings built from it have to go first. Nodes that are handed out
-// live as long as the layer heading. One thread at a time uses a table and its headings, for const
-// operations too.
+// what is hidden may: they are read when they are asked for. How many levels of labels there are is
+// settled when this heading is built, for the row and column headings too: a label that is hidden
+// later leaves its column or row of labels. Of a dimension that was edited (OmDimension::Changes)
+// the headings show nothing any more, and leave its subscripts; a hardened build ends the process.
+// The headings built from it have to go first. Nodes that are handed out live as long as the layer
+// heading. One thread at a time uses a table and its headings, for const operations too.
 class OM_API OmDisplayLayerHeading {
  public:
   using ConstNode = OmVectorTree<OmDimensionNode>::ConstNode;

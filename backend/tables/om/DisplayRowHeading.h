@@ -17,11 +17,11 @@
 
 class OmCellText;
 
-// Built from a layer heading, which has to outlive it. Which rows there are and how wide labels are
-// is settled when it is built: it does not follow later layer switches. What is hidden is asked
-// when labels are. With skipEmpty only rows that hold a cell are numbered: in the layer of the last
-// successful switch where the table is dense, in any layer where it is sparse (IsSparse), on
-// purpose.
+// Built from a layer heading, which has to outlive it. Which rows there are is settled when it is
+// built: it does not follow later layer switches. How wide labels are goes by what was hidden when
+// the layer heading was built. What is hidden is asked when labels are. With skipEmpty only rows
+// that hold a cell are numbered: in the layer of the last successful switch where the table is
+// dense, in any layer where it is sparse (IsSparse), on purpose.
 //
 // The dimension that the table's axis lists first varies fastest, so axis dimension 0 of the
 // heading is the outermost, the axis's last. Each takes VisibleWidth() columns of labels, side by
