@@ -139,7 +139,10 @@ const Row kRows[] = {
     EACH(BROKEN, o.layers->getDimensionIndex(-1), o.layers->VisibleWidth(7), o.Rows(false).Row(-1),
          o.Rows(true).Row(9), o.Rows(false).VisibleWidth(3), o.Rows(false).Column(9),
          OmDisplayColumnHeading(*o.layers, false).getDimensionIndex(-2),
-         CategoryDisplay(nullptr, 1, false), Category(nullptr)),
+         CategoryDisplay(nullptr, 1, false), Category(nullptr),
+         (o.table.Dimension(0)->AddNewChild(o.table.Dimension(0)->Root(), kText, 3, false),
+          o.layers->Nodes(0), o.Rows(false)),
+         (o.table.Dimension(0)->Root()[1]->Subscript(9), o.Rows(false).Row(1))),
     EACH(BROKEN, kText.getMeta()),
 };
 

@@ -299,6 +299,57 @@ TEST_F(Layout, AsksForWhatIsHiddenWithTheLabels) {
   }
 }
 
+// The headings of a dimension and of another one, after each way to edit it.
+TEST_F(Layout, ShowsNothingOfADimensionThatWasEditedSince) {
+  using Edit = void (*)(OmDimension & d, Node * at);
+  const OmStringCell text("new");
+  static const OmDimensionNode node(text, 9, false, nullptr);
+  const Edit edits[] = {
+      [](OmDimension& d, Node*) { d.AddNewChild(d.Root(), *node.Text(), 9, false); },
+      [](OmDimension& d, Node*) { d.Child(d.Root(), node); },
+      [](OmDimension& d, Node* at) { d.Delete(at[0]); },
+      [](OmDimension& d, Node* at) { d.insertCategory(*node.Text(), at[0], d.Root(), true); },
+      [](OmDimension& d, Node* at) {
+        d.insertChild(*node.Text(), {&at[0], &at[1]});
+      },
+      [](OmDimension& d, Node* at) { d.removeChild(at[2]); },
+      [](OmDimension& d, Node* at) { d.moveChild(at[0], nullptr, false); },
+      [](OmDimension& d, Node* at) { d.moveChild(at[1], &at[0], false); },
+      [](OmDimension& d, Node* at) { d.moveChild(at[0], &at[1], true); },
+      [](OmDimension& d, Node* at) { d.swapChildren(at[0], at[1]); },
+      [](OmDimension& d, Node* at) { d.InsertChild(node, at[0], d.Root(), false); },
+      [](OmDimension& d, Node* at) { d.InsertChild(node, {&at[0]}); },
+  };
+  for (const Edit edit : edits) {
+    OmPivotTable edited(text, text, false);
+    OmDimension* const d = AddDimension(edited, "a", 2);
+    d->AddNewChild(d->AddNewChild(d->Root(), text, 0, true), text, 2, false);
+    AddDimension(edited, "b", 2);
+    edited.Rows().push_back(0);
+    edited.Rows().push_back(1);
+    OmDisplayLayerHeading layers(edited, false);
+    const OmDisplayRowHeading rows(layers, false, false);
+    Node at[] = {d->Root()[0], d->Root()[1], d->Root()[2]};
+    at[0]->Hide(true);  // is no structure
+    EXPECT_EQ(rows.Row(3)[3], nullptr);
+    const unsigned long changes = d->Changes();
+    edit(*d, at);
+    EXPECT_GT(d->Changes(), changes);
+#if OM_HARDENING
+    EXPECT_DEATH((void)rows.Row(4), "Data::Header: Assertion `.*IsCurrent");
+#else
+    EXPECT_EQ(PayloadsOf(rows.Row(4)),
+              (Payloads{&*edited.Dimension(1)->Root(), &*edited.Dimension(1)->Root()[1], nullptr,
+                        nullptr, nullptr}));
+    EXPECT_EQ(rows.Column(3), std::deque<ConstNode*>(rows.NRows()));
+    Subscripts subscripts(2, 7);
+    rows.Fill(subscripts, 4);
+    EXPECT_EQ(subscripts, (Subscripts{7, 1}));
+    EXPECT_EQ(OmDisplayRowHeading(layers, false, true).VisibleWidth(1), 0);
+#endif
+  }
+}
+
 TEST_F(Layout, ReadsATableThatGrewMeanwhileWithoutItsNewDimension) {
   Add("a", 2, table.Rows());
   OmDisplayLayerHeading layers(table, false);

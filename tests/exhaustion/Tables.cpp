@@ -66,6 +66,9 @@ TEST(Exhaustion, Dimensions) {
             f.dimension.insertChild(kCell, {&Ref(f.At(0)), &Ref(f.At(2))}),
             f.dimension.moveChild(Ref(f.At(0)), &Ref(f.At(2)), false),
             f.dimension.moveChild(Ref(f.At(0)), &Ref(f.At(2)), true),
+            f.dimension.swapChildren(Ref(f.At(0)), Ref(f.At(2))),
+            f.dimension.InsertChild(f.node, f.At(0), f.dimension.Root(), true),
+            f.dimension.InsertChild(f.node, {&Ref(f.At(0)), &Ref(f.At(2))}),
             f.dimension.removeChild(Ref(f.At(0))));
   // The group is hidden first, and stays so.
   REPEATABLE(Dimensions,

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "backend/tables/om/Assert.h"
-#include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Exception.h"
 
 OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
@@ -11,7 +10,9 @@ OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
       visibleLevels(region),
       maxVisibleLevels(0),
       leafSubscripts(region),
-      leafPositions(region) {
+      leafPositions(region),
+      dimension(dim),
+      changes(dim->Changes()) {
   const unsigned long n = dim->NumCategories();
   if (n == 0) {
     return;

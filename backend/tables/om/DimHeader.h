@@ -3,8 +3,8 @@
 // category.
 //
 // Building one costs a path of nodes per category, and 4 bytes for each number up to the largest
-// subscript. The nodes point into the dimension, which must
-// not change while the header lives.
+// subscript. The nodes point into the dimension, so the
+// header is good only as long as the structure of the dimension stays as it was.
 
 #ifndef BACKEND_TABLES_OM_DIMHEADER_H
 #define BACKEND_TABLES_OM_DIMHEADER_H
@@ -12,12 +12,11 @@
 #include <deque>
 #include <vector>
 
+#include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/DimensionNode.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/Vector.h"
 #include "backend/tables/om/VectorTree.h"
-
-class OmDimension;
 
 // Built once and only read afterwards; owned by the layer heading.
 //
@@ -46,6 +45,10 @@ class OM_API OmDimHeader : public OmRegionManaged {
   // position. There has to be a mark for every leaf.
   [[nodiscard]] unsigned short VisibleLevels(std::vector<bool> include) const;
 
+  // Returns whether OmDimension::Changes() is what it was when the header was built. Where it is
+  // not, the nodes may be gone.
+  [[nodiscard]] bool IsCurrent() const noexcept { return dimension->Changes() == changes; }
+
   OmMemoryRegion* region;
   std::deque<Path> nodePaths;
   OmVector<unsigned short> visibleLevels;  // label levels shown above and including the leaf
@@ -62,6 +65,9 @@ class OM_API OmDimHeader : public OmRegionManaged {
 
   void CollectNodes(ConstNode node);
   void AddLeaf(const std::vector<Step>& way);
+
+  const OmDimension* dimension;  // not owned
+  unsigned long changes;         // of the dimension, when the header was built
 };
 
 #endif

@@ -130,6 +130,7 @@ OmDimension::Node OmDimension::AddNewChild(const Node& parent_, const OmCellText
 // Appends a child and enters it in the parent's index at `place`.
 OmDimension::Node OmDimension::Append(const Node& parent_, OmDimensionNode& node,
                                       unsigned long place) {
+  ++changes;
   OmVector<int>& index = parent_->ChildIndex();
   const unsigned long position = index.size();
   // The room comes first, so that nothing fails once the child is there.
@@ -145,6 +146,7 @@ OmDimension::Node OmDimension::Append(const Node& parent_, OmDimensionNode& node
 }
 
 void OmDimension::Delete(Node& node) {
+  ++changes;
   const Node above = node.Parent();
   const unsigned int pos = node - above.Begin();
   // Before anything is changed, because it takes memory.
@@ -172,7 +174,7 @@ OmDimensionNode OmDimension::insertCategory(const OmCellText& text, Node sibling
   OM_HARDEN(sibling != parent_.End() && sibling->Text() != nullptr, "OmDimension::insertCategory");
   OmDimensionNode node(text, MaxSubscript(Root(), ConstNode()) + 1, false, Region());
   node.Text()->setICUTracker(sibling->Text()->getICUTracker());
-  OmVectorTree::InsertChild(node, sibling, parent_, before);
+  InsertChild(node, sibling, parent_, before);
   ++numCategories;
   return node;
 }
@@ -183,10 +185,11 @@ void OmDimension::insertChild(const OmCellText& text, std::vector<Node*> nodes) 
     OM_HARDEN((*nodes.front())->Text() != nullptr, "OmDimension::insertChild");
     node.Text()->setICUTracker((*nodes.front())->Text()->getICUTracker());
   }
-  OmVectorTree::InsertChild(node, nodes);
+  InsertChild(node, nodes);
 }
 
 void OmDimension::removeChild(Node& node) {
+  ++changes;
   const unsigned long subscript = node->Subscript();
   node->Subscript(OmDimensionNode::kDissolving);
   try {
@@ -198,6 +201,7 @@ void OmDimension::removeChild(Node& node) {
 }
 
 void OmDimension::moveChild(Node& node, Node* target, bool swap) {
+  ++changes;
   if (target != nullptr && swap) {
     OmVectorTree::swapChildren(node, *target);
     return;
@@ -211,6 +215,22 @@ void OmDimension::moveChild(Node& node, Node* target, bool swap) {
     reached = reached.Parent();
   }
   OmVectorTree::moveChild(node, nullptr, &reached);
+}
+
+void OmDimension::swapChildren(Node& a, Node& b) {
+  ++changes;
+  OmVectorTree::swapChildren(a, b);
+}
+
+void OmDimension::InsertChild(const OmDimensionNode& node, Node sibling, Node parent_,
+                              bool before) {
+  ++changes;
+  OmVectorTree::InsertChild(node, sibling, parent_, before);
+}
+
+void OmDimension::InsertChild(const OmDimensionNode& node, std::vector<Node*> nodes) {
+  ++changes;
+  OmVectorTree::InsertChild(node, std::move(nodes));
 }
 
 // The indexes stay right as they are copied, because the children are cloned in their order.

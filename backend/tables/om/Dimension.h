@@ -51,6 +51,10 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   // The label of the root.
   [[nodiscard]] OmCellText* Name() noexcept { return Data().Text(); }
   [[nodiscard]] const OmCellText* Name() const noexcept { return Data().Text(); }
+  // Returns how often records were added, moved or deleted through this class, or might have been
+  // where a call failed. Whoever keeps handles can tell by it that they are no longer good. What
+  // goes past this class, to the base class or to a record, does not count.
+  [[nodiscard]] unsigned long Changes() const noexcept { return changes; }
   // Returns the position of the child with that label and group flag, or -1.
   [[nodiscard]] int FindChild(ConstNode parent_, const OmCellText& text, bool group) const;
   // Returns the largest depth at or below `node`.
@@ -96,6 +100,10 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   // Exchanges `node` and `target`, or moves `node` in front of `target`; without `target` to the
   // end of the children of its nearest visible ancestor, or of the root.
   void moveChild(Node& node, Node* target, bool swap);
+  // The tree's own, counted.
+  void swapChildren(Node& a, Node& b);
+  void InsertChild(const OmDimensionNode& node, Node sibling, Node parent_, bool before);
+  void InsertChild(const OmDimensionNode& node, std::vector<Node*> nodes);
 
  private:
   void CloneBelow(const ConstNode& source);
@@ -104,6 +112,7 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
 
   unsigned int numCategories = 0;
   [[maybe_unused]] bool reservedFlag = false;  // not copied, and read by nobody
+  unsigned long changes = 0;                   // not copied
 };
 
 #endif

@@ -101,7 +101,8 @@ void OmDisplayLayerHeading::Data::FindNonEmptyLayers() {
 OmDimHeader* OmDisplayLayerHeading::Data::Header(int d) {
   const auto i =
       static_cast<unsigned long>(d);  // a negative one is not below the number of headers
-  return i < headers.size() ? headers[i] : nullptr;
+  OM_HARDEN(i >= headers.size() || headers[i]->IsCurrent(), "OmDisplayLayerHeading::Data::Header");
+  return i < headers.size() && headers[i]->IsCurrent() ? headers[i] : nullptr;
 }
 
 bool OmDisplayLayerHeading::Data::CurrentPlace(unsigned long long& place) const {
@@ -114,13 +115,26 @@ bool OmDisplayLayerHeading::Data::CurrentPlace(unsigned long long& place) const 
   return true;
 }
 
+OmDimHeader* OmDisplayLayerHeading::Data::LeafAt(unsigned long long place,
+                                                 const PlaceCalculator& calc, unsigned long k,
+                                                 unsigned long& position) {
+  OmDimHeader* const header = Header(calc.Dimensions()[k]);
+  position = calc.Single().Digit(place, k);
+  if (header == nullptr || position >= header->leafSubscripts.size()) {
+    return nullptr;
+  }
+  OM_HARDEN(static_cast<int>((*header->nodePaths[position].begin())->Subscript()) ==
+                header->leafSubscripts[position],
+            "OmDisplayLayerHeading::Data::LeafAt");
+  return header;
+}
+
 OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::PathAt(unsigned long long place,
                                                                        const PlaceCalculator& calc,
                                                                        unsigned long k) {
-  OmDimHeader* const header = Header(calc.Dimensions()[k]);
-  const unsigned int digit = calc.Single().Digit(place, k);
-  return header != nullptr && digit < header->nodePaths.size() ? &header->nodePaths[digit]
-                                                               : nullptr;
+  unsigned long position = 0;
+  OmDimHeader* const header = LeafAt(place, calc, k, position);
+  return header != nullptr ? &header->nodePaths[position] : nullptr;
 }
 
 void OmDisplayLayerHeading::Data::AppendNodes(Path* path, std::vector<ConstNode*>& out) {
@@ -147,11 +161,10 @@ void OmDisplayLayerHeading::Data::Fill(unsigned long long place, const PlaceCalc
                                        std::vector<int>& subscripts) {
   subscripts.resize(headers.size(), 0);
   for (unsigned long k = 0; k != calc.Dimensions().size(); ++k) {
-    const short d = calc.Dimensions()[k];
-    const unsigned int digit = calc.Single().Digit(place, k);
-    OmDimHeader* const header = Header(d);
-    if (header != nullptr && digit < header->leafSubscripts.size()) {
-      subscripts[static_cast<unsigned long>(d)] = header->leafSubscripts[digit];
+    unsigned long position = 0;
+    if (const OmDimHeader* const header = LeafAt(place, calc, k, position); header != nullptr) {
+      const auto d = static_cast<unsigned long>(calc.Dimensions()[k]);
+      subscripts[d] = header->leafSubscripts[position];
     }
   }
 }

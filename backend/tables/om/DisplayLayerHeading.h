@@ -33,9 +33,11 @@ class OmPointerVector;
 // The combinations of the dimensions of an axis are counted in 64 bits; where there are more, the
 // number wraps.
 //
-// The table and its dimensions must not change while the heading lives, except for what is hidden.
-// How many levels of labels there are is settled when this heading is built, for the row and column
-// headings too: a label that is hidden later leaves its column or row of labels.
+// The cells and the structure of the dimensions must not change while the heading lives. Labels and
+// what is hidden may: they are read when they are asked for. How many levels of labels there are is
+// settled when this heading is built, for the row and column headings too: a label that is hidden
+// later leaves its column or row of labels. Of a dimension that was edited (OmDimension::Changes)
+// the headings show nothing any more, and leave its subscripts; a hardened build ends the process.
 // The headings built from it have to go first. Nodes that are handed out live as long as the layer
 // heading. One thread at a time uses a table and its headings, for const operations too.
 class OM_API OmDisplayLayerHeading {

@@ -72,8 +72,13 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   [[nodiscard]] unsigned long long DisplayPosition(const std::vector<int>& subscripts,
                                                    const PlaceCalculator& calc);
 
-  // Returns the header of dimension `d`, or null where there is no such dimension.
+  // Returns the header of dimension `d`, or null where there is no such dimension or its structure
+  // changed since.
   [[nodiscard]] OmDimHeader* Header(int d);
+  // Returns the header of dimension `k` of `calc` and the position of its leaf at a place, or null
+  // where no leaf stands.
+  [[nodiscard]] OmDimHeader* LeafAt(unsigned long long place, const PlaceCalculator& calc,
+                                    unsigned long k, unsigned long& position);
   // Tells whether a layer is current, and its place.
   [[nodiscard]] bool CurrentPlace(unsigned long long& place) const;
   // Returns the path of the category of dimension `k` of `calc` at a place, or null where no leaf

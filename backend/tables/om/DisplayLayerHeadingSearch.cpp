@@ -252,7 +252,7 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
     if (Contains(otherDims, 0, headDims[k])) {
       continue;
     }
-    const OmDimHeader& header = *Header(headDims[k]);
+    const OmDimHeader& header = *headers[static_cast<unsigned long>(headDims[k])];
     Level& level = levels[static_cast<unsigned long>(headDims[k])];
     const auto leaves = std::min<unsigned long>(bases[k], header.nodePaths.size());
     level = {&header, leaves, head.Single().Weight(k), 0, header.leafPositions.size(), {}};
@@ -270,9 +270,11 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
   // that every leaf will do here.
   for (unsigned long k = 0; k != bases.size(); ++k) {
     if (Contains(otherDims, 0, headDims[k]) || Contains(headDims, k + 1, headDims[k])) {
-      RepeatForEachDigit(found,
-                         std::min<unsigned long>(bases[k], Header(headDims[k])->nodePaths.size()),
-                         head.Single().Weight(k));
+      RepeatForEachDigit(
+          found,
+          std::min<unsigned long>(
+              bases[k], headers[static_cast<unsigned long>(headDims[k])]->nodePaths.size()),
+          head.Single().Weight(k));
     }
   }
   out.swap(found);
