@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/CellStoreData.h"
 #include "backend/tables/om/Dimension.h"
 #include "benchmarks/Measure.h"
 #include "benchmarks/Stores.h"
@@ -27,11 +27,9 @@ class BareStore {
   BareStore& operator=(const BareStore&) = delete;
   // Makes the cell in its place, as the peers do. What copying costs is in the whole table.
   void Set(const Subscripts& at, double value) {
-    OmCellStore::Place place{};
-    if (!OmCellStore::FindSlot(root, at, place)) {
-      place = OmCellStore::MakeSlot(root, at.data(), region, place);
-    }
-    place.vector->Put(*place.subscript, new (&region) OmNumber(value, kDefaultFormat, &region));
+    OmCellStore::Reach(root, at, region)
+        .Put(static_cast<unsigned long>(at[0]),
+             new (&region) OmNumber(value, kDefaultFormat, &region));
   }
 
  private:

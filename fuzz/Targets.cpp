@@ -1,11 +1,10 @@
-// The fuzzers: each takes bytes as a stream of decisions, or as a record. libFuzzer plays the one
+// The fuzzers over the library alone, and the program of all. libFuzzer plays the one
 // that the environment names in OM_FUZZER; without it, files are replayed:
 //
 //   om_fuzz NAME [FILE|FOLDER]...
+//   om_fuzz --list                  prints the names
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -18,7 +17,7 @@
 #include <vector>
 
 #include "backend/tables/om/Chart.h"
-#include "examples/report/CsvReader.h"
+#include "fuzz/Targets.h"
 #include "fuzz/Twins.h"
 #include "tests/support/DimensionModel.h"
 #include "tests/support/DocumentModel.h"
@@ -51,31 +50,7 @@ void CheckMapInfo(const std::string& record) {
   EXPECT_EQ(texts, ReadMapInfo(record));
 }
 
-// The sample program's comma-separated files.
-void CheckCsv(const std::string& text) {
-  const int file = memfd_create("csv", 0);
-  ASSERT_EQ(write(file, text.data(), text.size()), static_cast<long>(text.size()));
-  lseek(file, 0, SEEK_SET);
-  std::vector<std::vector<std::string>> records;
-  bool broken = false;
-  try {
-    report::ReadCsv(
-        "/proc/self/fd/" + std::to_string(file),
-        [&](const auto& record) {
-          records.emplace_back(record.fields.begin(), record.fields.end());
-        },
-        [](auto, auto) {});
-  } catch (const report::InputError&) {
-    broken = true;
-  }
-  close(file);
-  const CsvTwin twin(text);
-  EXPECT_EQ(broken, twin.broken);
-  EXPECT_EQ(records, twin.records);
-}
-
-using Target = void (*)(const std::string& bytes);
-const std::map<std::string, Target> kTargets = {
+const Fuzzer fuzzers[] = {
     {"vector", PlayModel<VectorModel>},
     {"dimension", PlayModel<dimension_model::DimensionModel>},
     {"store", PlayModel<StoreModel>},
@@ -83,7 +58,6 @@ const std::map<std::string, Target> kTargets = {
     {"headings", PlayModel<layout_model::LayoutPlay>},
     {"document", PlayModel<DocumentModel>},
     {"mapinfo", CheckMapInfo},
-    {"csv", CheckCsv},
 };
 
 // Returns the fuzzer, whose failed expectations end the process as a finding.
@@ -91,17 +65,38 @@ Target Begin(const char* name) {
   int argc = 0;
   testing::InitGoogleTest(&argc, static_cast<char**>(nullptr));
   GTEST_FLAG_SET(break_on_failure, true);
-  const auto target = kTargets.find(name != nullptr ? name : "");
-  if (target == kTargets.end()) {
+  const auto target = Targets().find(name != nullptr ? name : "");
+  if (target == Targets().end()) {
     std::fputs("which fuzzer?\n", stderr);
     std::exit(2);
   }
   return target->second;
 }
 
+// Prints the names of the fuzzers and ends the process if the arguments ask for that.
+void ListIfAsked(int argc, char** argv) {
+  if (argc != 2 || std::string(argv[1]) != "--list") {
+    return;
+  }
+  for (const auto& [name, target] : Targets()) {
+    std::puts(name.c_str());
+  }
+  std::exit(0);
+}
+
 }  // namespace
 
+std::map<std::string, Target>& Targets() {
+  static std::map<std::string, Target> targets;
+  return targets;
+}
+
 #ifdef OM_LIBFUZZER
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+  ListIfAsked(*argc, *argv);
+  return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
   static const Target target = Begin(std::getenv("OM_FUZZER"));
@@ -111,7 +106,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
 
 #else
 
-int main(int, char** argv) {
+int main(int argc, char** argv) {
+  ListIfAsked(argc, argv);
   namespace fs = std::filesystem;
   const Target target = Begin(argv[1]);
   unsigned long inputs = 0;

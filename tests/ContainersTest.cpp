@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "backend/tables/om/Dimension.h"
@@ -17,6 +18,7 @@
 #include "backend/tables/om/Vector.h"
 #include "platform/cells/CellTexts.h"
 #include "platform/cells/StringCell.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Choices.h"
 #include "tests/support/DimensionModel.h"
 #include "tests/support/DocumentModel.h"
@@ -137,6 +139,51 @@ TEST_F(Dimension, StaleLinksMisleadNothing) {
   Verify(dimension);
 }
 
+TEST_F(Dimension, TheEndAppendsInFrontOfItAndAfterIt) {
+  for (const bool before : {true, false}) {
+    dimension.OmVectorTree::InsertChild(*root, root.End(), root, before);
+    EXPECT_EQ(root.Back()->Text()->Text(), "root");
+    AddPairs("a");
+  }
+  EXPECT_EQ(Labels(root), "roota(a)roota(a)");
+  Verify(dimension);
+}
+
+// In one pass, whose gaps are side by side and apart, at the ends and between.
+TEST_F(Dimension, GroupsManySiblingsInTheirOrder) {
+  const auto isTaken = [](unsigned long i) { return i % 5 == 0 || i % 7 < 2; };
+  std::string grouped, rest;
+  for (unsigned long i = 0; i != 20000; ++i) {
+    const char label = static_cast<char>('a' + i % 26);
+    AddPairs({label});
+    (isTaken(i) ? grouped : rest) += std::string{label, '(', label, ')'};
+  }
+  std::vector<Node> taken;
+  for (unsigned long i = 0; i != 20000; ++i) {
+    if (isTaken(i)) {
+      taken.push_back(root[i]);
+    }
+  }
+  std::vector<Node*> nodes;
+  for (Node& node : taken) {
+    nodes.push_back(&node);
+  }
+  dimension.insertChild(OmStringCell("group"), nodes);
+  EXPECT_EQ(Labels(root), "group(" + grouped + ")" + rest);
+  Verify(dimension);
+}
+
+// Less keeps references: what would dangle does not compile. A Node would become a temporary.
+template <typename Parent, typename Probe>
+constexpr bool kMakesLess = std::is_constructible_v<OmDimension::Less, Parent, Probe>;
+using ConstNode = OmDimension::ConstNode;
+static_assert(kMakesLess<const ConstNode&, const OmDimensionNode&>);
+static_assert(kMakesLess<ConstNode&, OmDimensionNode&>);
+static_assert(!kMakesLess<ConstNode, const OmDimensionNode&>);
+static_assert(!kMakesLess<const ConstNode&, OmDimensionNode>);
+static_assert(!kMakesLess<ConstNode, OmDimensionNode>);
+static_assert(!kMakesLess<Node&, const OmDimensionNode&>);
+
 TEST_F(Dimension, HandlesSayWhereTheyStand) {
   AddPairs("abca");
   EXPECT_EQ(root.findIdx(*root[3]), 0);
@@ -157,9 +204,11 @@ TEST_F(Dimension, HandlesSayWhereTheyStand) {
 }
 
 TEST_F(Dimension, NodesWriteWhatTheyHave) {
+  const OddStream odd;
   testing::internal::CaptureStdout();
   OmDimensionNode(nullptr).Print(0);
   OmDimensionNode node(OmStringCell("x"), 5000000000, false, nullptr);
+  node.ChildIndex().push_back(1234);
   for (const int order : {2, 0, 1}) {
     node.SortOrder(order);
     node.Print(1);
@@ -167,8 +216,9 @@ TEST_F(Dimension, NodesWriteWhatTheyHave) {
   const std::string no = ", Group: no, hide: no, hideLabels: no";
   const std::string x = "  Subscript: 705032704" + no;
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Subscript: -1" + no + "\n" + x + ", Text: x\n" + x + ", Sort: up, Text: x\n" + x +
-                ", Sort: down, Text: x\n");
+            "Subscript: -1" + no + "\n" + x + ", Children: 1234, Text: x\n" + x +
+                ", Sort: up, Children: 1234, Text: x\n" + x +
+                ", Sort: down, Children: 1234, Text: x\n");
 }
 
 TEST_F(Dimension, CountsWhatItShowsAndWantsGroups) {
@@ -226,6 +276,34 @@ TEST_F(Dimension, DepthNeedsLittleStack) {
   first = copy.Root()[0];
   copy.removeChild(first);
   EXPECT_EQ(copy.Root().Count(), 4u);
+}
+
+TEST_F(Dimension, DepthNeedsNoStack) {
+  constexpr unsigned int kLevels = 300000;
+  Node node = root;
+  for (unsigned int i = 1; i != kLevels; ++i) {
+    node = dimension.AddNewChild(node, OmStringCell("g"), kNone, true);
+  }
+  Add(node, "c");
+  Node last = Add(node, "d");
+  OmDimension copy(dimension, nullptr);
+  Verify(copy);
+  EXPECT_EQ(copy.getMaximumDepth(), kLevels + 1);
+  EXPECT_EQ(copy.getMaxVisibleGroupCount(), 1u);
+  EXPECT_EQ(copy.Counterpart(last)->Text()->Text(), "d");
+  copy.addChild(dimension, nullptr);
+  EXPECT_EQ(copy.getMaximumDepth(), kLevels + 2);
+  dimension.Delete(last);
+  EXPECT_EQ(node.Count(), 1u);
+}
+
+// What its search for the largest subscript takes is taken before anything is changed.
+TEST_F(Dimension, DeletesNothingWhereMemoryRunsOut) {
+  AddPairs("ab");
+  const std::string before = Labels(root);
+  Node first = root[0];
+  EXPECT_TRUE(allocations::FailsAt(0, [&] { dimension.Delete(first); }));
+  EXPECT_EQ(Labels(root), before);
 }
 
 template <typename T>

@@ -8,8 +8,8 @@
 #include <set>
 
 #include "backend/tables/IndexProjector.h"
+#include "backend/tables/PlaceDigits.h"
 #include "backend/tables/om/DimHeader.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/LayoutCheck.h"
 
 namespace {
@@ -106,7 +106,7 @@ TEST_F(Layout, FindsRowsInStoresOfAnyShape) {
   }
 }
 
-TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
+TEST_F(Layout, DropsPlacesWhereNoLeafStands) {
   OmDimension* const more = Add("more", 3, table.Rows());
   more->Root()[1]->Subscript(0);
   Node last = more->Root().Back();
@@ -114,7 +114,7 @@ TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
   OmDimension* const fewer = Add("fewer", 9, table.Rows());
   Node first = fewer->Root()[0];
   fewer->Delete(first);
-  Add("column", 300, table.Columns());
+  Add("column", 300, table.Columns());  // makes the table sparse
   ASSERT_EQ(table.SizeVector(), (Subscripts{1, 9, 300}));
   table.Cell({0, 1, 0}, OmNumber(1));  // shows as place 0 + 1
   table.Cell({0, 8, 0}, OmNumber(1));  // and this as place 7 + 1, where no leaf stands
@@ -124,11 +124,6 @@ TEST_F(Layout, DropsPlacesWhereNoLeafStandsAndListsManyCategories) {
   std::vector<ConstNode*> nodes;
   rows.DimAllNodes(4, nodes);  // no row is listed there, so it is the place
   EXPECT_EQ((*nodes[1])->Text()->Text(), "fewer5");
-  // Labels are listed by blocks, whichever is asked for first.
-  const OmDisplayColumnHeading columns(layers, false);
-  for (int i = 0, c = 299; i != 300; ++i, c = (c + 257) % 300) {
-    EXPECT_EQ(columns.Column(c)[1], columns.ColumnCategories(c)[0]);
-  }
 }
 
 TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
@@ -158,14 +153,107 @@ TEST_F(Layout, GrowsItsListsWhenReadPastTheirEnd) {
   layers.Fill(subscripts);
   EXPECT_EQ(subscripts, (Subscripts{0, 1, 1}));
   EXPECT_EQ(layers.getCurrentCellIndex(), (Subscripts{0, 0, 0}));
-  subscripts.clear();
-  for (const int none : {-7, 2, std::numeric_limits<int>::max()}) {
-    table.setLayerLoc(none);
-    EXPECT_EQ(layers.restoreLayer(), none);
-    layers.Fill(subscripts);
-    EXPECT_TRUE(layers.Nodes(0).empty() && !layers.NextLayer());
+}
+
+TEST_F(Layout, HasNoCurrentLayerWhereTheRestoredNumberIsThatOfNone) {
+  Add("a", 3, table.Layers());
+  Add("b", 2, table.Layers());
+  Add("c", 1, table.Rows());
+  for (const bool skipEmpty : {false, true}) {
+    table.Cell({0, 0, 0}, OmNumber(1));
+    OmDisplayLayerHeading layers(table, skipEmpty);
+    for (const int none : {-7, 6, 7, std::numeric_limits<int>::max()}) {
+      table.setLayerLoc(none);
+      EXPECT_EQ(layers.restoreLayer(), none);
+      EXPECT_EQ(layers.getLayer(), none);
+      Subscripts subscripts;
+      layers.Fill(subscripts);
+      EXPECT_TRUE(subscripts.empty() && layers.Nodes(0).empty() && layers.Nodes(1).empty());
+      std::vector<ConstNode*> all;
+      layers.DimAllNodes(1, all);
+      EXPECT_TRUE(all.empty() && !layers.NextLayer());
+    }
   }
-  EXPECT_TRUE(subscripts.empty());
+}
+
+TEST_F(Layout, AsksAnAxisWithAnEmptyDimensionPastItsRows) {
+  Add("a", 3, table.Rows());
+  Add("empty", 0, table.Rows());
+  Add("b", 2, table.Rows());
+  Add("none", 0, table.Layers());
+  OmDisplayLayerHeading layers(table, false);
+  table.setLayerLoc(5);
+  layers.restoreLayer();
+  EXPECT_TRUE(layers.Nodes(0).empty() && layers.NLayers() == 0);
+  // Of place 13. An empty dimension counts for nothing, the outermost one has no such digit.
+  const std::pair<const char*, Subscripts> expected[] = {
+      {" - - a1", {1, 7, 7, 7}}, {" - b1 -", {7, 7, 1, 7}}, {" - a0 b1", {0, 7, 1, 7}}};
+  for (const auto& [categories, subscripts] : expected) {
+    const OmDisplayRowHeading rows(layers, false, false);
+    EXPECT_EQ(rows.NRows(), 0U);
+    std::string found;
+    for (ConstNode* const node : rows.RowCategories(13)) {
+      found += node != nullptr ? " " + (*node)->Text()->Text() : " -";
+    }
+    EXPECT_EQ(found, categories);
+    Subscripts filled(4, 7);
+    rows.Fill(filled, 13);
+    EXPECT_EQ(filled, subscripts);
+    std::vector<ConstNode*> roots, leaves, all;
+    rows.DimCatNodes(13, roots, leaves);
+    rows.DimAllNodes(13, all);
+    EXPECT_EQ(all.size(), roots.size() + leaves.size());
+    EXPECT_EQ(rows.Row(13).size(), rows.NColumns());
+    std::rotate(table.Rows().begin(), table.Rows().begin() + 1, table.Rows().end());
+  }
+}
+
+TEST_F(Layout, NamesTheCategoriesOfLayersFromTwoToThe31On) {
+  for (const char* name : {"a", "b", "c"}) {
+    Add(name, 2000, table.Layers());
+  }
+  table.Cell({1999, 0, 1999}, OmNumber(1));
+  EXPECT_EQ(OmDisplayLayerHeading(table, false).NLayers(), 8000000000ULL);
+  OmDisplayLayerHeading layers(table, true);
+  EXPECT_EQ(layers.getNonEmptyLayers(), Places{7996001999});
+  ASSERT_TRUE(layers.SwitchLayer(0));
+  std::string labels;
+  for (int i = 0; i != 3; ++i) {
+    ConstNode *root = nullptr, *category = nullptr;
+    layers.DimCatNodes(i, root, category);
+    ASSERT_NE(category, nullptr);
+    std::vector<ConstNode*> all;
+    layers.DimAllNodes(i, all);
+    EXPECT_EQ(PayloadsOf(layers.Nodes(i)), PayloadsOf(all));
+    labels += (*category)->Text()->Text() + (*all.back())->Text()->Text() + " ";
+  }
+  EXPECT_EQ(labels, "c1999c1999 b0b0 a1999a1999 ");
+}
+
+TEST_F(Layout, RefusesSubscriptsThatTakeGigabytes) {
+  OmDimension* const dimension = Add("a", 4, table.Rows());
+  const auto message = [&] { return Message([&] { OmDisplayLayerHeading(table, false); }); };
+  const std::string refused = "OmDimHeader::OmDimHeader() -- subscript <= limit, value 1 == ";
+  for (const auto& [subscript, text] : {std::pair(268435457UL, "2.68435e+08"),
+                                        {500000000UL, "5e+08"},
+                                        {2147483647UL, "2.14748e+09"}}) {
+    dimension->Root()[2]->Subscript(subscript);
+    EXPECT_EQ(message(), refused + text + ", value 2 == 2.68435e+08");
+  }
+  // A deletion makes that the size of the dimension, whatever the categories' subscripts are.
+  dimension->Root()[2]->Subscript(500000000);
+  Node first = dimension->Root()[0];
+  dimension->Delete(first);
+  dimension->Root()[1]->Subscript(0);
+  EXPECT_EQ(message(), refused + "5e+08, value 2 == 2.68435e+08");
+  dimension->Delete(first = dimension->Root()[0]);
+  EXPECT_EQ(dimension->NumCategories(), 4U);
+  for (const unsigned long negative : {~0UL, 2147483648UL, 4294967294UL}) {
+    dimension->Root()[0]->Subscript(negative);  // as an int
+    const OmDimHeader header(dimension, nullptr);
+    EXPECT_EQ(header.leafPositions.size(), 4U);
+    EXPECT_EQ(header.leafSubscripts[0], static_cast<int>(negative));
+  }
 }
 
 TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {
@@ -231,17 +319,6 @@ TEST_F(Layout, ReadsATableThatGrewMeanwhileWithoutItsNewDimension) {
   }
 }
 
-TEST_F(Layout, KeepsItsLayerWhereASwitchFails) {
-  for (int d = 0; d != 10; ++d) {
-    Add("d", 2, table.Layers());  // more than the heading has room for beforehand
-  }
-  OmDisplayLayerHeading layers(table, false);
-  ASSERT_TRUE(layers.SwitchLayer(0));
-  EXPECT_TRUE(allocations::FailsAt(0, [&] { layers.LastLayer(); }));
-  EXPECT_EQ(layers.getLayer(), 0);
-  EXPECT_EQ(layers.getCurrentCellIndex(), Subscripts(10, 0));
-}
-
 TEST_F(Layout, ReachesTenThousandLevelsDown) {
   constexpr int kDepth = 10000;
   OmDimension* const dimension = Add("deep", 0, table.Rows());
@@ -268,6 +345,29 @@ TEST(MultiBase, KeepsItsEdges) {
     EXPECT_DEATH((void)MultiBase({2, 5}).Value(wrong),
                  "MultiBase: Value: Assertion `digit == end && i == size' failed");
   }
+  // One digit at a time, also of places that nothing counts; a base of 0 counts as 1.
+  std::mt19937 random(1);
+  for (int i = 0; i != 1000; ++i) {
+    Digits bases(1 + random() % 5);
+    unsigned long long product = 1;
+    bool fits = true;
+    for (unsigned int& base : bases) {
+      base = static_cast<unsigned int>(1 + random() % (1ULL << random() % 32));
+      fits = !__builtin_mul_overflow(product, base, &product) && fits;
+    }
+    const PlaceDigits single(bases);
+    ASSERT_EQ(single.Fits(), fits);
+    const Place place = (static_cast<Place>(random()) << 32 | random()) >> random() % 64;
+    const Digits digits = MultiBase(bases).Digits(place);
+    Place value = 0;
+    for (unsigned long k = 0; k != bases.size(); ++k) {
+      ASSERT_EQ(single.Digit(place, k), digits[k]);
+      value += digits[k] * single.Weight(k);
+    }
+    ASSERT_EQ(value, MultiBase(bases).Value(digits));
+  }
+  const PlaceDigits empty({4, 0, 3});
+  EXPECT_EQ((Digits{empty.Digit(8, 0), empty.Digit(8, 1), empty.Digit(8, 2)}), (Digits{2, 0, 2}));
   OmIndexProjector projector;
   projector.Set({3, 0});
   Subscripts out{7, 7, 7, 7};

@@ -6,11 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <sstream>
 #include <thread>
 
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/PointerVector.h"
 #include "platform/dataio/BackendSettings.h"
 #include "platform/support/IcuTracker.h"
 #include "tests/support/StoreModel.h"
@@ -47,6 +48,11 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
          [&] { (void)table.Cell(negative); });
   expect("CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 2, value 2 == 0",
          [&] { table.CopyDimensions(empty); });
+  Subscripts one{1}, behind = negative;
+  expect("NextCell() -- subscripts.size() == NDimensions(), value 1 == 1, value 2 == 2",
+         [&] { (void)table.NextCell(one); });
+  expect("NextCell() -- subscript >= 0, value 1 == 0, value 2 == 0",
+         [&] { (void)table.NextCell(behind); });
   EXPECT_EQ(empty.Cell({}), nullptr);
   EXPECT_THROW(empty.Cell(place, kText), OMSException);
   empty.deleteCell(none);
@@ -61,6 +67,10 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   EXPECT_TRUE(table.IsScratched());
   EXPECT_EQ(table.getNumCells(), 4);
   EXPECT_EQ(Cells(table), "0,0=text");
+  behind = {1 << 30, 0};
+  EXPECT_EQ(table.NextCell(behind), nullptr);
+  behind = {std::numeric_limits<int>::max(), std::numeric_limits<int>::max()};
+  EXPECT_TRUE(table.NextCell(behind) == nullptr && behind.empty());
 }
 
 TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {
@@ -117,7 +127,6 @@ TEST(PointerVector, GrowsAsIfAppendedOneByOne) {
     EXPECT_EQ(FindNonZero(v, 0), v.size());
     return v.capacity();
   };
-  EXPECT_EQ(OmCellStore::Lower(nullptr), nullptr);
   EXPECT_THROW(OmPointerVector(&region).reserve(~0UL / 2), std::bad_alloc);
   EXPECT_EQ(room({0}), 4U);
   EXPECT_EQ(room({0, 5}), 8U);
@@ -204,11 +213,22 @@ TEST_F(PivotTable, FootnotesAgreeWithAListAndSurviveAFailedCopy) {
   EXPECT_THROW(table.Footnote(OmFootnote(&kBrittle, nullptr, nullptr), false), std::runtime_error);
   EXPECT_EQ(table.Footnote(OmFootnote(&kText, &kText, nullptr), false), 1) << "the entry stays";
   // An entry of the list may be handed back, while the list grows.
+  const OmVector<OmFootnote>& notes = std::as_const(table).Footnotes();
   for (int i = 2; i < 20; ++i) {
-    EXPECT_EQ(table.Footnote(table.Footnotes()[1], true), i);
+    EXPECT_EQ(table.Footnote(notes[1], true), i);
   }
-  EXPECT_EQ(table.Footnote(table.Footnotes()[1], false), 1);
-  EXPECT_EQ(Show(table.Footnotes()[1]) + Show(table.Footnotes()[19]), "text|text|2|text|text|1|");
+  EXPECT_EQ(table.Footnote(notes[1], false), 1);
+  EXPECT_EQ(Show(notes[1]) + Show(notes[19]), "text|text|2|text|text|1|");
+}
+
+TEST_F(PivotTable, FootnotesAreFoundAmongMany) {
+  for (const bool again : {false, true}) {
+    for (int i = 0; i < 20000; ++i) {
+      const OmStringCell text(std::to_string(i * 7L % 20000));
+      ASSERT_EQ(table.Footnote(OmFootnote(&text, nullptr, nullptr), false), i);
+    }
+    EXPECT_EQ(std::as_const(table).Footnotes()[9].UseCount(), again ? 2 : 1);
+  }
 }
 
 // Texts with a tracker show with a "~".
@@ -278,6 +298,25 @@ TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
   EXPECT_EQ(unicode.getU8Tracker(), unicode.getICUTracker());
 }
 
+TEST_F(PivotTable, TracksTextsAtAnyDepth) {
+  constexpr int kLevels = 300000;
+  OmDimension& dimension = *AddDimension(table, "d", 0);
+  OmDimension::Node group = dimension.Root();
+  OmComposite composite;
+  auto record = composite.Tree().Root();
+  for (int i = 0; i != kLevels; ++i) {
+    group = dimension.AddNewChild(group, kText, ~0UL, true);
+    record = composite.Tree().Child(record, i % 2 == 0 ? new OmStringCell("c") : nullptr);
+  }
+  composite.Tree().Child(record, new OmStringCell("last"));
+  BackendSettings settings;
+  settings.setFastTables(true);
+  table.setBackendSettings(settings);
+  EXPECT_EQ(group->Text()->getICUTracker(), table.getICUTracker());
+  table.setHelper(composite);
+  EXPECT_EQ((*record[0])->getICUTracker(), table.getICUTracker());
+}
+
 TEST_F(PivotTable, AreaFormatsAreOwnedOnePerArea) {
   const auto set = [&](int area, int style) {
     auto* const format = new FormatArea(static_cast<FormatArea::Area>(area));
@@ -304,8 +343,9 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   table.Footnote(OmFootnote(&kText, nullptr, nullptr), false);
   OmMemoryRegion region(false);
   OmPointerVector bottom(&region);
-  bottom.GrowTo(1);
-  bottom[1] = table.CornerText();
+  bottom.push_back(nullptr);
+  bottom.push_back(table.CornerText());
+  const OddStream odd;
   testing::internal::CaptureStdout();
   table.Print();
   table.PrintCells(&bottom, 0, 0);

@@ -13,10 +13,12 @@
 #include <new>
 #include <random>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <tuple>
 #include <vector>
 
+#include "backend/tables/om/Cell.h"
 #include "backend/tables/om/CellTextOrder.h"
 #include "backend/tables/om/Utility.h"
 #include "backend/tables/om/Vector.h"
@@ -31,58 +33,44 @@ using Cell = std::unique_ptr<OmCellText>;
 using std::string;
 using namespace std::string_literals;
 
-// Null without a sanitizer.
-extern "C" [[gnu::weak]] void* FirstPoisoned(const void* begin, unsigned long bytes) __asm__(
-    "__asan_region_is_poisoned");
-
-// Whether a sanitizer, if there is one, would report this byte.
-bool Poisoned(const void* at) {
-  return FirstPoisoned == nullptr || FirstPoisoned(at, 1) != nullptr;
-}
-
-// A block with the pattern that fills it from some place on.
+// A block with the pattern that fills it.
 struct Held {
   unsigned char* block;
-  unsigned long from;
   unsigned long bytes;
   unsigned char pattern;
+  bool zeroed;  // the pattern stands in its first half alone
 };
 
 // Random operations on two regions, one of which gives zeros: the blocks that live keep their
-// contents, and what was written where it is marked comes back as zeros.
+// contents, and a block that goes back as zeros is zero when it comes again.
 void Churn(OmMemoryRegion& region, OmMemoryRegion& zeros, unsigned int seed) {
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
   std::vector<Held> held;
   for (int step = 0; step < 20000 || !held.empty(); ++step) {
     if (step < 20000 && (held.empty() || random() % 100 < 52)) {
-      // Mostly small, now and then around the border to the large blocks or far beyond it.
-      const unsigned long bytes = random() % 1000 == 0 ? random() % 3000000
-                                  : random() % 16 == 0 ? 16300 + random() % 200
-                                                       : random() % (1UL << random() % 17);
+      // Mostly small, now and then large, around the border to blocks of their own or far beyond.
+      const unsigned long bytes = random() % 1000 == 0  ? random() % 3000000
+                                  : random() % 500 == 0 ? 1048400 + random() % 300
+                                                        : random() % (1UL << random() % 17);
       const bool zeroed = random() % 2 == 0;
       auto* const block = static_cast<unsigned char*>(zeroed ? zeros.AllocateZeroed(bytes)
                                                              : region.Allocate(bytes));
       EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0U) << bytes;
       EXPECT_TRUE(!zeroed || std::count(block, block + bytes, 0) == static_cast<long>(bytes));
-      const unsigned long from = zeroed ? random() % (bytes + 1) : 0;
-      held.push_back({block, from, bytes, static_cast<unsigned char>(random())});
-      std::memset(block + from, held.back().pattern, bytes - from);
-      unsigned long* const marks = OmMemoryRegion::Marks(block);
-      EXPECT_EQ(marks != nullptr, zeroed && bytes > OmMemoryRegion::kMostUnmarked) << bytes;
-      // What stands behind a large block is up to the system's allocator.
-      EXPECT_TRUE(Poisoned(block - 1) &&
-                  (bytes > OmMemoryRegion::kMostUnmarked || Poisoned(block + bytes)))
-          << bytes;
-      constexpr unsigned long kStep = OmMemoryRegion::kMarkedBytes;
-      for (unsigned long i = from / kStep; marks != nullptr && i * kStep < bytes; ++i) {
-        marks[i / 64] |= 1UL << i % 64;
-      }
+      held.push_back(
+          {block, zeroed ? bytes / 2 : bytes, static_cast<unsigned char>(random()), zeroed});
+      std::memset(block, held.back().pattern, held.back().bytes);
     } else {
       std::swap(held[random() % held.size()], held.back());
-      const auto [block, from, bytes, pattern] = held.back();
-      EXPECT_EQ(std::count(block + from, block + bytes, pattern), static_cast<long>(bytes - from));
-      OmMemoryRegion::Release(block);
+      const auto [block, bytes, pattern, zeroed] = held.back();
+      EXPECT_EQ(std::count(block, block + bytes, pattern), static_cast<long>(bytes));
+      if (zeroed && random() % 2 == 0) {
+        std::memset(block, 0, bytes);
+        OmMemoryRegion::ReleaseZeroed(block);
+      } else {
+        OmMemoryRegion::Release(block);
+      }
       held.pop_back();
     }
   }
@@ -106,8 +94,8 @@ TEST(Region, KeepsBlocksApartAndCountsThem) {
     Churn(region, shared, seed);
     ExpectUse(region, 0, 0);
     ExpectUse(shared, 0, 0);
-    // All that was used is used again: the same work needs no more from the system.
-    EXPECT_TRUE(i == 0 || held == region.BytesHeld());
+    // What was used is used again: the same work needs hardly more from the system.
+    EXPECT_TRUE(i == 0 || region.BytesHeld() <= held + held / 4);
     held = region.BytesHeld();
   }
   std::vector<std::thread> threads;
@@ -119,35 +107,12 @@ TEST(Region, KeepsBlocksApartAndCountsThem) {
   ExpectUse(*heap, live, inUse);
 }
 
-TEST(Region, EndsWhatIsPostponedBeforeItTells) {
-  static int ended;
-  OmMemoryRegion region(false);
-  OmMemoryRegion::Postponed waiting([](void* object) {
-    ++ended;
-    OmMemoryRegion::Release(object);
-  });
-  void* large = nullptr;
-  const std::function<void()> asks[] = {
-      [&] { EXPECT_EQ(region.LiveBlocks(), 0U); }, [&] { EXPECT_EQ(region.BytesInUse(), 0U); },
-      [&] { EXPECT_NE(region.BytesHeld(), 0U); },  [&] { region.WorkingRelease(true); },
-      [&] { large = region.Allocate(20000); },     [&] { region.Limit(~0UL); }};
-  for (const auto& ask : asks) {
-    ended = 0;
-    void* objects[OmMemoryRegion::Postponed::kObjects + 1];
-    std::generate(std::begin(objects), std::end(objects), [&] { return region.Allocate(40); });
-    for (void* const next : objects) {
-      if (void* const object = region.Postpone(waiting, next); object != nullptr) {
-        waiting.end(object);
-      }
-    }
-    // At once where something watches, and where the region has a large block.
-    EXPECT_TRUE(ended == 1 || ended == 17) << ended;
-    EXPECT_TRUE(large == nullptr || ended == 17);
-    ask();
-    EXPECT_EQ(ended, 17);
-  }
-  OmMemoryRegion::Release(large);
-}
+// Where every block is an allocation of its own, none is used again, and no size is rounded.
+#if OM_HARDENING
+constexpr bool kOwnBlocks = true;
+#else
+constexpr bool kOwnBlocks = false;
+#endif
 
 TEST(Region, IsLean) {
   static_assert(sizeof(OmMemoryRegion) <= 528);
@@ -159,10 +124,9 @@ TEST(Region, IsLean) {
   for (unsigned long bytes = 0; bytes < 20000; bytes += bytes / 40 + 1) {
     blocks.push_back(region.Allocate(bytes));
     const unsigned long given = region.BytesInUse() - sum;
-    EXPECT_TRUE(bytes <= given && given <= bytes + bytes / 4 + 48) << bytes;
+    EXPECT_TRUE(bytes <= given && given < bytes + 16) << bytes;
     sum += given;
-    // The redzones of a sanitizer build included.
-    EXPECT_TRUE(sum < region.BytesHeld() && region.BytesHeld() < 2 * sum + 16384);
+    EXPECT_TRUE(sum < region.BytesHeld() && region.BytesHeld() < sum + sum / 2 + 8192) << sum;
   }
   ExpectUse(region, blocks.size(), sum);
   std::for_each(blocks.begin(), blocks.end(), OmMemoryRegion::Release);
@@ -170,41 +134,41 @@ TEST(Region, IsLean) {
   ExpectUse(region, 0, 0);
 }
 
-// Whether a block comes again, at the latest when the chunk is used up.
-bool ComesAgain(OmMemoryRegion& region, unsigned long bytes, const void* block) {
-  std::vector<void*> others;
-  void* next = region.Allocate(bytes);
-  for (; next != block && others.size() != 500; next = region.Allocate(bytes)) {
-    others.push_back(next);
-  }
-  std::for_each(others.begin(), others.end(), OmMemoryRegion::Release);
-  return next == block;
-}
-
 TEST(Region, UsesReleasedBlocksAgainUntilItIsOnItsWayOut) {
   OmMemoryRegion region(false);
   for (const unsigned long bytes : {8UL, 40UL, 700UL, 16000UL}) {
     void* const block = region.Allocate(bytes);
     OmMemoryRegion::Release(block);
-    EXPECT_TRUE(ComesAgain(region, bytes, block));
+    void* const again = region.Allocate(bytes);
+    EXPECT_EQ(again == block, !kOwnBlocks) << bytes;
     region.WorkingRelease(false);
-    OmMemoryRegion::Release(block);
+    OmMemoryRegion::Release(again);
     void* const other = region.Allocate(bytes);
-    EXPECT_NE(other, block);
-    EXPECT_TRUE(Poisoned(block));
+    EXPECT_NE(other, again);
     region.WorkingRelease(true);
     OmMemoryRegion::Release(other);
-    EXPECT_TRUE(ComesAgain(region, bytes, other));
-    OmMemoryRegion::Release(other);
+    ExpectUse(region, 0, 0);
   }
-  void* const large = region.Allocate(100000);
+  void* const large = region.Allocate(2000000);
   const unsigned long held = region.BytesHeld();
   OmMemoryRegion::Release(large);
-  EXPECT_LE(region.BytesHeld() + 100000, held);
-  void* const kept = region.Allocate(100000);
+  EXPECT_LE(region.BytesHeld() + 2000000, held);
+  void* const kept = region.Allocate(2000000);
   region.WorkingRelease(false);
   OmMemoryRegion::Release(kept);
   ExpectUse(region, 0, 0);
+}
+
+TEST(RegionDeathTest, NamesABlockThatIsReleasedTwice) {
+  OmMemoryRegion region(false);
+  for (const unsigned long bytes : {8UL, 264UL, 5000UL, 100000UL}) {
+    void* const block = region.Allocate(bytes);
+    OmMemoryRegion::Release(block);
+    // A sanitizer names it in its own words.
+    EXPECT_DEATH(OmMemoryRegion::Release(block), "the block is in use|heap-use-after-free")
+        << bytes;
+    ExpectUse(region, 0, 0);
+  }
 }
 
 TEST(Region, RefusesWhatItCannotHold) {
@@ -221,7 +185,7 @@ TEST(Region, RefusesWhatItCannotHold) {
   refuses({~0UL, ~0UL - 7, ~0UL - 31, ~0UL / 2, (1UL << 39) + 1});
   // The limit counts what is given, not what is asked for.
   region.Limit(inUse + 100);
-  refuses({2000000, 20000, 101});
+  refuses({2000000, 20000, 121});
   void* const last = region.Allocate(40);
   refuses({60});
   ExpectUse(region, 2, 2 * inUse);
@@ -229,10 +193,8 @@ TEST(Region, RefusesWhatItCannotHold) {
   region.Limit(0);  // below what is in use
   refuses({0});
   region.Limit(inUse + 100);
-  for (int i = 0; i < 3; ++i) {
-    OmMemoryRegion::Release(last);
-    EXPECT_EQ(region.Allocate(40), last);
-  }
+  OmMemoryRegion::Release(last);
+  EXPECT_NO_THROW((void)region.Allocate(40));
 }
 
 constexpr double kHuge = std::numeric_limits<double>::infinity();
@@ -273,6 +235,11 @@ TEST(Cells, TellTheirText) {
   const double large = std::ldexp(1, 1000);
   const std::pair<OmCellText*, string> rows[] = {
       {new OmNumber(1234.5), "1234.50"},
+      {new OmNumber(203), "203"},
+      {new OmNumber(-0.0), "0"},
+      {new OmNumber(4503599627370495.5), "4503599627370495.50"},  // the last one with a fraction
+      {new OmNumber(-large), "-" + OmNumber(large, kWhole).Text()},
+      {new OmNumber(203, kDefaultFormat), "203.00"},
       {new OmNumber(2.5, kWhole), "2"},
       {new OmNumber(-0.004), "0.00"},
       {new OmNumber(-0.006), "-0.01"},
@@ -288,7 +255,7 @@ TEST(Cells, TellTheirText) {
       {new OmNumDataValue(1, "", kWhole), "1"},
       {new OmStringDataValue("m", "male"), "male"},
       {new OmStringDataValue("m", ""), "m"},
-      {Compose({S("N = "), new OmNumber(3), nullptr, Compose({S("!")})}), "N = 3.00!"},
+      {Compose({S("N = "), new OmNumber(3), nullptr, Compose({S("!")})}), "N = 3!"},
   };
   for (const auto& [cell, text] : rows) {
     const Cell owner(cell);
@@ -297,6 +264,20 @@ TEST(Cells, TellTheirText) {
     cell->Print(2);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "    " + text);
   }
+}
+
+template <typename Value>
+concept MakesACell = requires(const Value& value) {
+  om::Cell(value);
+};
+
+TEST(Cells, AreMadeInOneShortExpression) {
+  EXPECT_EQ(om::Cell("text").Text() + om::Cell(string("s")).Text() + om::Cell(203).Text() +
+                om::Cell(2.5F).Text() + om::Cell(~0UL >> 11).Text(),
+            "texts2032.509007199254740991");
+  static_assert(MakesACell<char[2]> && MakesACell<std::string_view> && MakesACell<short>);
+  static_assert(!MakesACell<std::nullptr_t> && !MakesACell<char> && !MakesACell<bool> &&
+                !MakesACell<OmStringCell>);
 }
 
 TEST(Cells, AreInOneTotalOrder) {
@@ -355,7 +336,7 @@ TEST(Cells, TakeACloneWholeFromItsRegion) {
 
 TEST(Cells, CopySearchAndDestroyDeepComposites) {
   OmMemoryRegion region(false);
-  constexpr int kLevels = 10000;
+  constexpr int kLevels = 300000;
   OmComposite deep;
   auto node = deep.Tree().Root();
   for (int i = 0; i < kLevels; ++i) {
@@ -373,6 +354,62 @@ TEST(Cells, CopySearchAndDestroyDeepComposites) {
   deep.Tree().Child(node, new OmNumber(2));
   deep.Tree().Child(deep.Tree().Root(), new OmNumber(3));
   EXPECT_EQ(OmUtility::GetFirstNumber(deep)->Value(), 2);
+}
+
+// Each composite holds "a", the one below it and "b".
+TEST(Cells, HoldCompositesInCompositesWithoutStack) {
+  constexpr int kLevels = 100000;
+  OmCellText* inner = S("x");
+  for (int i = 0; i < kLevels; ++i) {
+    auto* const outer = new OmComposite;
+    *outer->Tree().Root() = S("a");
+    outer->Tree().Child(outer->Tree().Root(), inner);
+    outer->Tree().Child(outer->Tree().Root(), S("b"));
+    inner = outer;
+  }
+  const Cell deep(inner);
+  OmMemoryRegion region(false);
+  {
+    const Cell clone(deep->Clone(&region));
+    EXPECT_EQ(clone->Text(), string(kLevels, 'a') + "x" + string(kLevels, 'b'));
+    EXPECT_EQ(clone->Compare(*deep), 0);
+    OmComposite* lowest = static_cast<OmComposite*>(clone.get());
+    while (auto* const below = dynamic_cast<OmComposite*>(*lowest->Tree().Root()[0])) {
+      lowest = below;
+    }
+    lowest->Tree().Child(lowest->Tree().Root(), nullptr);
+    EXPECT_TRUE(clone->Compare(*deep) > 0 && deep->Compare(*clone) < 0);
+  }
+  EXPECT_EQ(region.LiveBlocks(), 0U);
+}
+
+// The text of a composite decides before its parts do, also where parts that are equal have texts
+// of unequal lengths.
+TEST(Cells, CompareCompositesInCompositesByTheirTexts) {
+  const auto make = [](const std::vector<OmCellText*>& parts) {
+    auto composite = std::make_unique<OmComposite>();
+    for (OmCellText* const part : parts) {
+      composite->Tree().Child(composite->Tree().Root(), part);
+    }
+    return composite;
+  };
+  const auto number = [](int decimals) {
+    return new OmNumber(3, Qualtex_Format(Qualtex_Format::kFixed, 8, decimals));
+  };
+  const auto shorter = make({make({S("x")}).release(), S("yz")});
+  const auto longer = make({make({S("xy")}).release(), S("z")});
+  EXPECT_LT(shorter->Compare(*longer), 0);
+  EXPECT_GT(longer->Compare(*shorter), 0);
+  const auto whole = make({number(0), make({S(".00x")}).release()});
+  const auto decimals = make({number(2), make({S("x")}).release()});
+  EXPECT_EQ(whole->Text(), decimals->Text());
+  EXPECT_LT(whole->Compare(*decimals), 0);
+  EXPECT_GT(decimals->Compare(*whole), 0);
+  const auto bare = make({make({}).release(), S("x")});
+  const auto filled = make({make({make({}).release()}).release(), S("x")});
+  EXPECT_LT(bare->Compare(*filled), 0);
+  EXPECT_GT(filled->Compare(*bare), 0);
+  EXPECT_EQ(filled->Compare(*Cell(filled->Clone())), 0);
 }
 
 TEST(Converter, ConvertsOrFails) {
@@ -396,6 +433,24 @@ TEST(Converter, ConvertsOrFails) {
       {"CP1252", "a\xe2\x82", fails},
       {"UTF-16LE", "\xc0\xaf", fails},
       {"UTF-16LE", "\xed\xa0\x80", fails},
+      {"UCS-4LE", "\xed\xa0\x80", fails},
+      {"UTF-32LE", "\xf4\x90\x80\x80", fails},
+      {"UCS-4BE", "\xf8\x88\x80\x80\x80", fails},
+      // The system's tables drop tags, and have substitutes, look-alikes and control characters.
+      {"CP1252", "a\u00f3\U000e0061", fails},
+      {"UTF-32LE", "\U000e0061", "\x61\0\x0e\0"s},
+      {"IBM1388", "\u00a0", fails},
+      {"IBM1371", "\\", fails},
+      {"IBM9448", "\u0191", fails},
+      {"IBM901", "\u203c", fails},
+      {"ISO-2022-JP", "\x1b$B", fails},
+      // Letters that are composed with what follows them. One that is missing is missed among them.
+      {"CP1258", "a\u0301\u1ea5", "a\xec\xe2\xec"},
+      {"CP1258", "a\u0301\U000e0061", fails},
+      {"CP1255", "\u05e9\u05c1\ufb2a", "\xf9\xd1\xf9\xd1"},
+      {"SHIFT_JIS", "\\~\u00a5\u203e\u3042", "\\~\\~\x82\xa0"},
+      {"IBM939", "~", "\xa0"},
+      {"EUC-JP", "\u00a5\uffe5", "\\\xa1\xef"},
       {"no such page", "a", fails},
       {"", "a", fails},
       {nullptr, "a", fails},

@@ -1,8 +1,5 @@
 #include "backend/tables/MultiBase.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "backend/tables/om/Assert.h"
 
 namespace {
@@ -23,31 +20,18 @@ std::vector<unsigned int> MultiBase::Bases() const {
 
 std::vector<unsigned int> MultiBase::Digits(unsigned long long value) const {
   std::vector<unsigned int> digits(bases.size());
-  Digits(value, digits.data());
-  return digits;
-}
-
-void MultiBase::Digits(unsigned long long value, unsigned int* digits) const {
   if (bases.empty()) {
-    return;
+    return digits;
   }
   unsigned long i = bases.size() - 1;
   for (; i != 0 && value != 0; --i) {
-    const unsigned int b = bases[i];
-    OM_ASSERT(b > 0, "b>0", kSource, 0, "Digits");
-    if (value <= std::numeric_limits<unsigned int>::max()) {
-      // A division of 32 bits costs less than half of one of 64.
-      const auto rest = static_cast<unsigned int>(value);
-      digits[i] = rest % b;
-      value = rest / b;
-    } else {
-      digits[i] = static_cast<unsigned int>(value % b);
-      value /= b;
-    }
+    OM_ASSERT(bases[i] > 0, "b>0", kSource, 0, "Digits");
+    digits[i] = static_cast<unsigned int>(value % bases[i]);
+    value /= bases[i];
   }
   // Where the walk came to the first base, its digit takes all that is left, unreduced on purpose.
   digits[i] = static_cast<unsigned int>(value);
-  std::fill_n(digits, i, 0U);
+  return digits;
 }
 
 unsigned long long MultiBase::Value(const std::vector<unsigned int>& digits) const {

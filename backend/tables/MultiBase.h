@@ -24,8 +24,6 @@ class OM_API MultiBase {
   // beyond the product of the bases shows as a first digit at or beyond its base. A base of 0 that
   // the division meets ends the process.
   [[nodiscard]] std::vector<unsigned int> Digits(unsigned long long value) const;
-  // Writes the same digits to `digits`, which has room for Size() of them.
-  void Digits(unsigned long long value, unsigned int* digits) const;
   // Returns the place of some digits, which are not held against their bases. Ends the process
   // unless there is one digit a base, and at least one.
   [[nodiscard]] unsigned long long Value(const std::vector<unsigned int>& digits) const;

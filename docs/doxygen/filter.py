@@ -22,7 +22,7 @@ CONVENTIONS = [
     (r'^using (\w+) = (.+);', r'Short for `\2`.'),
     (r'\boverride\b', None),
     (r'^friend\b', None),
-    (r'\bvoid Visit\((\w+)&', r'Receives an `\1`.'),
+    (r'\bvoid Visit\((?:const )?(\w+)&', r'Receives an `\1`.'),
     (r'^enum (?:class )?(\w+)', 'The kinds of {}.'),
     (r'operator==\(', 'Tells whether the two are equal.'),
     (r'operator<\(', 'Tells whether the first comes before the other.'),

@@ -1,10 +1,11 @@
 // The snippets of docs/build-a-document.md.
 
 #include <iostream>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "backend/tables/om/om.h"
-#include "platform/cells/CellTexts.h"
 
 namespace {
 
@@ -18,8 +19,9 @@ void PrintOutline(OmOutputTree& document) {
 }
 // [outline]
 
-OmPivotTable* Counts() {
-  return new OmPivotTable(OmStringCell("Sex by class"), OmStringCell("Counts"), false);
+std::unique_ptr<OmPivotTable> Counts() {
+  return std::make_unique<OmPivotTable>(OmStringCell("Sex by class"), OmStringCell("Counts"),
+                                        false);
 }
 
 }  // namespace
@@ -27,7 +29,7 @@ OmPivotTable* Counts() {
 int main() {
   // [create]
   OmOutputTree document;  // holds one entry: a heading with the title "Output"
-  OmOutputTree::Node root(document, document.List().begin());
+  OmOutputTree::Node root = document.Root();
   // [create]
 
   // [items]
@@ -35,7 +37,8 @@ int main() {
       root.Child(new OmProcedure(OmStringCell("Crosstabs"), "CROSSTABS", "crosstabs", "DataSet1"));
   procedure.Child(new OmTextBlock(OmStringCell("Notes"), "2,201 cases read."));
   auto results = procedure.Child(new OmHeading(OmStringCell("Results")));
-  auto table = results.Child(Counts());
+  std::unique_ptr<OmPivotTable> counts = Counts();
+  auto table = results.Child(std::move(counts));  // the same, and safe where memory runs out
   results.Child(new OmTextBlock(OmStringCell("Log"), "Done."));
   // [items]
 

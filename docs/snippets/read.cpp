@@ -77,7 +77,7 @@ OmPivotTable* SmallTable() {
 
 int main() {
   OmOutputTree document;
-  OmOutputTree::Node root(document, document.List().begin());
+  OmOutputTree::Node root = document.Root();
   auto heading = root.Child(new OmHeading(OmStringCell("Scores")));
   heading.Child(SmallTable());
   auto* const chart = new OmChart(OmStringCell("Bars"), "", 1);

@@ -1,11 +1,11 @@
 // The snippets of docs/build-a-table.md.
 
 #include <iostream>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "backend/tables/om/om.h"
-#include "platform/cells/CellTexts.h"
-#include "platform/dataio/BackendSettings.h"
 
 namespace {
 
@@ -70,12 +70,13 @@ int main() {
   // [footnotes]
 
   // [formats]
-  auto* const titles = new FormatArea(FormatArea::kArea0);
+  auto titles = std::make_unique<FormatArea>(FormatArea::kArea1);
   titles->setFontName("Serif");
   titles->setFontSize(11);
-  table.setAreaFormat(titles);  // the table owns the handle now
-  table.Caption(nullptr);       // no caption
-  table.CornerText(nullptr);
+  table.setAreaFormat(std::move(titles));  // the table owns it now
+  const OmStringCell caption("Source: the board of inquiry");
+  table.Caption(&caption);
+  table.CornerText(nullptr);  // none
   // [formats]
 
   // [end]
@@ -85,5 +86,18 @@ int main() {
   // [print]
   table.Print();
   // [print]
+
+  // [layers]
+  OmPivotTable byPort(OmStringCell("Survival by port"), OmStringCell("Counts"), false);
+  byPort.CopyDimensions(table);
+  OmDimension* const port = byPort.AddDimension(OmStringCell("Port"));  // dimension 2
+  port->Child(port->Root(), OmStringCell("Cherbourg"), 0, false);
+  port->Child(port->Root(), OmStringCell("Queenstown"), 1, false);
+  byPort.Columns().push_back(0);
+  byPort.Rows().push_back(1);
+  byPort.Layers().push_back(2);
+  byPort.setLayerLoc(1);  // Queenstown first
+  byPort.EndTable();
+  // [layers]
   std::cout << Marked(table, *table.Cell({0, 1})) << '\n';
 }

@@ -1,6 +1,7 @@
 #include "examples/report/TableLook.h"
 
 #include <memory>
+#include <utility>
 
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTable.h"
@@ -8,12 +9,6 @@
 namespace report {
 
 namespace {
-
-// Hands a format over to the table.
-void Set(OmPivotTable& table, std::unique_ptr<FormatArea> format) {
-  table.setAreaFormat(format.get());
-  static_cast<void>(format.release());
-}
 
 std::unique_ptr<FormatArea> Area(FormatArea::Area which, int vertical, int horizontal) {
   auto format = std::make_unique<FormatArea>(which);
@@ -48,7 +43,7 @@ void ApplyLook(OmPivotTable& table) {
     data->setTextColor("#7a2e0e");
     data->setBackgroundColor("#fdf1e7");
     data->setHorizontalAlignment(kLeft);
-    Set(table, std::move(data));
+    table.setAreaFormat(std::move(data));
     return;
   }
   auto rows = Area(area::kRowLabels, kTop, kLeft);
@@ -59,23 +54,23 @@ void ApplyLook(OmPivotTable& table) {
       format->setAlternateBackgroundColor("#f3f5f8");
     }
   }
-  Set(table, std::move(data));
-  Set(table, std::move(rows));
+  table.setAreaFormat(std::move(data));
+  table.setAreaFormat(std::move(rows));
 
   auto columns = Area(area::kColumnLabels, kBottom, -1);
   columns->setFontStyle(kBold);
   columns->setTextColor("#27415f");
-  Set(table, std::move(columns));
+  table.setAreaFormat(std::move(columns));
 
   auto corner = Area(area::kCorner, kBottom, kLeft);
   corner->setFontStyle(kBold);
   corner->setTextColor("#27415f");
-  Set(table, std::move(corner));
+  table.setAreaFormat(std::move(corner));
 
   auto footnotes = std::make_unique<FormatArea>(area::kFootnotes);
   footnotes->setFontSize(9);
   footnotes->setMarginLeft(2);
-  Set(table, std::move(footnotes));
+  table.setAreaFormat(std::move(footnotes));
 }
 
 }  // namespace report

@@ -9,6 +9,7 @@
 #include <limits>
 #include <string>
 
+#include "backend/tables/om/Contradictions.h"
 #include "backend/tables/om/OutputTree.h"
 #include "examples/report/Charts.h"
 #include "examples/report/CsvReader.h"
@@ -43,12 +44,25 @@ void Report(const char* message) {
   std::cerr << line << '\n';
 }
 
+// Reports, in builds with hardening, what the document would show wrongly: mistakes of the
+// procedures.
+void ReportContradictions([[maybe_unused]] OmOutputTree& document) {
+#if defined(OM_HARDENING) && OM_HARDENING
+  for (const om::Finding& finding : om::Contradictions(document)) {
+    if (finding.weight == om::Finding::Weight::kShownWrongly) {
+      Report(finding.sentence.c_str());
+    }
+  }
+#endif
+}
+
 void Run(const report::Options& options) {
   const report::DataSet data = report::ReadDataSet(options.file);
   const report::Plan plan = report::MakePlan(data, options);
   OmOutputTree document;
   report::BuildDocument(data, plan, document);
   report::AddCharts(data, plan, document);
+  ReportContradictions(document);
   if (!options.html.empty()) {
     report::WriteHtmlFile(document, options.skipEmpty, options.html);
     return;

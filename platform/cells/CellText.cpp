@@ -39,7 +39,30 @@ short CompareNumbers(double a, double b) {
   return ThreeWay(a, b);
 }
 
+// Hands on what a text says of its kind.
+class Reader : public OmCellText::Visitor {
+ public:
+  explicit Reader(OmCellText::ConstVisitor& to_) noexcept : to(to_) {}
+  void Visit(OmNumber& cell) override { to.Visit(cell); }
+  void Visit(OmStringCell& cell) override { to.Visit(cell); }
+  void Visit(OmStringCellUTF8& cell) override { to.Visit(cell); }
+  void Visit(OmVariable& cell) override { to.Visit(cell); }
+  void Visit(OmNumDataValue& cell) override { to.Visit(cell); }
+  void Visit(OmStringDataValue& cell) override { to.Visit(cell); }
+  void Visit(OmComposite& cell) override { to.Visit(cell); }
+
+ private:
+  OmCellText::ConstVisitor& to;
+};
+
 }  // namespace
+
+void OmCellText::Accept(ConstVisitor& visitor) const {
+  Reader reader(visitor);
+  // The kinds have one virtual function that tells them apart, and it is for texts that may be
+  // changed. It only passes the text on.
+  const_cast<OmCellText*>(this)->Accept(reader);
+}
 
 void OmCellText::CopyMeta(const OmCellText& other, OmMemoryRegion* region) {
   home = reinterpret_cast<unsigned long>(NewMeta(other.getMeta(), region));
@@ -123,3 +146,4 @@ void OmCellText::setMeta(const OmCellMetaData& meta) {
 }
 
 OmCellText::Visitor::~Visitor() = default;
+OmCellText::ConstVisitor::~ConstVisitor() = default;

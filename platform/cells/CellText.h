@@ -35,6 +35,7 @@ class icuTracker;
 class OM_PLATFORM_API OmCellText {
  public:
   class Visitor;
+  class ConstVisitor;
 
   OmCellText(const OmCellText&) = delete;
   OmCellText& operator=(const OmCellText&) = delete;
@@ -68,7 +69,10 @@ class OM_PLATFORM_API OmCellText {
   [[nodiscard]] virtual std::string Text() const = 0;
   // Writes the text to the standard output, after `indent` times two blanks, without a line end.
   virtual void Print(unsigned int indent) const;
+  // Calls the Visit overload of the text's own kind.
   virtual void Accept(Visitor& visitor) = 0;
+  // The same for a text that is only read. Goes through the function above, which changes no text.
+  void Accept(ConstVisitor& visitor) const;
 
   // Ties the text to a tracker, which has to outlive the text or be replaced; null ties it to none.
   virtual void setICUTracker(icuTracker* tracker);
@@ -148,6 +152,20 @@ class OM_PLATFORM_API OmCellText::Visitor {
   virtual void Visit(OmNumDataValue& cell) = 0;
   virtual void Visit(OmStringDataValue& cell) = 0;
   virtual void Visit(OmComposite& cell) = 0;
+};
+
+// Visits a cell value that is only read. A class of its own, so that the functions of Visitor, and
+// their order, stay what visitors are compiled for.
+class OM_PLATFORM_API OmCellText::ConstVisitor {
+ public:
+  virtual ~ConstVisitor();
+  virtual void Visit(const OmNumber& cell) = 0;
+  virtual void Visit(const OmStringCell& cell) = 0;
+  virtual void Visit(const OmStringCellUTF8& cell) = 0;
+  virtual void Visit(const OmVariable& cell) = 0;
+  virtual void Visit(const OmNumDataValue& cell) = 0;
+  virtual void Visit(const OmStringDataValue& cell) = 0;
+  virtual void Visit(const OmComposite& cell) = 0;
 };
 
 #endif

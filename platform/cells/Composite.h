@@ -13,9 +13,9 @@
 //
 // A composite owns the texts in its tree: what is deleted from the tree without being deleted
 // itself passes to the caller. Each record has a text of its own or null; the root has null at
-// first. Copying and destroying cost a few small stack frames for each level of the tree. Comparing
-// composes the texts, which may find no memory; that of composites nested in composites costs each
-// level's text once more.
+// first. Comparing composes the texts, which may find no memory. Nothing recurses, neither over the
+// levels of a tree nor over composites in composites; one of a derived class counts as any other
+// text.
 class OM_PLATFORM_API OmComposite : public OmCellText {
  public:
   // The tree will live in `region`, null for the default heap. Its texts may live anywhere that
@@ -27,6 +27,7 @@ class OM_PLATFORM_API OmComposite : public OmCellText {
   [[nodiscard]] short Compare(const OmCellText& other) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
   [[nodiscard]] std::string Text() const override;
+  using OmCellText::Accept;
   void Accept(Visitor& visitor) override;
 
   [[nodiscard]] const OmVectorTree<OmCellText*>& Tree() const noexcept { return tree; }

@@ -9,18 +9,8 @@
 static_assert(sizeof(OmNumber) <= 40, "a number fits a region block of 40 bytes");
 
 OmCellText* OmNumber::Clone(OmMemoryRegion* region) const {
-  if (region != nullptr && !hasMeta()) {
-    if (void* const block = region->TryAllocate(sizeof(OmNumber)); block != nullptr) {
-      return Whole(::new (block) OmNumber(value, format, region));
-    }
-  }
-  return CloneAtLength(region);
-}
-
-// Apart from the other, which keeps nothing across a call.
-[[gnu::noinline]] OmCellText* OmNumber::CloneAtLength(OmMemoryRegion* region) const {
-  auto* const copy = new (region) OmNumber(*this, region);
-  return hasMeta() ? copy : Whole(copy);
+  return hasMeta() ? new (region) OmNumber(*this, region)
+                   : Whole(new (region) OmNumber(value, format, region));
 }
 
 unsigned long OmNumber::Kind() const noexcept {

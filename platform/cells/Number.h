@@ -3,6 +3,7 @@
 #ifndef PLATFORM_CELLS_NUMBER_H
 #define PLATFORM_CELLS_NUMBER_H
 
+#include <cmath>
 #include <string>
 
 #include "backend/tables/om/Format.h"
@@ -12,8 +13,11 @@
 // fixed notation with the decimals of the format, whatever the locale.
 class OM_PLATFORM_API OmNumber : public OmCellText {
  public:
+  // Has the default format, with no decimals where the number is a whole one: 203 shows as "203",
+  // and 2.5 as "2.50".
+  explicit OmNumber(double value_) noexcept : OmNumber(value_, FormatOf(value_)) {}
   // Metadata, the only thing that a number holds outside itself, will live in `region`.
-  explicit OmNumber(double value_, const Qualtex_Format& format_ = kDefaultFormat,
+  explicit OmNumber(double value_, const Qualtex_Format& format_,
                     OmMemoryRegion* region = nullptr) noexcept
       : OmCellText(region), value(value_), format(format_) {}
   ~OmNumber() override = default;
@@ -21,6 +25,7 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
   [[nodiscard]] std::string Text() const override;
+  using OmCellText::Accept;
   void Accept(Visitor& visitor) override;
 
   [[nodiscard]] double Value() const noexcept { return value; }
@@ -33,7 +38,15 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
   [[nodiscard]] Key OrderKey(std::string& composed) const override;
 
  private:
-  [[nodiscard]] OmCellText* CloneAtLength(OmMemoryRegion* region) const;
+  // Returns the format of a number that was given none. Inline and without a library's function,
+  // because every cell of a table may ask for it.
+  [[nodiscard]] static Qualtex_Format FormatOf(double value) noexcept {
+    constexpr double kAllWhole = 9007199254740992;  // 2^53: no larger number has a fraction
+    const bool small = value > -kAllWhole && value < kAllWhole;
+    const bool whole =
+        small ? static_cast<double>(static_cast<long long>(value)) == value : !std::isnan(value);
+    return {kDefaultFormat.Type(), kDefaultFormat.Width(), whole ? 0 : kDefaultFormat.Decimals()};
+  }
   OmNumber(const OmNumber& other, OmMemoryRegion* region)
       : OmCellText(other, region), value(other.value), format(other.format) {}
 

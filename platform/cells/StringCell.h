@@ -19,6 +19,7 @@ class OM_PLATFORM_API OmStringCell : public OmCellText {
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
   [[nodiscard]] std::string Text() const override;
+  using OmCellText::Accept;
   void Accept(Visitor& visitor) override;
 
   [[nodiscard]] bool Flag() const noexcept { return flag; }

@@ -17,6 +17,7 @@ class OM_PLATFORM_API OmStringCellUTF8 : public OmCellText {
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
   [[nodiscard]] std::string Text() const override;
+  using OmCellText::Accept;
   void Accept(Visitor& visitor) override;
 
  protected:

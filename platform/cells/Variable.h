@@ -18,6 +18,7 @@ class OM_PLATFORM_API OmVariable : public OmCellText {
   [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region = nullptr) const override;
   [[nodiscard]] unsigned long Kind() const noexcept override;
   [[nodiscard]] std::string Text() const override;
+  using OmCellText::Accept;
   void Accept(Visitor& visitor) override;
 
   [[nodiscard]] std::string_view Name() const noexcept { return chars.First(); }

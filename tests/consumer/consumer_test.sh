@@ -16,23 +16,25 @@ fail() { echo "$way: $*" >&2; exit 1; }
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "$*"; }; }
 expect() { diff <("$build/snippets/$1") <("$2") || fail "$2 prints something else"; }
 
-# consumer <compiler> <cmake argument>... configures, builds and runs the programs.
+# consumer <compiler> <cmake argument>... configures, builds and runs the programs in each of $configurations.
+configurations=Release
 consumer() {
-  local compiler=$1 folder=$work/consumer-${1##*/}
+  local compiler=$1 folder=$work/consumer-${1##*/} configuration
   shift
-  quietly cmake -S "$here" -B "$folder" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
+  quietly cmake -S "$here" -B "$folder" -G "Ninja Multi-Config" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" "$@"
-  quietly cmake --build "$folder" --target consumer reader
-  expect layout "$folder/consumer"
-  expect read "$folder/reader"
+  for configuration in $configurations; do
+    quietly cmake --build "$folder" --config "$configuration" --target consumer reader
+    expect layout "$folder/$configuration/consumer"
+    expect read "$folder/$configuration/reader"
+  done
 }
 
 # What is installed below $1 is what callers may see, and knows neither where it was built nor where it was.
 inspect() {
   local found
-  found=$(cd "$1/include/om-1" && find . -name '*.h' | wc -l)
-  [ "$found" -eq "$(cd "$source" && find backend platform -name '*.h' -not -name '[!C]*Data.h' | wc -l)" ] ||
-    fail "$found headers"
+  diff <(cd "$1/include/om-1" && find . -type f | sort) \
+    <(sed -n 's,^public ,./,p' "$build"/files/om*.txt | sort) || fail "other headers than the public ones"
   # Debug information aside, which only libraries have.
   found=$(grep -rlI -e "$source" -e "$build" -e "$work/first" "$1" || true)
   [ -z "$found" ] || fail "these files name a folder of the build: $found"
@@ -43,6 +45,7 @@ installed)
   quietly cmake --install "$build" --prefix "$work/first"
   mv "$work/first" "$work/moved"
   inspect "$work/moved"
+  configurations="Debug Release"  # one library serves both
   for compiler in "$@"; do
     consumer "$compiler" -DCMAKE_PREFIX_PATH="$work/moved"
   done
@@ -50,14 +53,39 @@ installed)
   read -ra flags <<<"$(PKG_CONFIG_PATH=$config pkg-config --cflags --libs om)"
   quietly "$1" -std=c++20 "$source/docs/snippets/read.cpp" -o "$work/plain" "${flags[@]}" "-Wl,-rpath,$(dirname "$config")"
   expect read "$work/plain"
+  # A program of the other hardening mode does not link, and the symbols that it misses say why.
+  case ${flags[*]} in
+  *OM_HARDENING*) other=-UOM_HARDENING missing=off ;;
+  *) other=-DOM_HARDENING=1 missing=on ;;
+  esac
+  ! "$1" -std=c++20 "$source/docs/snippets/read.cpp" -o "$work/mixed" "${flags[@]}" $other -Wl,--gc-sections \
+    2>"$work/log" || fail "a program of the other hardening mode links"
+  for library in libom libomplatform; do
+    grep -q "${library}_with_OM_HARDENING_$missing" "$work/log" || { cat "$work/log" >&2; fail "no word of $library"; }
+  done
   ;;
 subdirectory)
-  consumer "$1" -DOM_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=OFF
+  consumer "$1" -DOM_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=OFF -DOM_HARDENING=ON -DCMAKE_CXX_FLAGS= \
+    -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DOM_BUILD_TESTS=ON -DOM_BUILD_EXAMPLES=OFF
+  folder=$work/consumer-${1##*/}
+  quietly cmake --build "$folder" --config Release --target misuse
+  ! "$folder/Release/misuse" 2>"$work/log" && grep -q 'OmVector::operator\[\]' "$work/log" ||
+    fail "hardening asks for the configuration"
+  # The fuzzers need no sample program; the one that is about the sample is left out.
+  quietly cmake --build "$folder" --config Release --target om_fuzz
+  diff <("$folder/om/fuzz/Release/om_fuzz" --list) <(cd "$source/fuzz/corpus" && printf '%s\n' [!.]* | grep -vx csv) ||
+    fail "other fuzzers"
+  # Warnings, debug symbols and the generation of code are the affair of the build around the library.
+  generated=$(grep '"command".*/Release/.*/\(backend\|platform\)/' "$folder/compile_commands.json" |
+    grep -oE ' -[Wgfm][^ ]*' | sort -u | tr -d '\n')
+  [ "$generated" = " -fvisibility-inlines-hidden -fvisibility=hidden" ] ||
+    fail "flags in somebody else's build:$generated"
   ;;
 platform)
   consumer "$1" -DOM_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=ON -DOTHER_PLATFORM=ON
   # Nothing of the replaced platform is left in the library.
-  ! grep -aq 'platform/memory/MemoryRegion.cpp' "$work"/consumer-*/om/backend/tables/libom.so ||
+  libom=$(find "$work" -name libom.so)
+  [ -f "$libom" ] && ! grep -aq 'platform/memory/MemoryRegion.cpp' "$libom" ||
     fail "the library holds the platform that was replaced"
   ;;
 packages)

@@ -31,6 +31,24 @@ struct Kinds : OmOutputPart::Visitor {
   std::string kinds;
 };
 
+struct ConstKinds : OmOutputPart::ConstVisitor {
+  void Visit(const OmProcedure& item) override {
+    kinds += 'p', OmOutputPart::ConstVisitor::Visit(item);
+  }
+  void Visit(const OmPageTitle& item) override {
+    kinds += 'g', OmOutputPart::ConstVisitor::Visit(item);
+  }
+  void Visit(const OmPivotTable&) override { kinds += 't'; }
+  void Visit(const OmHeading&) override { kinds += 'h'; }
+  void Visit(const OmTextBlock&) override { kinds += 'b'; }
+  void Visit(const OmChart&) override { kinds += 'c'; }
+  void Visit(const OmDendrix&) override { kinds += 'd'; }
+  void Visit(const OmModel&) override { kinds += 'm'; }
+  void Visit(const OmInteractive&) override { kinds += 'i'; }
+
+  std::string kinds;
+};
+
 // An item of every kind but the table.
 struct Items : ExhaustionFixture {
   Items() {
@@ -60,14 +78,22 @@ struct Items : ExhaustionFixture {
                   std::as_const(interactive).getJSONPath(), interactive.getOptions(),
                   std::as_const(interactive).getOptions());
   }
+  template <typename Of, typename To>
+  static void VisitAll(Of& of, To& visitor) {
+    of.heading.Accept(visitor), of.procedure.Accept(visitor), of.block.Accept(visitor);
+    of.page.Accept(visitor), of.chart.Accept(visitor), of.model.Accept(visitor);
+    of.dendrix.Accept(visitor), of.interactive.Accept(visitor);
+  }
   void Visits() {
     OmPivotTable table(title, title, false);
     Kinds visitor;
-    heading.Accept(visitor), procedure.Accept(visitor), block.Accept(visitor), page.Accept(visitor);
-    chart.Accept(visitor), model.Accept(visitor), dendrix.Accept(visitor);
-    interactive.Accept(visitor), table.Accept(visitor);
-    seen = visitor.kinds;
-    EXPECT_EQ(seen, "hphbgbcmdit");
+    VisitAll(*this, visitor);
+    table.Accept(visitor);
+    ConstKinds reader;
+    VisitAll(std::as_const(*this), reader);
+    std::as_const(table).Accept(reader);
+    seen = Fields(visitor.kinds, reader.kinds, std::as_const(heading).Title()->Text());
+    EXPECT_EQ(seen, "hphbgbcmdit|hphbgbcmdit|title|");
   }
   void MapInfo() {
     std::string texts[4];
@@ -143,6 +169,18 @@ struct Formats : ExhaustionFixture {
     static_cast<void>(handle.release());
   }
 
+  // Hands a format over, and takes it along where the call fails.
+  void HandOver(int area) {
+    auto handle = std::make_unique<FormatArea>(static_cast<FormatArea::Area>(area));
+    try {
+      table.setAreaFormat(std::move(handle));
+    } catch (...) {
+      EXPECT_NE(handle, nullptr);
+      throw;
+    }
+    EXPECT_EQ(handle, nullptr);
+  }
+
   FormatArea format{FormatArea::kArea1};
   OmPivotTable table{OmStringCell("a"), OmStringCell("b"), false};
 };
@@ -155,7 +193,7 @@ TEST(Exhaustion, Formats) {
              f.format.setHorizontalAlignment(2), f.format.setVerticalAlignment(3),
              f.format.setMarginLeft(4), f.format.setMarginRight(5), f.format.setMarginTop(6),
              f.format.setMarginBottom(7), f.format.setUseAltRowColors(true)),
-            f.Set(FormatArea::kArea2),
+            f.Set(FormatArea::kArea2), f.HandOver(FormatArea::kArea2),
             // Beyond the nine.
             (f.Set(40), f.Set(40)));
 }
@@ -173,7 +211,7 @@ struct Documents : ExhaustionFixture {
   static Node Add(Node parent, const char* title) {
     return parent.Child(new OmHeading(OmStringCell(title)));
   }
-  Node Root() { return Node(tree, tree.List().begin()); }
+  Node Root() { return tree.Root(); }
   Node Item() { return Root().Begin().Begin(); }
   std::string State() {
     std::string shown = Show(note);
@@ -190,6 +228,17 @@ struct Documents : ExhaustionFixture {
     seen = Fields(Show((*root)->Title()), root.IsLeaf(), node.HasChild(), node == root.End(),
                   node != root.End(), node.Level(), &root.Tree() == &tree,
                   tree.SearchForward(tree.List().begin(), 0) == tree.List().end());
+  }
+  // Hands an item over, and takes it along where the call fails.
+  void HandOver() {
+    auto item = std::make_unique<OmHeading>(text);
+    try {
+      Item().Child(std::move(item));
+    } catch (...) {
+      EXPECT_NE(item, nullptr);
+      throw;
+    }
+    EXPECT_EQ(item, nullptr);
   }
   // The list alone leaves the items of its entries to their owner. So many that it makes entries in
   // advance where there is memory.
@@ -209,14 +258,33 @@ struct Documents : ExhaustionFixture {
   OmOutputTree tree;
 };
 
+// A table whose dimension is on no axis, at a level that is too deep.
+struct WrongDocuments : Documents {
+  WrongDocuments() {
+    auto* const table = new OmPivotTable(text, text, false);
+    Root().Child(table);
+    tree.List().back().Level() = 7;
+    table->AddDimension(text);
+  }
+  void Contradict() {
+    std::string found;
+    for (const om::Finding& finding : om::Contradictions(tree)) {
+      found += finding.sentence;
+    }
+    seen = found;
+  }
+  void Verify() {}
+};
+
 TEST(Exhaustion, Documents) {
-  UNCHANGED(Documents, OmOutputTree(), f.Readers(), f.Item().Child(nullptr),
+  UNCHANGED(Documents, OmOutputTree(), f.Readers(), f.Item().Child(nullptr), f.HandOver(),
             f.tree.Prune(Ref(f.Item())), f.tree.Erase(Ref(f.Item())), f.tree.Flatten(Ref(f.Item())),
             f.Alone(), Amputate(f.Item(), nullptr, kText),
             Amputate(f.Root().Begin(), &f.text, kText), OmFootnote(&f.text, &f.text, nullptr),
             f.seen = AsText(OmFootnote(f.note) == f.note), f.note.Marker(&f.text));
   // The old text is gone before the new one is made.
   REPEATABLE(Documents, f.note.Text(OmStringCell("new")));
+  UNCHANGED(WrongDocuments, f.Contradict());
 }
 
 }  // namespace

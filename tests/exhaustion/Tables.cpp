@@ -184,6 +184,23 @@ struct Tables : ExhaustionFixture {
   OmFootnote note{&kCell, &kCell, nullptr};
 };
 
+// One of the dimensions is on no axis.
+struct WrongTables : Tables {
+  WrongTables() { table.Rows().clear(); }
+  void Contradict() {
+    std::ostream nowhere(nullptr);
+    std::string found = AsText(om::Contradictions(*table.Dimension(0)).size());
+    for (const om::Finding& finding : om::Contradictions(table)) {
+      nowhere << finding;
+      found += finding.sentence;
+    }
+    for (std::vector<int> cell; table.NextCell(cell) != nullptr;) {
+      found += ListOf(cell);
+    }
+    seen = found;
+  }
+};
+
 TEST(Exhaustion, Tables) {
   UNCHANGED(Tables, OmPivotTable(kCell, kCell, false), f.seen = AsText(f.table.getNumCells()),
             f.table.EndTable(), f.table.AddDimension(kCell),
@@ -210,8 +227,27 @@ TEST(Exhaustion, Tables) {
              f.table.SetTableTitle(kCell), f.table.Cell({2, 3, 1, 0}, kCell), f.Settings(),
              f.table.Footnote(OmFootnote(&kTwo, &kTwo, nullptr), false),
              (f.table.emptyCellStyles()[1] = 2, f.table.cellStyles().resize(1)));
+  UNCHANGED(WrongTables, f.Contradict());
   // A new footnote leaves an entry without a text behind on purpose.
   READABLE(Tables, f.table.Cell({0, 0, 0, 0}, kCell), f.table.Footnote(f.note, true));
+}
+
+// So many footnotes that they are looked up; nobody has the writable list.
+struct ManyFootnotes : ExhaustionFixture {
+  ManyFootnotes() {
+    for (int i = 0; i != 20; ++i) {
+      const OmStringCell text(std::to_string(i));
+      table.Footnote(OmFootnote(&text, nullptr, nullptr), true);
+    }
+  }
+  std::string State() const { return Show(table.Footnotes()); }
+
+  OmFootnote note{&kTwo, nullptr, nullptr};
+  OmPivotTable table{kCell, kCell, false};
+};
+
+TEST(Exhaustion, ManyFootnotes) {
+  UNCHANGED(ManyFootnotes, f.seen = AsText(f.table.Footnote(f.note, false)));
 }
 
 template <typename Nodes>
@@ -250,7 +286,9 @@ struct Headings : Tables {
     ConstNodes all;
     layers.DimAllNodes(0, all);
     seen = Fields(layers.VisibleWidth(0), layers.getDimensionIndex(0), Labels(all),
-                  Labels(ConstNodes{dim, cat}), Labels(layers.Nodes(0)));
+                  Labels(ConstNodes{dim, cat}), Labels(layers.Nodes(0)), layers.NLayers(),
+                  ListOf(layers.getNonEmptyLayers()),
+                  ListOf(OmDisplayLayerHeading(table, false).getNonEmptyLayers()));
   }
   // What rows and columns have in common.
   template <typename Heading>
@@ -260,7 +298,7 @@ struct Headings : Tables {
     heading.DimAllNodes(1, all);
     return Fields(heading.NRows(), heading.NColumns(), heading.NDimensions(), heading.SkipEmpty(),
                   &heading.Table() == &table, Labels(heading.Row(0)), Labels(heading.Column(0)),
-                  Labels(dims), Labels(cats), Labels(all));
+                  ListOf(heading.LabelDimensions()), Labels(dims), Labels(cats), Labels(all));
   }
   void ReadRows() {
     seen = Read(rows) + Fields(Labels(rows.RowCategories(1)), ListOf(rows.getNonEmptyRows()),

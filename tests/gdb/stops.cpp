@@ -1,5 +1,10 @@
 // Makes one of everything that the debugger's printers show, and stops where it is looked at.
 
+#include <cstdlib>
+#include <iterator>
+#include <utility>
+#include <vector>
+
 #include "backend/tables/om/om.h"
 #include "platform/cells/CellTexts.h"
 
@@ -89,8 +94,40 @@ void Errors() {
   }
 }
 
+// What one opens a debugger for: memory whose walks never end. The program itself walks none of it.
+void Circles() {
+  // A list that runs back to its second element.
+  OmOutputTree document;
+  OmOutputTree::Node root(document, document.List().begin());
+  root.Child(new OmTextBlock(OmStringCell("first"), ""));
+  root.Child(new OmTextBlock(OmStringCell("second"), ""));
+  std::prev(document.List().end())._M_node->_M_next = std::next(document.List().begin())._M_node;
+  // A record that is its own child, by the pointers of its vector of children.
+  OmDimension dimension(OmDimensionNode(OmStringCell("Class"), 0, true, nullptr), nullptr);
+  dimension.Child(dimension.Root(), OmStringCell("Crew"), 0, false);
+  OmVectorTreeData<OmDimensionNode>& crew = dimension.Children()[0];
+  auto** const pointers = reinterpret_cast<OmVectorTreeData<OmDimensionNode>**>(&crew.Children());
+  pointers[1] = &crew, pointers[2] = pointers[3] = &crew + 1;
+  // Composites inside themselves, at once and around a corner, twice at each step.
+  OmComposite itself, outer, inner;
+  for (const auto& [around, content] :
+       {std::pair(&itself, &itself), std::pair(&outer, &inner), std::pair(&inner, &outer)}) {
+    around->Tree().Child(around->Tree().Root(), content);
+    around->Tree().Child(around->Tree().Root(), content);
+  }
+  // Composites of which each holds the next twice: no circle, and longer than anybody's life.
+  std::vector<OmComposite> links(64);
+  for (unsigned long i = 1; i != links.size(); ++i) {
+    links[i - 1].Tree().Child(links[i - 1].Tree().Root(), &links[i]);
+    links[i - 1].Tree().Child(links[i - 1].Tree().Root(), &links[i]);
+  }
+  [[maybe_unused]] const OmComposite& doubled = links[0];
+  Stop();
+  std::_Exit(0);  // none of it can be destroyed
+}
+
 }  // namespace
 
 int main() {
-  Containers(), Texts(), Tables(), Errors();
+  Containers(), Texts(), Tables(), Errors(), Circles();
 }

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "backend/tables/om/Contradictions.h"
 #include "backend/tables/om/Heading.h"
 #include "backend/tables/om/OutputTree.h"
 #include "backend/tables/om/TextBlock.h"
@@ -65,6 +66,7 @@ class DocumentModel {
     Walk(NodeAt(0), seen);
     ASSERT_EQ(seen, twin);
     ASSERT_EQ(tree.List().size(), twin.size());
+    ASSERT_TRUE(om::Contradictions(tree).empty());
   }
   void End() {}
 

@@ -217,6 +217,11 @@ void CheckHeading(const LayoutModel& model, const OmDisplayLayerHeading& layers,
   ASSERT_EQ(heading.NRows(), places.size());
   ASSERT_EQ(heading.getNonEmptyRows(), places);
   ASSERT_EQ(heading.NColumns(), std::accumulate(widths.begin(), widths.end(), 0UL));
+  std::vector<int> dimensionsOfLabels;
+  for (unsigned long k = 0; k != dims.size(); ++k) {
+    dimensionsOfLabels.insert(dimensionsOfLabels.end(), widths[k], static_cast<int>(k));
+  }
+  ASSERT_EQ(heading.LabelDimensions(), dimensionsOfLabels);
 
   std::vector<Payloads> across(heading.NColumns(), Payloads(places.size()));
   for (unsigned long i = 0; i != places.size(); ++i) {
@@ -280,6 +285,8 @@ inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers)
   const Places places =
       layers.SkipEmpty() ? model.NonEmpty(dims, others, current) : model.AllPlaces(dims);
   const int n = static_cast<int>(places.size());
+  ASSERT_EQ(layers.NLayers(), places.size());
+  ASSERT_EQ(layers.getNonEmptyLayers(), places);
   ASSERT_EQ(layers.LastLayer(), n != 0);
   ASSERT_FALSE(layers.SwitchLayer(-2) || layers.SwitchLayer(n));
   ASSERT_EQ(layers.getLayer(), n - 1);
@@ -316,8 +323,8 @@ class LayoutPlay {
  public:
   explicit LayoutPlay(Choices& random_) : random(random_) {}
 
-  void Step() {
-    OmPivotTable table(text, text, false);
+  // Fills a table without dimensions.
+  void Fill(OmPivotTable& table) {
     const int n = OneIn(30) ? 10 : Below(6);
     const int most = n == 10 ? 3 : OneIn(3) ? 20 : 10;
     PuppetVector<short>* const axes[] = {&table.Rows(), &table.Columns(), &table.Layers()};
@@ -333,7 +340,11 @@ class LayoutPlay {
       }
     }
     table.CornerText(OneIn(2) ? nullptr : &text);
+  }
 
+  void Step() {
+    OmPivotTable table(text, text, false);
+    Fill(table);
     const LayoutModel model(table);
     ASSERT_EQ(IsSparse(table), model.sparse);
     for (const bool skipEmpty : {false, true}) {

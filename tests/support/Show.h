@@ -4,6 +4,9 @@
 #ifndef TESTS_SUPPORT_SHOW_H
 #define TESTS_SUPPORT_SHOW_H
 
+#include <ios>
+#include <iostream>
+#include <locale>
 #include <string>
 #include <type_traits>
 
@@ -20,6 +23,26 @@ std::string AsText(const Value& value) {
     return std::to_string(+value);
   }
 }
+
+// Puts the standard output into a state that shows in every number a stream writes itself.
+class OddStream {
+ public:
+  OddStream() { std::cout << std::hex << std::showbase << std::showpos << std::uppercase; }
+  OddStream(const OddStream&) = delete;
+  OddStream& operator=(const OddStream&) = delete;
+  ~OddStream() {
+    std::cout.flags(flags);
+    std::cout.imbue(locale);
+  }
+
+ private:
+  struct Groups : std::numpunct<char> {
+    [[nodiscard]] std::string do_grouping() const override { return "\1"; }
+  };
+
+  std::ios_base::fmtflags flags = std::cout.flags();
+  std::locale locale = std::cout.imbue(std::locale(std::locale::classic(), new Groups));
+};
 
 // Joins texts, numbers and flags.
 template <typename... Values>

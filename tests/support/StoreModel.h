@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "backend/tables/om/CellIterator.h"
@@ -81,8 +83,13 @@ class StoreModel {
     // The first vector has to hold a cell, or the walk is over at once.
     const bool walks = !twin.empty() && VectorHoldsCell(twin.begin()->first);
     long texts = 0;
+    std::vector<int> next;
     for (const auto& [key, text] : twin) {
       texts += foreign && !text.empty() ? 1 : 0;
+      if (!text.empty()) {  // found whatever stands first
+        ASSERT_EQ(t->NextCell(next), t->Cell(Subscripts(key)));
+        ASSERT_EQ(next, Subscripts(key));
+      }
       if (walks && !text.empty()) {
         ASSERT_NE(cell.Cell(), nullptr);
         ASSERT_EQ(cell.Index(), Subscripts(key));
@@ -91,6 +98,8 @@ class StoreModel {
       }
     }
     ASSERT_EQ(cell.Cell(), nullptr);
+    ASSERT_EQ(t->NextCell(next), nullptr);
+    ASSERT_TRUE(next.empty());
     // Each has its end once, some with the table.
     ASSERT_EQ(counted.use_count(), 1 + texts);
     t.reset();
@@ -124,20 +133,34 @@ class StoreModel {
   std::map<Key, std::string> twin;
 };
 
+// A text of a caller's own that equals others whatever their case, though not the other way round.
+class AnyCase : public OmStringCell {
+ public:
+  using OmStringCell::OmStringCell;
+  [[nodiscard]] OmCellText* Clone(OmMemoryRegion* region) const override {
+    return new (region) AnyCase(Text(), region);
+  }
+  [[nodiscard]] short Compare(const OmCellText& other) const override {
+    return std::tolower(Text()[0]) == std::tolower(other.Text()[0]) ? 0 : 1;
+  }
+};
+
 // Footnotes, new or used again, with and without markers and counts of their own.
 class FootnoteModel {
  public:
   explicit FootnoteModel(Choices& random_) : random(random_) {}
 
   void Step() {
-    const OmStringCell text(std::string(1, static_cast<char>('a' + random.Below(6))));
+    const std::string letter(1, static_cast<char>((random.OneIn(2) ? 'A' : 'a') + random.Below(9)));
+    const std::unique_ptr<OmCellText> text(NewText(letter));
     const bool marked = !random.OneIn(2);
     const OmStringCell marker(marked ? std::to_string(random.Below(9)) : "");
-    OmFootnote note(&text, marked ? &marker : nullptr, nullptr);
+    OmFootnote note(text.get(), marked ? &marker : nullptr, nullptr);
     note.UseCount(random.Below(5) - 2);
     const bool alwaysNew = random.OneIn(5);
     OmFootnote* const known = alwaysNew ? twin.end() : std::find(twin.begin(), twin.end(), note);
-    ASSERT_EQ(table.Footnote(note, alwaysNew), known - twin.begin());
+    const auto index = static_cast<unsigned long>(known - twin.begin());
+    ASSERT_EQ(table.Footnote(note, alwaysNew), static_cast<int>(index));
     if (known == twin.end()) {
       note.UseCount(note.UseCount() < 0 ? note.UseCount() : 1);
       twin.push_back(note);
@@ -145,13 +168,37 @@ class FootnoteModel {
       known->Marker(note.Marker());
       known->AddUse();
     }
-    ASSERT_EQ(Show(table.Footnotes()), Show(twin));
+    // Whoever holds the writable list may change its texts.
+    if (random.OneIn(200)) {
+      table.Footnotes()[index].Text(marker);
+      twin[index].Text(marker);
+    }
+    ASSERT_EQ(Show(std::as_const(table).Footnotes()), Show(twin));
     Verify(table);
   }
   void End() {}
 
  private:
+  OmCellText* NewText(const std::string& letter) {
+    switch (random.Below(foreign ? 6 : 5)) {
+      case 0:
+        return new OmNumber(letter[0] % 8, {Qualtex_Format::kFixed, 8, random.Below(3)});
+      case 1:
+        return new OmVariable(letter, "");
+      case 2: {
+        auto* const composite = new OmComposite;
+        composite->Tree().Child(composite->Tree().Root(), new OmStringCell(letter));
+        return composite;
+      }
+      case 5:
+        return new AnyCase(letter);
+      default:
+        return new OmStringCell(letter);
+    }
+  }
+
   Choices& random;
+  bool foreign = random.OneIn(2);
   OmPivotTable table{OmStringCell("t"), OmStringCell("t"), false};
   OmVector<OmFootnote> twin{nullptr};
 };

@@ -9,12 +9,12 @@
 #include <vector>
 
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/DimHeader.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Footnote.h"
 #include "backend/tables/om/ListTree.h"
 #include "backend/tables/om/PivotTable.h"
+#include "backend/tables/om/PointerVector.h"
 #include "platform/cells/CellText.h"
 
 // The three pointers are null together or not at all, and in order.
@@ -59,19 +59,30 @@ void Verify(ListTree<T>& tree) {
   }
 }
 
+// The bitmap says which elements are not null, and nothing but null follows them.
+inline void Verify(const OmPointerVector& v) {
+  EXPECT_NE(v.Region(), nullptr);
+  EXPECT_EQ(v.begin() == nullptr, v.capacity() == 0);
+  unsigned long held = 0;
+  for (unsigned long i = 0; i != v.capacity(); ++i) {
+    void* const element = v.begin()[i];
+    EXPECT_TRUE(i < v.size() || element == nullptr) << i;
+    EXPECT_TRUE(i >= v.size() || v.IsSet(i) == (element != nullptr)) << i;
+    EXPECT_TRUE(element == nullptr || FindNonZero(v, i) == i) << i;
+    held += element != nullptr ? 1 : 0;
+  }
+  EXPECT_EQ(v.IsEmpty(), held == 0);
+}
+
 inline void VerifyStore(const OmPointerVector* v, unsigned long levels) {
   Verify(*v);
-  for (void* const& element : *v) {
-    const auto i = static_cast<unsigned long>(&element - v->begin());
-    EXPECT_TRUE(element == nullptr || FindNonZero(*v, i) == i);
-    if (element != nullptr && levels > 1) {
-      VerifyStore(static_cast<const OmPointerVector*>(element), levels - 1);
-    }
+  for (unsigned long i = v->Find(0); i != v->size() && levels > 1; i = v->Find(i + 1)) {
+    VerifyStore(static_cast<const OmPointerVector*>((*v)[i]), levels - 1);
   }
 }
 
 // The dimensions are whole and in the table's region.
-inline void Verify(OmPivotTable& table) {
+inline void Verify(const OmPivotTable& table) {
   Verify(table.Footnotes());
   for (int d = 0; d != static_cast<int>(table.NDimensions()); ++d) {
     Verify(*table.Dimension(d));

@@ -3,6 +3,10 @@
 GDB loads them by itself for libom.so where it trusts the folder (see docs/debugging.md); elsewhere
 `source tools/gdb/om_printers.py` does. They read memory only and call nothing in the program, so they work
 on a core file too. What they cannot read, for want of debug symbols, they leave out.
+
+One opens a debugger for memory that is broken: a list that runs in a circle, a record among its own children, a
+size that is none. So every walk goes through `walked`, which counts the steps of all walks of one value together
+and ends them at MOST_STEPS, and the output says where a walk stopped and why.
 """
 
 import re
@@ -15,19 +19,35 @@ KINDS = {
     'OmPivotTable': 'table', 'OmChart': 'chart', 'OmModel': 'model', 'OmInteractive': 'interactive',
     'OmDendrix': 'tree diagram',
 }
+DEEPEST = 100  # composites within composites; Python's own stack is short
 NO_SUBSCRIPT = 2**64 - 1
 DISSOLVING = 2**64 - 2
 
 
+MOST_STEPS = 10000
+STOPPED = '... (stopped after %d steps)' % MOST_STEPS
+steps = 0  # of all walks of the value that is being printed; MOST_STEPS + 1 if one was stopped
+
+
+def walked(iterable):
+    """Yields what `iterable` does, until the walks of the value have made too many steps."""
+    global steps
+    for element in iterable:
+        steps = min(steps, MOST_STEPS) + 1
+        if steps > MOST_STEPS:
+            return
+        yield element
+
+
 def limit():
-    """Returns how many lines or elements to show: GDB's own setting."""
+    """Returns how many lines to show: GDB's own setting."""
     shown = gdb.parameter('print elements')
-    return shown if shown else 10**9
+    return shown if shown else 2 * MOST_STEPS
 
 
 def bounded(count):
-    """Returns a count as read, or less: an object that is not constructed yet may say anything."""
-    return min(int(count), 10000)
+    """Returns a number of characters as read, or less: an object that is not constructed yet may say anything."""
+    return max(0, min(int(count), MOST_STEPS))
 
 
 # --- Reading the standard library's containers and our own -----------------------------------------------
@@ -38,14 +58,18 @@ def string(value):
 
 def std_vector(value):
     begin, end = value['_M_impl']['_M_start'], value['_M_impl']['_M_finish']
-    return [(begin + i).dereference() for i in range(bounded(end - begin))]
+    return [(begin + i).dereference() for i in walked(range(int(end - begin)))]
 
 
 def std_list(value, element):
-    """Yields pointers to the elements: each stands behind the two links of its node."""
+    """Yields pointers to the elements: each stands behind the two links of its node. None if it runs in a circle."""
     head = value['_M_impl']['_M_node']
-    end, node = int(head.address), head['_M_next']
+    end, node, seen = int(head.address), head['_M_next'], set()
     while int(node) != end:
+        if int(node) in seen:
+            yield None
+            return
+        seen.add(int(node))
         yield behind_links(node, element)
         node = node['_M_next']
 
@@ -59,8 +83,7 @@ def size(vector):
 
 
 def elements(vector):
-    for i in range(size(vector)):
-        yield (vector['first'] + i).dereference()
+    return walked((vector['first'] + i).dereference() for i in range(size(vector)))
 
 
 def axis(puppet):
@@ -85,8 +108,9 @@ def chars(value, part=0):
     return (held['chars'] + start).string('utf-8', 'replace', bounded(length)) if length else ''
 
 
-def plain_text(value):
-    """Returns the text of a cell text of any kind, as Text() would."""
+def plain_text(value, inside=()):
+    """Returns the text of a cell text of any kind, as Text() would. `inside` has the addresses of the composites
+    around it."""
     kind = value.type.strip_typedefs().name
     if kind in ('OmStringCell', 'OmStringCellUTF8'):
         return chars(value)
@@ -97,8 +121,18 @@ def plain_text(value):
     if kind in ('OmVariable', 'OmStringDataValue'):
         return chars(value, 1) or chars(value)
     if kind == 'OmComposite':
-        return ''.join(plain_text(whole(record['data'])) for record, _ in records(value['tree'])
-                       if int(record['data']))[:10000]
+        if int(value.address) in inside:
+            return '... (inside itself)'
+        inside = (*inside, int(value.address))
+        parts = []
+        for record, _ in records(value['tree']):
+            if record is None:
+                parts.append('... (inside itself)')
+            elif len(inside) == DEEPEST:
+                parts.append('... (too deep)')
+            elif int(record['data']):
+                parts.append(plain_text(whole(record['data']), inside))
+        return ''.join(parts)
     return '?'
 
 
@@ -110,15 +144,21 @@ def quoted(pointer):
 # --- Trees -----------------------------------------------------------------------------------------------
 
 def records(root):
-    """Yields every record of a tree with its depth, in pre-order. Recursion would follow the user's depth."""
-    way = [iter([root])]
+    """Yields every record of a tree with its depth, in pre-order; in the place of one that is below itself, None.
+    Recursion would follow the user's depth."""
+    way, above = [(iter([root]), 0)], set()
     while way:
-        record = next(way[-1], None)
+        siblings, parent = way[-1]
+        record = next(siblings, None)
         if record is None:
             way.pop()
-            continue
-        yield record, len(way) - 1
-        way.append(elements(record['children']))
+            above.discard(parent)
+        elif int(record.address) in above:
+            yield None, len(way) - 1
+        else:
+            yield record, len(way) - 1
+            way.append((elements(record['children']), int(record.address)))
+            above.add(int(record.address))
 
 
 def node_line(node):
@@ -147,7 +187,8 @@ def outline(root):
         if len(lines) == limit():
             lines.append('...')
             break
-        lines.append('  ' * depth + payload_line(record['data']))
+        line = payload_line(record['data']) if record is not None else '... (below itself)'
+        lines.append('  ' * min(depth, 50) + line)
     return lines
 
 
@@ -177,24 +218,29 @@ def count_cells(data):
     depth = size(data['_dimensions'])
     if not int(data['root']) or depth == 0:
         return '0'
-    count, steps, way = 0, 0, [(data['root'], 1)]
+    count, way = 0, [(data['root'], 1)]
     while way:
         vector, level = way.pop()
         for element in elements(vector):
-            steps += 1
-            if steps > 100000:
-                return '%d+' % count
             if int(element):
                 if level == depth:
                     count += 1
                 else:
                     way.append((element.cast(data['root'].type), level + 1))
-    return str(count)
+    return '%d%s' % (count, '+' if steps > MOST_STEPS else '')
 
 
 class Printer:
+    """Shows a value by `show`. Its walks start to count with it."""
+
     def __init__(self, value):
         self.value = value
+
+    def to_string(self):
+        global steps
+        steps = 0
+        shown = self.show()
+        return shown if steps <= MOST_STEPS else '%s%s%s' % (shown, '\n' if '\n' in shown else ' ', STOPPED)
 
 
 class Sequence(Printer):
@@ -203,19 +249,21 @@ class Sequence(Printer):
 
 
 class Vector(Sequence):
-    def to_string(self):
+    def show(self):
         v = self.value
         if not int(v['region']):
             return 'a destroyed vector'
         room = int(v['limit'] - v['first']) if int(v['first']) else 0
-        return '%d of %d' % (size(v), room)
+        return '%d of %d%s' % (size(v), room, ', the first %d' % MOST_STEPS if size(v) > MOST_STEPS else '')
 
     def children(self):
-        return ((str(i), e) for i, e in enumerate(elements(self.value)))
+        # GDB reads them after `show`, between other values.
+        shown = range(min(size(self.value), MOST_STEPS))
+        return ((str(i), (self.value['first'] + i).dereference()) for i in shown)
 
 
 class Puppet(Sequence):
-    def to_string(self):
+    def show(self):
         return 'else %s' % self.value['value']
 
     def children(self):
@@ -223,18 +271,18 @@ class Puppet(Sequence):
 
 
 class Tree(Printer):
-    def to_string(self):
+    def show(self):
         return '\n'.join(outline(self.value))
 
 
 class Dimension(Printer):
-    def to_string(self):
+    def show(self):
         head = 'dimension of %d categories' % int(self.value['numCategories'])
         return '\n'.join([head] + outline(self.value))
 
 
 class TreeNode(Printer):
-    def to_string(self):
+    def show(self):
         if not int(self.value['record']):
             return 'no node'
         record = self.value['record'].dereference()
@@ -243,12 +291,12 @@ class TreeNode(Printer):
 
 
 class DimensionNode(Printer):
-    def to_string(self):
+    def show(self):
         return node_line(self.value)
 
 
 class Text(Printer):
-    def to_string(self):
+    def show(self):
         value = self.value
         if value.address is not None:
             value = whole(value.address)
@@ -268,30 +316,30 @@ class Text(Printer):
 
 
 class TextPtr(Printer):
-    def to_string(self):
+    def show(self):
         return quoted(self.value['text'])
 
 
 class Footnote(Printer):
-    def to_string(self):
+    def show(self):
         v = self.value
         marker = ', marker %s' % quoted(v['marker']) if int(v['marker']) else ''
         return 'footnote %s%s, uses %d' % (quoted(v['text']), marker, int(v['useCount']))
 
 
 class Format(Printer):
-    def to_string(self):
+    def show(self):
         v = self.value
         return 'type %d, width %d, decimals %d' % (int(v['type']), int(v['width']), int(v['decimals']))
 
 
 class Item(Printer):
-    def to_string(self):
+    def show(self):
         return item_line(self.value.address) if self.value.address is not None else None
 
 
 class PivotTable(Printer):
-    def to_string(self):
+    def show(self):
         lines = [item_line(self.value.address)]
         try:
             data = self.value['_my'].dereference()
@@ -303,26 +351,29 @@ class PivotTable(Printer):
         lines.append('  dimensions: %s' % (', '.join(dims) or 'none'))
         lines += ['  %s: %s' % (which, axis_line(axis(data[which]), names)) for which in ('rows', 'columns', 'layers')]
         lines.append('  cells: %s, footnotes: %d' % (count_cells(data), size(data['footnotes'])))
-        lines.append('  region: %s' % Region(data['region']).to_string())
+        lines.append('  region: %s' % Region(data['region']).show())
         if data['scratched']:
             lines.append('  scratched')
         return '\n'.join(lines)
 
 
 class OutputTree(Printer):
-    def to_string(self):
+    def show(self):
         lines = []
         element = self.value['list'].type.strip_typedefs().template_argument(0)
-        for entry in std_list(self.value['list'], element):
+        for entry in walked(std_list(self.value['list'], element)):
             if len(lines) == limit():
                 lines.append('...')
                 break
-            lines.append('  ' * int(entry['level']) + item_line(entry['data']))
+            if entry is None:
+                lines.append('... (the list runs in a circle)')
+            else:
+                lines.append('  ' * min(int(entry['level']), 50) + item_line(entry['data']))
         return '\n'.join(lines)
 
 
 class OutlineNode(Printer):
-    def to_string(self):
+    def show(self):
         v = self.value
         node = v['iter']['_M_node']
         if int(node) == int(v['tree']['list']['_M_impl']['_M_node'].address):
@@ -334,7 +385,7 @@ class OutlineNode(Printer):
 
 
 class CellIterator(Printer):
-    def to_string(self):
+    def show(self):
         try:
             data = self.value['cursor'].dereference()
             cell = data['cell']
@@ -354,29 +405,42 @@ STRIDES = [16 * (c + 1) for c in range(17)] + [((5 + c % 4) << (6 + c // 4)) + 1
 
 
 class Region(Printer):
-    def to_string(self):
+    def show(self):
+        v = self.value
+        try:
+            size, count, note = int(v['bytesInUse']), int(v['liveBlocks']), []
+        except gdb.error:
+            size, count, note = self.counted()
+        return ''.join(['%d bytes in %d blocks, %d bytes held' % (size, count, int(v['bytesHeld']))] + note)
+
+    def counted(self):
+        """What a region without counters has in use: what was carved from chunks, less the free lists."""
         v = self.value
         count = int(v['given']['blocks']) + int(v['carved'])
         # Addresses cancel out in numbers of 64 bits.
         size = (int(v['given']['bytes']) + int(v['settled']) + int(v['fine']['bump']) +
                 int(v['coarse']['bump']) - 8 * int(v['carved'])) % 2**64
-        lists = v['freeLists']
+        lists, note = v['freeLists'], []
         for c in range(lists.type.range()[1] + 1):
-            block = lists[c]
+            block, seen = lists[c], set()
             while int(block):
+                if int(block) in seen or len(seen) == MOST_STEPS:
+                    note = [' (the free list of class %d stopped after %d blocks)' % (c, len(seen))]
+                    break
+                seen.add(int(block))
                 count -= 1
                 size -= STRIDES[c] - 8
                 block = block.cast(block.type.pointer()).dereference()
-        return '%d bytes in %d blocks, %d bytes held' % (size, count, int(v['bytesHeld']))
+        return size, count, note
 
 
 class Exception_(Printer):
-    def to_string(self):
+    def show(self):
         return string(self.value['text'])
 
 
 class DimHeader(Printer):
-    def to_string(self):
+    def show(self):
         subscripts = ', '.join(str(int(s)) for s in elements(self.value['leafSubscripts']))
         return 'header: subscripts {%s}, %d label levels' % (subscripts, int(self.value['maxVisibleLevels']))
 
@@ -384,7 +448,7 @@ class DimHeader(Printer):
 class Heading(Printer):
     """The three headings of display, each by its private record."""
 
-    def to_string(self):
+    def show(self):
         try:
             data = self.value['data'].dereference()
             names = dimension_names(data['table']['_my'].dereference())

@@ -12,7 +12,6 @@
 
 #include <vector>
 
-#include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/PivotTable.h"
 
@@ -23,8 +22,7 @@
 // along.
 class OM_API OmPivotTable::Iterator {
  public:
-  // The place of a walk. It is here, and not with the other private records, so that a step costs
-  // no call.
+  // The place of a walk.
   struct OM_PRIVATE Data;
 
   // An iterator at the end.
@@ -51,14 +49,10 @@ class OM_API OmPivotTable::Iterator {
 struct OM_PRIVATE OmPivotTable::Iterator::Data {
   struct Level {
     unsigned long index = 0;          // of the current element, which is the current subscript;
-                                      // `next` tells that of the bottom vector
+                                      // in the bottom vector `next` is ahead of it
     int size = 0;                     // categories of the dimension when the walk started
     PointerVector* vector = nullptr;  // on the current path
   };
-
-  // How far ahead, in elements, and in bottom vectors where these are short.
-  static constexpr long kAhead = 96;
-  static constexpr unsigned long kVectorsAhead = 8;
 
   Data() = default;
   explicit Data(const OmPivotTable::Data& table_);
@@ -72,35 +66,23 @@ struct OM_PRIVATE OmPivotTable::Iterator::Data {
         end(other.end) {}
   Data& operator=(const Data&) = delete;
 
-  // Moves to the next cell, which most often stands beside this one, or to the end.
+  // Moves to the next cell, which as a rule stands beside this one, or to the end.
   void Next();
   OM_API void Advance();
-  // Makes `element`, at the index of the bottom vector, the current cell; null ends the walk.
   void Stand(void* element) noexcept;
-  [[nodiscard]] unsigned long BottomIndex() const noexcept;
-  // Moves `level` to its next element and returns that, or null at the end of the walk.
-  void* Increment(unsigned long level);
   [[nodiscard]] std::vector<int> Index() const;
-
-  // Goes on with `ahead` in the next bottom vector.
-  OM_API void LookFurther() noexcept;
 
   static Data* Hold(Data* cursor) noexcept;
   static void LetGo(Data* cursor) noexcept;
 
   std::vector<Level> levels;
-  OmCellText* cell = nullptr;
-  const OmPivotTable::Data* table = nullptr;
-  unsigned long changes = 0;  // of the table's cells when the walk started
-  unsigned long holders = 0;  // iterators that share this cursor
-  // What follows the current cell in its vector. Null at the end of the walk.
+  OmCellText* cell = nullptr;                 // null at the end
+  const OmPivotTable::Data* table = nullptr;  // null if there is none
+  unsigned long changes = 0;                  // of the table's cells when the walk started
+  unsigned long holders = 0;                  // iterators that share this cursor
+  // What follows the current cell in its vector; null at the end of the walk.
   void* const* next = nullptr;
   void* const* end = nullptr;
-  // The elements whose memory is asked for next, some way ahead of the walk.
-  void* const* ahead = nullptr;
-  void* const* aheadEnd = nullptr;
-  const PointerVector* aheadAbove = nullptr;  // above the vector that they are in
-  unsigned long aheadIndex = 0;               // of that vector
 };
 
 // As Iterator, over the cells of a const table.
@@ -123,11 +105,6 @@ class OM_API OmPivotTable::ConstIterator {
 inline void OmPivotTable::Iterator::Data::Next() {
 #if !defined(OM_HARDENING) || !OM_HARDENING
   if (next != end && *next != nullptr) {
-    if (ahead == aheadEnd) {
-      LookFurther();
-    } else {
-      __builtin_prefetch(*ahead++);
-    }
     cell = static_cast<OmCellText*>(*next++);
     return;
   }

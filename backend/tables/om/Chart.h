@@ -23,11 +23,13 @@ enum ChartXMLContentSubType : int { kChartSubTypeNone = 0 };
 // stays.
 class OM_API OmChart : public OmOutputPart {
  public:
-  // Converts the title into the code page, unless that is empty. Where the title cannot be
-  // converted it becomes a string cell with the unconverted text.
+  // Converts the title into the code page, unless that is empty. Whatever the kind of `title`, the
+  // item's is a string cell then, and its text is in that code page, not in UTF-8. Where the title
+  // cannot be converted, the cell has the unconverted text. A later SetTitle converts nothing.
   OmChart(const OmCellText& title, const std::string& localeCodePage, long long chartId);
   ~OmChart() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   // --- The chart's XML, data and image ---------------------------------------------------------

@@ -18,6 +18,7 @@ class OM_API OmDendrix : public OmOutputPart {
   OmDendrix(const OmCellText& title, const std::string& s);
   ~OmDendrix() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   // Producers and consumers define the types. It is -1 at first.

@@ -4,6 +4,7 @@
 
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Dimension.h"
+#include "backend/tables/om/Exception.h"
 
 OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
     : region(region_),
@@ -12,13 +13,30 @@ OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
       leafSubscripts(region),
       leafPositions(region) {
   const unsigned long n = dim->NumCategories();
-  leafPositions.resize(n, -1);
-  leafSubscripts.reserve(n);
   if (n == 0) {
     return;
   }
-  visibleLevels.reserve(n);
+  if (n <= LargestSubscript(0)) {
+    leafSubscripts.reserve(n);
+    visibleLevels.reserve(n);
+  }
   CollectNodes(dim->Root());
+
+  long largest = static_cast<long>(n) - 1;
+  for (const int subscript : leafSubscripts) {
+    largest = std::max<long>(largest, subscript);
+  }
+  const unsigned long limit = LargestSubscript(leafSubscripts.size());
+  if (static_cast<unsigned long>(largest) > limit) {
+    throw OMSException("OmDimHeader::OmDimHeader() -- subscript <= limit",
+                       static_cast<double>(largest), static_cast<double>(limit));
+  }
+  leafPositions.resize(static_cast<unsigned long>(largest) + 1, -1);
+  for (unsigned long p = 0; p != leafSubscripts.size(); ++p) {
+    if (leafSubscripts[p] >= 0) {
+      leafPositions[static_cast<unsigned long>(leafSubscripts[p])] = static_cast<int>(p);
+    }
+  }
 }
 
 OmDimHeader::~OmDimHeader() = default;
@@ -57,16 +75,7 @@ void OmDimHeader::AddLeaf(const std::vector<Step>& way) {
   }
   maxVisibleLevels = std::max(maxVisibleLevels, levels);
 
-  const auto position = static_cast<int>(leafSubscripts.size());
-  const auto subscript = static_cast<int>(way.back().node->Subscript());
-  leafSubscripts.push_back(subscript);
-  if (subscript >= 0) {
-    const auto s = static_cast<unsigned long>(subscript);
-    while (s >= leafPositions.size()) {
-      leafPositions.push_back(-1);
-    }
-    leafPositions[s] = position;
-  }
+  leafSubscripts.push_back(static_cast<int>(way.back().node->Subscript()));
   visibleLevels.push_back(static_cast<unsigned short>(levels));
 }
 

@@ -2,7 +2,8 @@
 // in display order, the nodes that stand over each, and the way back from a subscript to a
 // category.
 //
-// Building one costs a path of nodes per category. The nodes point into the dimension, which must
+// Building one costs a path of nodes per category, and 4 bytes for each number up to the largest
+// subscript. The nodes point into the dimension, which must
 // not change while the header lives.
 
 #ifndef BACKEND_TABLES_OM_DIMHEADER_H
@@ -30,6 +31,14 @@ class OM_API OmDimHeader : public OmRegionManaged {
   // A leaf and all that stands over it, leaf first, root last.
   using Path = OmVector<ConstNode>;
 
+  // Returns the largest subscript, of a dimension with that many leaves, for which leafPositions
+  // has room: 2^28, or four times the number of leaves where that is more.
+  [[nodiscard]] static constexpr unsigned long LargestSubscript(unsigned long leaves) noexcept {
+    return leaves > kLeastLargest / 4 ? 4 * leaves : kLeastLargest;
+  }
+
+  // Throws OMSException with the subscript and the limit where a category has a subscript above the
+  // limit, or the dimension has room for one: NumCategories() is one more than the largest.
   OmDimHeader(const OmDimension* dim, OmMemoryRegion* region);
   OmDimHeader(const OmDimHeader&) = delete;
   OmDimHeader& operator=(const OmDimHeader&) = delete;
@@ -47,6 +56,8 @@ class OM_API OmDimHeader : public OmRegionManaged {
   OmVector<int> leafPositions;  // by subscript; -1 where no leaf carries it
 
  private:
+  static constexpr unsigned long kLeastLargest = 1UL << 28;
+
   // A node on the way down, and which of its children comes next.
   struct Step {
     ConstNode node;

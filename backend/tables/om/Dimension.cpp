@@ -1,6 +1,7 @@
 #include "backend/tables/om/Dimension.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Exception.h"
@@ -42,10 +43,7 @@ OmDimension::OmDimension(const OmDimensionNode& root, OmMemoryRegion* region)
 OmDimension::OmDimension(const OmDimension& other, OmMemoryRegion* region)
     : OmVectorTree<OmDimensionNode>(OmDimensionNode(*other.Root(), region), region),
       numCategories(other.numCategories) {
-  const ConstNode root = other.Root();
-  for (ConstNode child = root.Begin(); child != root.End(); ++child) {
-    CloneNode(*this, Root(), child);
-  }
+  CloneBelow(other.Root());
 }
 
 int OmDimension::FindChild(ConstNode parent_, const OmCellText& text, bool group) const {
@@ -54,8 +52,15 @@ int OmDimension::FindChild(ConstNode parent_, const OmCellText& text, bool group
 
 unsigned int OmDimension::getDepth(ConstNode node) const {
   unsigned int depth = node.Level();
-  for (ConstNode child = node.Begin(); child != node.End(); ++child) {
-    depth = std::max(depth, getDepth(child));
+  for (std::vector<ConstNode> todo{node}; !todo.empty();) {
+    const ConstNode above = todo.back();
+    todo.pop_back();
+    for (ConstNode child = above.Begin(); child != above.End(); ++child) {
+      depth = std::max(depth, child.Level());
+      if (child.HasChild()) {
+        todo.push_back(child);
+      }
+    }
   }
   return depth;
 }
@@ -65,16 +70,22 @@ unsigned int OmDimension::getMaximumDepth() const {
 }
 
 void OmDimension::getGroupCountsByLevel(ConstNode node, std::vector<unsigned long>& counts) const {
-  bool leafCounted = false;
-  for (ConstNode child = node.Begin(); child != node.End(); ++child) {
-    OM_HARDEN(child.Level() < counts.size(), "OmDimension::getGroupCountsByLevel");
-    if (child->IsGroup() && !child->Hide()) {
-      ++counts[child.Level()];
-    } else if (!leafCounted && child.IsLeaf()) {
-      ++counts[child.Level()];
-      leafCounted = true;
+  for (std::vector<ConstNode> todo{node}; !todo.empty();) {
+    const ConstNode above = todo.back();
+    todo.pop_back();
+    bool leafCounted = false;
+    for (ConstNode child = above.Begin(); child != above.End(); ++child) {
+      OM_HARDEN(child.Level() < counts.size(), "OmDimension::getGroupCountsByLevel");
+      if (child->IsGroup() && !child->Hide()) {
+        ++counts[child.Level()];
+      } else if (!leafCounted && child.IsLeaf()) {
+        ++counts[child.Level()];
+        leafCounted = true;
+      }
+      if (child.HasChild()) {
+        todo.push_back(child);
+      }
     }
-    getGroupCountsByLevel(child, counts);
   }
 }
 
@@ -136,6 +147,8 @@ OmDimension::Node OmDimension::Append(const Node& parent_, OmDimensionNode& node
 void OmDimension::Delete(Node& node) {
   const Node above = node.Parent();
   const unsigned int pos = node - above.Begin();
+  // Before anything is changed, because it takes memory.
+  const unsigned int largest = MaxSubscript(Root(), node);
   OmVectorTree::Delete(node);
 
   OmVector<int>& index = above->ChildIndex();
@@ -151,13 +164,13 @@ void OmDimension::Delete(Node& node) {
     }
     ++i;
   }
-  numCategories = MaxSubscript(Root()) + 1;
+  numCategories = largest + 1;
 }
 
 OmDimensionNode OmDimension::insertCategory(const OmCellText& text, Node sibling, Node parent_,
                                             bool before) {
   OM_HARDEN(sibling != parent_.End() && sibling->Text() != nullptr, "OmDimension::insertCategory");
-  OmDimensionNode node(text, MaxSubscript(Root()) + 1, false, Region());
+  OmDimensionNode node(text, MaxSubscript(Root(), ConstNode()) + 1, false, Region());
   node.Text()->setICUTracker(sibling->Text()->getICUTracker());
   OmVectorTree::InsertChild(node, sibling, parent_, before);
   ++numCategories;
@@ -200,30 +213,42 @@ void OmDimension::moveChild(Node& node, Node* target, bool swap) {
   OmVectorTree::moveChild(node, nullptr, &reached);
 }
 
-// The indexes stay right as they are copied, because the children are cloned in their order. The
-// copy of the payload is made outside this function: it recurses over the user's tree.
-void OmDimension::CloneNode(OmVectorTree<OmDimensionNode>& tree, Node parent_,
-                            const ConstNode& source) {
-  const Node copy = CloneRecord(tree, parent_, source);
-  for (ConstNode child = source.Begin(); child != source.End(); ++child) {
-    CloneNode(tree, copy, child);
+// The indexes stay right as they are copied, because the children are cloned in their order.
+void OmDimension::CloneBelow(const ConstNode& source) {
+  // Records whose children are still to be cloned, with their clones.
+  std::vector<std::pair<ConstNode, Node>> todo{{source, Root()}};
+  while (!todo.empty()) {
+    const auto [from, to] = todo.back();
+    todo.pop_back();
+    for (ConstNode child = from.Begin(); child != from.End(); ++child) {
+      OmVectorTree::Child(to, OmDimensionNode(*child, Region()));
+    }
+    // None of them moves any more.
+    for (unsigned long i = 0; i != from.Count(); ++i) {
+      if (from[i].HasChild()) {
+        todo.push_back({from[i], to[i]});
+      }
+    }
   }
 }
 
-[[gnu::noinline]] OmDimension::Node OmDimension::CloneRecord(OmVectorTree<OmDimensionNode>& tree,
-                                                             const Node& parent_,
-                                                             const ConstNode& source) {
-  const OmDimensionNode payload(*source, tree.Region());
-  return tree.Child(parent_, payload);
-}
-
-// The groups' own subscripts are ignored, and 0 stands for no category.
-unsigned int OmDimension::MaxSubscript(const ConstNode& node) {
+// The groups' own subscripts are ignored, and 0 stands for no category. `left` is left out, with
+// all below it.
+unsigned int OmDimension::MaxSubscript(const ConstNode& node, const ConstNode& left) {
   unsigned int largest = 0;
-  for (ConstNode child = node.Begin(); child != node.End(); ++child) {
-    const unsigned int subscript =
-        child->IsGroup() ? MaxSubscript(child) : static_cast<unsigned int>(child->Subscript());
-    largest = std::max(largest, subscript);
+  for (std::vector<ConstNode> todo{node}; !todo.empty();) {
+    const ConstNode above = todo.back();
+    todo.pop_back();
+    for (ConstNode child = above.Begin(); child != above.End(); ++child) {
+      if (child == left) {
+        continue;
+      }
+      if (child->IsGroup()) {
+        todo.push_back(child);
+      } else {
+        largest = std::max(largest, static_cast<unsigned int>(child->Subscript()));
+      }
+    }
   }
   return largest;
 }

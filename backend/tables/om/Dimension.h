@@ -23,8 +23,13 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   // child, as one in an outdated index may, comes after all others.
   class Less {
    public:
+    // Keeps references to both, so neither may be a temporary. A Node is one here: it would be
+    // turned into a ConstNode first.
     Less(const ConstNode& parent_, const OmDimensionNode& probe_) noexcept
         : parent(parent_), probe(probe_) {}
+    Less(const ConstNode&& parent_, const OmDimensionNode& probe_) = delete;
+    Less(const ConstNode& parent_, const OmDimensionNode&& probe_) = delete;
+    Less(const ConstNode&& parent_, const OmDimensionNode&& probe_) = delete;
     [[nodiscard]] bool operator()(int i, int j) const;
 
    private:
@@ -70,12 +75,18 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   // Appends a child without a search, at the end of the index too, and to any parent.
   Node AddNewChild(const Node& parent_, const OmCellText& text, unsigned long subscript,
                    bool group);
-  // Destroys a record with all below it. Does not relocate, like the tree's Delete; and where the
-  // parent's index is not in the order of insertion, the entry that goes is not the one of the
-  // record, on purpose. NumCategories() becomes 1 where no category is left, on purpose too.
+  // Destroys a record with all below it. Does not relocate, like the tree's Delete: call
+  // Relocate(true) after it, before anything else below this parent is changed and before handles
+  // are taken for that. Where the parent's index is not in the order of insertion, the entry that
+  // goes is not the one of the record, on purpose. NumCategories() becomes 1 where no category is
+  // left, on purpose too. Cells stay where they are.
   void Delete(Node& node);
-  // Adds a category with the next free subscript in front of `sibling` or after it. The copy that
-  // is returned lives in the region of the dimension, and must not outlive it.
+  // Adds a category in front of `sibling` or after it, with one more than the largest subscript of
+  // the categories below groups: records below a category do not count, of each subscript the low
+  // 32 bits do, and one more than the largest of these is 0. The first one of a dimension gets 1,
+  // on purpose. The copy that is returned lives in the region of the dimension, and must not
+  // outlive it. Neither this nor what follows here changes an index: what Child and FindChild look
+  // for afterwards they may not find, or find elsewhere.
   OmDimensionNode insertCategory(const OmCellText& text, Node sibling, Node parent_, bool before);
   // Puts `nodes`, siblings in ascending order, under a new group.
   void insertChild(const OmCellText& text, std::vector<Node*> nodes);
@@ -87,10 +98,8 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   void moveChild(Node& node, Node* target, bool swap);
 
  private:
-  static void CloneNode(OmVectorTree<OmDimensionNode>& tree, Node parent_, const ConstNode& source);
-  static Node CloneRecord(OmVectorTree<OmDimensionNode>& tree, const Node& parent_,
-                          const ConstNode& source);
-  [[nodiscard]] static unsigned int MaxSubscript(const ConstNode& node);
+  void CloneBelow(const ConstNode& source);
+  [[nodiscard]] static unsigned int MaxSubscript(const ConstNode& node, const ConstNode& left);
   Node Append(const Node& parent_, OmDimensionNode& node, unsigned long place);
 
   unsigned int numCategories = 0;

@@ -1,6 +1,7 @@
 #include "backend/tables/om/DimensionNode.h"
 
 #include <iostream>
+#include <string>
 
 namespace {
 
@@ -44,9 +45,11 @@ void OmDimensionNode::Print(unsigned int level) const {
   for (unsigned int i = 0; i != level; ++i) {
     std::cout << "  ";
   }
-  // Only the low 32 bits, so that a missing subscript shows as -1.
-  std::cout << "Subscript: " << static_cast<int>(subscript) << ", Group: " << YesOrNo(group)
-            << ", hide: " << YesOrNo(hide) << ", hideLabels: " << YesOrNo(hideLabels);
+  // Only the low 32 bits, so that a missing subscript shows as -1. Numbers go as texts, whatever
+  // the stream would make of them.
+  std::cout << "Subscript: " << std::to_string(static_cast<int>(subscript))
+            << ", Group: " << YesOrNo(group) << ", hide: " << YesOrNo(hide)
+            << ", hideLabels: " << YesOrNo(hideLabels);
   if (sortOrder == 0) {
     std::cout << ", Sort: up";
   } else if (sortOrder == 1) {
@@ -54,7 +57,7 @@ void OmDimensionNode::Print(unsigned int level) const {
   }
   const char* separator = ", Children: ";
   for (const int child : childIndex) {
-    std::cout << separator << child;
+    std::cout << separator << std::to_string(child);
     separator = ", ";
   }
   if (text.get() != nullptr) {

@@ -56,7 +56,13 @@ std::deque<ConstNode*> OmDisplayColumnHeading::Row(int r) const {
 }
 
 std::deque<ConstNode*> OmDisplayColumnHeading::Column(int c) const {
-  return data->GetRowNodes(data->ListedPlaceOf(c));
+  std::deque<ConstNode*> column;
+  data->GetRowNodes(data->ListedPlaceOf(c), column);
+  return column;
+}
+
+std::vector<int> OmDisplayColumnHeading::LabelDimensions() const {
+  return data->LabelDimensions();
 }
 
 std::deque<ConstNode*> OmDisplayColumnHeading::ColumnCategories(int c) const {
@@ -75,5 +81,5 @@ void OmDisplayColumnHeading::DimAllNodes(int c, std::vector<ConstNode*>& out) co
 }
 
 void OmDisplayColumnHeading::Fill(std::vector<int>& subscripts, int c) const {
-  data->Fill(subscripts, c);
+  data->Layer().Fill(data->ListedPlaceOf(c), data->placeCalculator, subscripts);
 }

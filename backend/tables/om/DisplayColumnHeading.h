@@ -40,6 +40,8 @@ class OM_API OmDisplayColumnHeading {
   [[nodiscard]] std::deque<ConstNode*> Row(int r) const;
   // Returns the labels of a column, top to bottom; null where a dimension shows fewer.
   [[nodiscard]] std::deque<ConstNode*> Column(int c) const;
+  // Returns for each entry of a column the axis dimension that it belongs to.
+  [[nodiscard]] std::vector<int> LabelDimensions() const;
   // Returns the category of each axis dimension, hidden or not.
   [[nodiscard]] std::deque<ConstNode*> ColumnCategories(int c) const;
   // Appends the root and the category of each axis dimension, but for a category that is the root

@@ -1,7 +1,7 @@
 #include "backend/tables/om/DisplayLayerHeading.h"
 
 #include <algorithm>
-#include <limits>
+#include <numeric>
 #include <utility>
 
 #include "backend/tables/om/Assert.h"
@@ -37,22 +37,12 @@ OmDisplayLayerHeading::Data::PlaceCalculator::PlaceCalculator(const PuppetVector
   }
   projector.Set(std::vector<int>(dims.begin(), dims.end()));
   base = MultiBase(bases);
+  single = PlaceDigits(bases);
 }
 
 void OmDisplayLayerHeading::Data::PlaceCalculator::Fill(unsigned long long place,
                                                         std::vector<int>& out) const {
   projector.Spread(Digits(place), out);
-}
-
-OmDisplayLayerHeading::Data::DigitReader::DigitReader(const PlaceCalculator& calc, unsigned long k)
-    : first(k == 0) {
-  const std::vector<unsigned int> bases = calc.Base().Bases();
-  base = bases[k];
-  for (unsigned long i = k + 1; i != bases.size() && stride != 0; ++i) {
-    const bool fits =
-        bases[i] == 0 || stride <= std::numeric_limits<unsigned long long>::max() / bases[i];
-    stride = fits ? stride * bases[i] : 0;
-  }
 }
 
 // --- The record ---------------------------------------------------------------------------------
@@ -115,48 +105,50 @@ OmDimHeader* OmDisplayLayerHeading::Data::Header(int d) {
 }
 
 bool OmDisplayLayerHeading::Data::CurrentPlace(unsigned long long& place) const {
-  if (currentLayer < 0) {
+  // A restored number may be that of no layer; a negative one is not below the number of layers.
+  const auto number = static_cast<unsigned long>(currentLayer);
+  if (number >= layerCount) {
     return false;
   }
-  place = static_cast<unsigned long long>(currentLayer);
-  if (skipEmpty) {
-    // A restored number may be beyond the list.
-    if (place >= nonEmptyLayers.size()) {
-      return false;
-    }
-    place = nonEmptyLayers[place];
-  }
+  place = skipEmpty ? nonEmptyLayers[number] : number;
   return true;
 }
 
-OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::FindNodes(int place, int layerDim) {
+OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::PathAt(unsigned long long place,
+                                                                       const PlaceCalculator& calc,
+                                                                       unsigned long k) {
+  OmDimHeader* const header = Header(calc.Dimensions()[k]);
+  const unsigned int digit = calc.Single().Digit(place, k);
+  return header != nullptr && digit < header->nodePaths.size() ? &header->nodePaths[digit]
+                                                               : nullptr;
+}
+
+void OmDisplayLayerHeading::Data::AppendNodes(Path* path, std::vector<ConstNode*>& out) {
+  if (path != nullptr && path->size() > 1) {
+    for (ConstNode* node = path->end(); node != path->begin();) {
+      out.push_back(--node);
+    }
+  }
+}
+
+OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::FindNodes(unsigned long long place,
+                                                                          int layerDim) {
   // Reads may have lengthened layerDims, but never layerHeaders.
   const auto i = static_cast<unsigned long>(layerDim);
-  if (i >= layerHeaders.size()) {
-    return nullptr;
-  }
-  const PlaceDigits digits(placeCalculator, static_cast<unsigned long long>(place));
-  std::deque<Path>& paths = layerHeaders[i]->nodePaths;
-  return digits[i] < paths.size() ? &paths[digits[i]] : nullptr;
+  return i < layerHeaders.size() ? PathAt(place, placeCalculator, i) : nullptr;
 }
 
 OmDisplayLayerHeading::Data::Path* OmDisplayLayerHeading::Data::CurrentNodes(int layerDim) {
   unsigned long long place = 0;
-  if (!CurrentPlace(place)) {
-    return nullptr;
-  }
-  OM_HARDEN(place <= static_cast<unsigned long long>(std::numeric_limits<int>::max()),
-            "OmDisplayLayerHeading::FindNodes");
-  return FindNodes(static_cast<int>(place), layerDim);
+  return CurrentPlace(place) ? FindNodes(place, layerDim) : nullptr;
 }
 
 void OmDisplayLayerHeading::Data::Fill(unsigned long long place, const PlaceCalculator& calc,
                                        std::vector<int>& subscripts) {
   subscripts.resize(headers.size(), 0);
-  const PlaceDigits digits(calc, place);
-  unsigned long k = 0;
-  for (const short d : calc.Dimensions()) {
-    const unsigned int digit = digits[k++];
+  for (unsigned long k = 0; k != calc.Dimensions().size(); ++k) {
+    const short d = calc.Dimensions()[k];
+    const unsigned int digit = calc.Single().Digit(place, k);
     OmDimHeader* const header = Header(d);
     if (header != nullptr && digit < header->leafSubscripts.size()) {
       subscripts[static_cast<unsigned long>(d)] = header->leafSubscripts[digit];
@@ -164,27 +156,33 @@ void OmDisplayLayerHeading::Data::Fill(unsigned long long place, const PlaceCalc
   }
 }
 
+unsigned long long OmDisplayLayerHeading::Data::DisplayPosition(const std::vector<int>& subscripts,
+                                                                const PlaceCalculator& calc) {
+  std::vector<unsigned int> digits;
+  for (const short d : calc.Dimensions()) {
+    const auto subscript = static_cast<unsigned long>(subscripts[static_cast<unsigned long>(d)]);
+    digits.push_back(static_cast<unsigned int>(Header(d)->leafPositions[subscript]));
+  }
+  return digits.empty() ? 0 : calc.Base().Value(digits);
+}
+
 void OmDisplayLayerHeading::Data::FindVisibleLevels(const Places& places,
                                                     const PlaceCalculator& calc,
                                                     std::vector<unsigned short>& out) {
-  unsigned long k = 0;
-  for (const short d : calc.Dimensions()) {
-    const DigitReader digitOf(calc, k++);
-    OmDimHeader* const header = Header(d);
+  for (unsigned long k = 0; k != calc.Dimensions().size(); ++k) {
+    const OmDimHeader* const header = Header(calc.Dimensions()[k]);
     if (header == nullptr) {
       out.push_back(0);  // the table has grown since; the entries stay those of the axis
       continue;
     }
-    if (places.empty()) {
-      out.push_back(static_cast<unsigned short>(header->maxVisibleLevels));
-      continue;
-    }
-    // As VisibleLevels of those shown, without a list of them: as a rule the first one ends it.
-    int levels = 0;
+    // As VisibleLevels of the leaves shown, without a list of them: as a rule the first one ends
+    // it.
+    int levels = places.empty() ? header->maxVisibleLevels : 0;
     for (auto place = places.begin(); place != places.end() && levels < header->maxVisibleLevels;
          ++place) {
       // A digit may be beyond the leaves where subscripts are missing.
-      if (const unsigned int digit = digitOf(*place); digit < header->visibleLevels.size()) {
+      const unsigned int digit = calc.Single().Digit(*place, k);
+      if (digit < header->visibleLevels.size()) {
         levels = std::max<int>(levels, header->visibleLevels[digit]);
       }
     }
@@ -215,6 +213,18 @@ int OmDisplayLayerHeading::VisibleWidth(int i) const {
   OM_HARDEN(d >= 0, "OmDisplayLayerHeading::VisibleWidth");
   const OmDimHeader* const header = data->Header(d);
   return header != nullptr ? header->maxVisibleLevels : 0;
+}
+
+unsigned long long OmDisplayLayerHeading::NLayers() const noexcept {
+  return data->layerCount;
+}
+
+const std::vector<unsigned long long>& OmDisplayLayerHeading::getNonEmptyLayers() const {
+  if (!data->skipEmpty && data->nonEmptyLayers.empty()) {
+    data->nonEmptyLayers.resize(static_cast<unsigned long>(data->layerCount));
+    std::iota(data->nonEmptyLayers.begin(), data->nonEmptyLayers.end(), 0ULL);
+  }
+  return data->nonEmptyLayers;
 }
 
 int OmDisplayLayerHeading::getLayer() const noexcept {
@@ -249,13 +259,7 @@ void OmDisplayLayerHeading::DimCatNodes(int i, ConstNode*& dimNode, ConstNode*& 
 }
 
 void OmDisplayLayerHeading::DimAllNodes(int i, std::vector<ConstNode*>& out) const {
-  Data::Path* const path = data->CurrentNodes(i);
-  if (path == nullptr || path->size() <= 1) {
-    return;
-  }
-  for (ConstNode* node = path->end(); node != path->begin();) {
-    out.push_back(--node);
-  }
+  Data::AppendNodes(data->CurrentNodes(i), out);
 }
 
 std::deque<OmDisplayLayerHeading::ConstNode*> OmDisplayLayerHeading::Nodes(int i) const {

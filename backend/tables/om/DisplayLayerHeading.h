@@ -10,7 +10,8 @@
 //   const OmCellText* cell = table.Cell(subscripts);
 //
 // Building one costs a walk over the categories, and over the cells where empty layers are left
-// out.
+// out. It takes memory for each category, for its path to the root, and for each subscript up to
+// the largest of a dimension.
 
 #ifndef BACKEND_TABLES_OM_DISPLAYLAYERHEADING_H
 #define BACKEND_TABLES_OM_DISPLAYLAYERHEADING_H
@@ -29,7 +30,12 @@ class OmPointerVector;
 // that hold a cell. The dimension that the table's axis lists first varies fastest, so layer
 // dimension 0 of the heading is the axis's last.
 //
+// The combinations of the dimensions of an axis are counted in 64 bits; where there are more, the
+// number wraps.
+//
 // The table and its dimensions must not change while the heading lives, except for what is hidden.
+// How many levels of labels there are is settled when this heading is built, for the row and column
+// headings too: a label that is hidden later leaves its column or row of labels.
 // The headings built from it have to go first. Nodes that are handed out live as long as the layer
 // heading. One thread at a time uses a table and its headings, for const operations too.
 class OM_API OmDisplayLayerHeading {
@@ -38,7 +44,8 @@ class OM_API OmDisplayLayerHeading {
   struct OM_PRIVATE Data;
 
   // No layer is current afterwards. Throws OMSException where an axis that is read names a
-  // dimension that the table has not.
+  // dimension that the table has not, and where a category has a subscript that is far beyond what
+  // can be meant (OmDimHeader::LargestSubscript).
   OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty);
   OmDisplayLayerHeading(const OmDisplayLayerHeading&) = delete;
   OmDisplayLayerHeading& operator=(const OmDisplayLayerHeading&) = delete;
@@ -51,7 +58,13 @@ class OM_API OmDisplayLayerHeading {
   // Returns the largest number of label levels of layer dimension `i`, which has to be below
   // NDimensions(). Reads the list as getDimensionIndex does.
   [[nodiscard]] int VisibleWidth(int i) const;
-  // Returns the number of the current layer, or -1.
+  // Returns how many layers are numbered, which may be more than an int counts.
+  [[nodiscard]] unsigned long long NLayers() const noexcept;
+  // Returns the places of the layers; without skipEmpty all of them, a list of 8 bytes a layer that
+  // is made on first use.
+  [[nodiscard]] const std::vector<unsigned long long>& getNonEmptyLayers() const;
+  // Returns the number of the current layer, or -1. A number that was restored may be that of no
+  // layer: then none is current.
   [[nodiscard]] int getLayer() const noexcept;
   [[nodiscard]] std::vector<int> getCurrentCellIndex() const;
   [[nodiscard]] OmPivotTable& Table() const noexcept;
@@ -75,8 +88,9 @@ class OM_API OmDisplayLayerHeading {
   bool SwitchLayer(int n);
   bool NextLayer();
   bool LastLayer();
-  // Takes over the layer number that the table stores, and returns it. getCurrentCellIndex() stays
-  // as it was until the next switch, on purpose; Fill() follows the number at once.
+  // Takes over the layer number that the table stores, and returns it, also where there is no such
+  // layer; then none is current. getCurrentCellIndex() stays as it was until the next switch, on
+  // purpose; Fill() follows the number at once.
   int restoreLayer() const;
 
  private:

@@ -4,12 +4,11 @@
 #ifndef BACKEND_TABLES_OM_DISPLAYLAYERHEADINGDATA_H
 #define BACKEND_TABLES_OM_DISPLAYLAYERHEADINGDATA_H
 
-#include <array>
-#include <limits>
 #include <vector>
 
 #include "backend/tables/IndexProjector.h"
 #include "backend/tables/MultiBase.h"
+#include "backend/tables/PlaceDigits.h"
 #include "backend/tables/PuppetVector.h"
 #include "backend/tables/om/DimHeader.h"
 #include "backend/tables/om/DisplayLayerHeading.h"
@@ -23,9 +22,6 @@
 struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   using Path = OmDimHeader::Path;
   using Places = std::vector<unsigned long long>;
-  class PlaceCalculator;
-  class PlaceDigits;
-  class DigitReader;
 
   // The places over some dimensions. Every dimension that it holds is one of the table.
   class PlaceCalculator {
@@ -43,11 +39,13 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
     void Fill(unsigned long long place, std::vector<int>& out) const;
     [[nodiscard]] const PuppetVector<short>& Dimensions() const noexcept { return dimensions; }
     [[nodiscard]] const MultiBase& Base() const noexcept { return base; }
+    [[nodiscard]] const PlaceDigits& Single() const noexcept { return single; }
 
    private:
     PuppetVector<short> dimensions{-1};
     OmIndexProjector projector;
     MultiBase base;
+    PlaceDigits single;
   };
 
   explicit Data(OmPivotTable& table_);
@@ -61,7 +59,7 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   // search appends, and counts every cell that the iterators visit. The dense one clears the list
   // first, and counts cells whose subscripts in `otherDims` are below the dimension's size and in
   // dimensions of neither list the current ones. They differ on purpose. The dense search supports
-  // no `otherDims` whose sizes multiply beyond 64 bits.
+  // no list whose sizes multiply beyond 64 bits.
   void FindNonEmptyHeaders(const PuppetVector<short>& headDims,
                            const PuppetVector<short>& otherDims, Places& out);
   void FindNonEmptyHeadersSparse(const PuppetVector<short>& headDims,
@@ -69,8 +67,6 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   void FindNonEmptyHeadersDense(const PuppetVector<short>& headDims,
                                 const PuppetVector<short>& otherDims, Places& out);
 
-  // Tells whether leaves carry the subscripts of all dimensions of `calc`.
-  [[nodiscard]] bool HasLeaves(const std::vector<int>& subscripts, const PlaceCalculator& calc);
   // Returns the place of the leaves that carry the subscripts; there has to be one in every
   // dimension of `calc`. The inverse of Fill.
   [[nodiscard]] unsigned long long DisplayPosition(const std::vector<int>& subscripts,
@@ -80,8 +76,14 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   [[nodiscard]] OmDimHeader* Header(int d);
   // Tells whether a layer is current, and its place.
   [[nodiscard]] bool CurrentPlace(unsigned long long& place) const;
+  // Returns the path of the category of dimension `k` of `calc` at a place, or null where no leaf
+  // stands.
+  [[nodiscard]] Path* PathAt(unsigned long long place, const PlaceCalculator& calc,
+                             unsigned long k);
+  // Appends the nodes of a path from the root down, unless there is none or it has but one.
+  static void AppendNodes(Path* path, std::vector<ConstNode*>& out);
   // Returns the path of the category of layer dimension `layerDim` at a layer place, or null.
-  [[nodiscard]] Path* FindNodes(int place, int layerDim);
+  [[nodiscard]] Path* FindNodes(unsigned long long place, int layerDim);
   // The same in the current layer; null also where none is current.
   [[nodiscard]] Path* CurrentNodes(int layerDim);
   // Turns the digits of a place into subscripts. A digit that no leaf stands at leaves its entry.
@@ -99,59 +101,11 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   OmVector<int> reservedIndices{this};   // stays empty; nothing reads it
   OmVector<int> reservedZeros;           // one 0 per dimension; nothing reads it
   std::vector<OmDimHeader*> layerHeaders;  // of the layer dimensions
-  Places nonEmptyLayers;                   // with skipEmpty, the places behind the layer numbers
+  Places nonEmptyLayers;  // the places behind the layer numbers; without skipEmpty once asked for
   bool isSparse;
   unsigned long long layerCount = 0;
   int currentLayer = -1;            // negative where no layer is current
   PlaceCalculator placeCalculator;  // over the layer dimensions, without what reads added to them
-};
-
-// The digits of one place, without an allocation for up to eight dimensions.
-class OmDisplayLayerHeading::Data::PlaceDigits {
- public:
-  PlaceDigits(const PlaceCalculator& calc, unsigned long long place) {
-    if (const unsigned long n = calc.Dimensions().size(); n > few.size()) {
-      many.resize(n);
-      digits = many.data();
-    }
-    calc.Base().Digits(place, digits);
-  }
-  PlaceDigits(const PlaceDigits&) = delete;
-  PlaceDigits& operator=(const PlaceDigits&) = delete;
-
-  unsigned int operator[](unsigned long k) const { return digits[k]; }
-
- private:
-  std::array<unsigned int, 8> few;
-  std::vector<unsigned int> many;
-  unsigned int* digits = few.data();
-};
-
-// Reads one digit of many places.
-class OmDisplayLayerHeading::Data::DigitReader {
- public:
-  DigitReader(const PlaceCalculator& calc, unsigned long k);
-
-  // The number of places after which the digit changes; 0 where that is beyond every number.
-  [[nodiscard]] unsigned long long Stride() const noexcept { return stride; }
-  // The number of values of the digit.
-  [[nodiscard]] unsigned int Base() const noexcept { return base; }
-  // Returns what PlaceCalculator::Digits() has at k, the first digit unreduced.
-  [[nodiscard]] unsigned int operator()(unsigned long long place) const {
-    if ((place | stride) <= std::numeric_limits<unsigned int>::max() && stride != 0) {
-      // A division of 32 bits costs less than half of one of 64.
-      const unsigned int quotient =
-          static_cast<unsigned int>(place) / static_cast<unsigned int>(stride);
-      return first ? quotient : quotient % base;
-    }
-    const unsigned long long quotient = stride == 0 ? 0 : place / stride;
-    return static_cast<unsigned int>(first ? quotient : quotient % base);
-  }
-
- private:
-  unsigned long long stride = 1;
-  unsigned int base;
-  bool first;
 };
 
 #endif

@@ -2,9 +2,8 @@
 // how many columns of labels they need, the nodes whose labels stand there, and the corner above
 // them.
 //
-// Building one costs a walk over the stored cells with skipEmpty, and little without. A row is put
-// together when it is asked for, from labels that are kept by category, so a heading of many rows
-// takes no memory for them. A whole column of labels costs hardly more than its deque.
+// Building one costs a walk over the stored cells with skipEmpty, and little without. Rows are put
+// together when they are asked for. A whole column of labels is far cheaper than every row.
 
 #ifndef BACKEND_TABLES_OM_DISPLAYROWHEADING_H
 #define BACKEND_TABLES_OM_DISPLAYROWHEADING_H
@@ -18,15 +17,18 @@
 
 class OmCellText;
 
-// Built from a layer heading, which has to outlive it. Which rows there are and how wide labels are
-// is settled when it is built: it does not follow later layer switches. What is hidden is asked
-// when labels are. With skipEmpty only rows that hold a cell are numbered: in the layer of the last
-// successful switch where the table is dense, in any layer where it is sparse (IsSparse), on
-// purpose.
+// Built from a layer heading, which has to outlive it. Which rows there are is settled when it is
+// built: it does not follow later layer switches. How wide labels are goes by what was hidden when
+// the layer heading was built. What is hidden is asked when labels are. With skipEmpty only rows
+// that hold a cell are numbered: in the layer of the last successful switch where the table is
+// dense, in any layer where it is sparse (IsSparse), on purpose.
 //
 // The dimension that the table's axis lists first varies fastest, so axis dimension 0 of the
 // heading is the outermost, the axis's last. Each takes VisibleWidth() columns of labels, side by
-// side. A row number is never negative, and with skipEmpty below NRows().
+// side. A row number is never negative, and with skipEmpty below NRows(). Without skipEmpty a
+// number past the last row is taken as a place: no category of the outermost dimension stands
+// there, nor one of a dimension that has none, so that their labels are null and their subscripts
+// stay.
 class OM_API OmDisplayRowHeading {
  public:
   using ConstNode = OmDisplayLayerHeading::ConstNode;
@@ -59,6 +61,8 @@ class OM_API OmDisplayRowHeading {
 
   // Returns the labels of a row, left to right; null where a dimension shows fewer.
   [[nodiscard]] std::deque<ConstNode*> Row(int r) const;
+  // Returns for each entry of a row the axis dimension that it belongs to.
+  [[nodiscard]] std::vector<int> LabelDimensions() const;
   // Returns the category of each axis dimension, hidden or not.
   [[nodiscard]] std::deque<ConstNode*> RowCategories(int r) const;
   // Returns entry `c` of every row.

@@ -9,6 +9,10 @@ void OmOutputPart::Visitor::Visit(OmProcedure& part) {
   Visit(static_cast<OmHeading&>(part));
 }
 
+void OmOutputPart::ConstVisitor::Visit(const OmProcedure& part) {
+  Visit(static_cast<const OmHeading&>(part));
+}
+
 OmHeading::OmHeading(const OmCellText& title_)
     : OmOutputPart(title_), footnotes(new OmVector<OmFootnote>(nullptr)) {}
 

@@ -18,6 +18,7 @@ class OM_API OmHeading : public OmOutputPart {
   explicit OmHeading(const OmCellText& title);
   ~OmHeading() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   // Empty at first. The library adds nothing to it: it is there for the heading's users, who
@@ -38,6 +39,7 @@ class OM_API OmProcedure : public OmHeading {
               const std::string& c);
   ~OmProcedure() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   [[nodiscard]] const std::string& OutlineText() const noexcept { return outlineText; }

@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <iterator>
 #include <list>
+#include <memory>
+#include <type_traits>
 
 #include "backend/tables/om/Assert.h"
 
@@ -42,6 +44,8 @@ class ListTree {
   explicit ListTree(const T& root) { list.emplace_back(0, root); }
 
   [[nodiscard]] std::list<ListTreeData<T>>& List() noexcept { return list; }
+  // Returns the node of the first entry.
+  [[nodiscard]] Node Root();
 
   // Returns the first place behind `it` whose entry is not deeper than `level`: with the entry's
   // own level, the place just past its subtree. The end is returned as it is.
@@ -50,7 +54,7 @@ class ListTree {
   // Makes the children of `n` its following siblings: every descendant moves up one level and stays
   // where it is in the list.
   void Flatten(Node& n);
-  // Removes the entry of `n` alone; its children take its place.
+  // Removes the entry of `n` alone; its children take its place. Afterwards `n` stands at the end.
   void Erase(Node& n);
   // Removes the entry of `n` and its subtree.
   void Prune(const Node& n);
@@ -58,6 +62,8 @@ class ListTree {
  protected:
   // Returns the place that a node stands on.
   [[nodiscard]] static iterator Place(const Node& n) { return n.iter; }
+  // Moves a node whose entry is gone to the end, where a use of it is noticed. It keeps its level.
+  static void Leave(Node& n) { n.iter = n.tree->list.end(); }
 
  private:
   // Entries to come, made several at a time. No copy takes them along.
@@ -101,6 +107,15 @@ class ListTree<T>::Node {
 
   // Appends `value` as the last child and returns its node.
   Node Child(const T& value);
+  // Appends what `value` points to, for a tree that owns its values, as the output tree does. Only
+  // a call that succeeds takes it over: where one fails, `value` is as it was.
+  template <typename Value>
+  Node Child(std::unique_ptr<Value>&& value) {
+    static_assert(std::is_convertible_v<Value*, T>, "the tree holds pointers to a base of it");
+    const Node node = Child(static_cast<T>(value.get()));
+    static_cast<void>(value.release());  // the tree owns it now
+    return node;
+  }
 
  private:
   friend class ListTree<T>;
@@ -114,6 +129,11 @@ class ListTree<T>::Node {
   int level;
   iterator iter;
 };
+
+template <typename T>
+typename ListTree<T>::Node ListTree<T>::Root() {
+  return Node(*this, list.begin());
+}
 
 template <typename T>
 typename ListTree<T>::iterator ListTree<T>::SearchForward(iterator it, int level) {
@@ -142,6 +162,7 @@ void ListTree<T>::Erase(Node& n) {
   Flatten(n);
   if (n.iter != list.end()) {
     list.erase(n.iter);
+    Leave(n);
   }
 }
 

@@ -19,6 +19,7 @@ class OM_API OmModel : public OmOutputPart {
   explicit OmModel(const OmCellText& title);
   ~OmModel() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   virtual void SetPMML(const char* data, unsigned int length);

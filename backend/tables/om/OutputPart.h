@@ -27,6 +27,7 @@ class OmTextBlock;
 class OM_API OmOutputPart {
  public:
   class Visitor;
+  class ConstVisitor;
 
   OmOutputPart(const OmOutputPart&) = delete;
   OmOutputPart& operator=(const OmOutputPart&) = delete;
@@ -37,9 +38,13 @@ class OM_API OmOutputPart {
 
   // Calls the Visit overload of the item's own kind.
   virtual void Accept(Visitor& v) = 0;
+  // The same for an item that is only read. Goes through the function above, which changes no item.
+  void Accept(ConstVisitor& v) const;
 
-  // The item keeps the ownership. Never null, except after a failed SetTitle.
+  // The item keeps the ownership. Never null, except after a failed SetTitle. In UTF-8, but for
+  // what an item with a code page was made with.
   [[nodiscard]] OmCellText* Title() noexcept { return title; }
+  [[nodiscard]] const OmCellText* Title() const noexcept { return title; }
   // Stores a clone of `title`. The old title is deleted first, so `title` must not be the item's
   // own; where the clone fails, the item is left without a title.
   void SetTitle(const OmCellText& title);
@@ -78,6 +83,22 @@ class OM_API OmOutputPart::Visitor {
   virtual void Visit(OmDendrix& part) = 0;
   virtual void Visit(OmModel& part) = 0;
   virtual void Visit(OmInteractive& part) = 0;
+};
+
+// Visits an item that is only read, with the same defaults. A class of its own, so that the
+// functions of Visitor, and their order, stay what visitors are compiled for.
+class OM_API OmOutputPart::ConstVisitor {
+ public:
+  virtual ~ConstVisitor();
+  virtual void Visit(const OmPivotTable& part) = 0;
+  virtual void Visit(const OmProcedure& part);
+  virtual void Visit(const OmHeading& part) = 0;
+  virtual void Visit(const OmTextBlock& part) = 0;
+  virtual void Visit(const OmPageTitle& part);
+  virtual void Visit(const OmChart& part) = 0;
+  virtual void Visit(const OmDendrix& part) = 0;
+  virtual void Visit(const OmModel& part) = 0;
+  virtual void Visit(const OmInteractive& part) = 0;
 };
 
 #endif

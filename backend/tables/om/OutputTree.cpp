@@ -1,9 +1,16 @@
 #include "backend/tables/om/OutputTree.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <list>
 #include <memory>
 #include <utility>
+
+#if defined(OM_HARDENING) && OM_HARDENING && defined(__GLIBC__)
+#include <pthread.h>
+#endif
 
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Heading.h"
@@ -23,6 +30,68 @@ void DeletePart(OmOutputPart*& slot) {
 struct Places : ListTree<OmOutputPart*> {
   using ListTree<OmOutputPart*>::Place;
 };
+
+#if defined(OM_HARDENING) && OM_HARDENING
+
+// Whether an object is on the stack of this thread; false where that cannot be told.
+bool IsOnStack([[maybe_unused]] const void* object) noexcept {
+#if defined(__GLIBC__)
+  struct Stack {
+    Stack() noexcept {
+      pthread_attr_t attributes;
+      if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
+        pthread_attr_getstack(&attributes, &low, &size);
+        pthread_attr_destroy(&attributes);
+      }
+    }
+    void* low = nullptr;
+    unsigned long size = 0;
+  };
+  static thread_local const Stack stack;
+  const auto* const low = static_cast<const char*>(stack.low);
+  const auto* const byte = static_cast<const char*>(object);
+  return !std::less<>()(byte, low) && std::less<>()(byte, low + stack.size);
+#else
+  return false;
+#endif
+}
+
+// Looks at the items of the entries from `first` to `last`, which are about to be deleted. Takes no
+// memory from the ordinary heap, since a tree that is destroyed must not, and does without where
+// there is none.
+void CheckItems(std::list<ListTreeData<OmOutputPart*>>& list, Places::iterator first,
+                Places::iterator last) {
+  struct Free {
+    void operator()(void* block) const noexcept { std::free(block); }
+  };
+  const auto n = static_cast<unsigned long>(std::distance(first, last));
+  const std::unique_ptr<const OmOutputPart*[], Free> items(
+      static_cast<const OmOutputPart**>(std::malloc((n + 1) * sizeof(OmOutputPart*))));
+  if (items == nullptr) {
+    return;
+  }
+  const OmOutputPart** const begin = items.get();
+  const OmOutputPart** end = begin;
+  for (auto entry = first; entry != last; ++entry) {
+    if (entry->Data() != nullptr) {
+      OM_HARDEN(!IsOnStack(entry->Data()), "OmOutputTree -- an item that was not made with new");
+      *end++ = entry->Data();
+    }
+  }
+  std::sort(begin, end, std::less<>());
+  OM_HARDEN(std::adjacent_find(begin, end) == end, "OmOutputTree -- an item in two entries");
+  const auto goes = [&](ListTreeData<OmOutputPart*>& entry) {
+    return std::binary_search(begin, end, entry.Data(), std::less<>());
+  };
+  OM_HARDEN(std::none_of(list.begin(), first, goes) && std::none_of(last, list.end(), goes),
+            "OmOutputTree -- an item in an entry that stays");
+}
+
+#else
+
+void CheckItems(std::list<ListTreeData<OmOutputPart*>>&, Places::iterator, Places::iterator) {}
+
+#endif
 
 // The text block with the entry that it will have. Everything that can fail for want of memory
 // comes before anything is deleted.
@@ -53,6 +122,8 @@ Node ReplaceItem(Node node, const std::string& message) {
   const OmStringCell none("");
   const OmCellText* const title = (*node)->Title();
   Replacement block(title != nullptr ? *title : none, message);
+  const auto place = Places::Place(node);
+  CheckItems(node.Tree().List(), place, std::next(place));
   DeletePart(*node);
   block.Append(node);
   node.Tree().Flatten(node);
@@ -81,6 +152,7 @@ OmOutputTree::OmOutputTree() : ListTree<OmOutputPart*>(nullptr) {
 }
 
 OmOutputTree::~OmOutputTree() {
+  CheckItems(List(), List().begin(), List().end());
   for (ListTreeData<OmOutputPart*>& entry : List()) {
     try {
       delete entry.Data();
@@ -100,6 +172,7 @@ OmOutputTree::~OmOutputTree() {
 void OmOutputTree::Prune(Node& n) {
   const iterator top = Place(n);
   OM_HARDEN(top != List().end(), "OmOutputTree::Prune");
+  CheckItems(List(), top, SearchForward(top, n.Level()));
   const auto level = [&](iterator it) { return it == top ? n.Level() : it->Level(); };
   iterator it = top;
   for (;;) {
@@ -111,6 +184,7 @@ void OmOutputTree::Prune(Node& n) {
     DeletePart(it->Data());
     if (it == top) {
       List().erase(it);
+      Leave(n);
       return;
     }
     const iterator parent = std::prev(it);
@@ -125,6 +199,8 @@ void OmOutputTree::Prune(Node& n) {
 }
 
 void OmOutputTree::Erase(Node& n) {
+  OM_HARDEN(Place(n) != List().end(), "OmOutputTree::Erase");
+  CheckItems(List(), Place(n), std::next(Place(n)));
   DeletePart(*n);
   ListTree<OmOutputPart*>::Erase(n);
 }

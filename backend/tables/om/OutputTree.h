@@ -13,6 +13,10 @@
 // Owns the items of its entries and deletes them through their virtual destructors. An entry may
 // hold null. The tree costs no stack in its depth.
 //
+// So an item is made with `new`, and stands in one entry of one tree. An item does not know where
+// it stands: before it deletes items, a hardened build looks for those that two entries of this
+// tree hold, and for those on the stack of the thread.
+//
 // Prune and Erase let an exception of an item's destructor pass. The entry of that item then holds
 // null, and what was not yet removed stays in the tree.
 class OM_API OmOutputTree : public ListTree<OmOutputPart*> {
@@ -25,9 +29,10 @@ class OM_API OmOutputTree : public ListTree<OmOutputPart*> {
   ~OmOutputTree();
 
   // Removes `n` with its subtree and deletes their items, children before their parent, in document
-  // order. `n` must not be used afterwards.
+  // order. Afterwards `n` stands at the end. Other nodes on what was removed must not be used.
   void Prune(Node& n);
-  // Deletes the item of `n` and removes its entry; its children take its place.
+  // Deletes the item of `n` and removes its entry; its children take its place. Afterwards `n`
+  // stands at the end.
   void Erase(Node& n);
 };
 

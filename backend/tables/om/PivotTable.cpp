@@ -3,6 +3,7 @@
 #include "backend/tables/om/PivotTable.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -45,6 +46,20 @@ void Replace(OmCellText*& held, const OmCellText* text, OmMemoryRegion* region) 
       static_cast<double>(static_cast<unsigned long long>(static_cast<long long>(*negative))), 0);
 }
 
+// Moves `subscripts` behind all that agree with them from dimension `k` on, in the order of the
+// iterators. Returns false where nothing comes behind.
+bool PassBy(std::vector<int>& subscripts, unsigned long k) {
+  while (k != subscripts.size() && subscripts[k] == std::numeric_limits<int>::max()) {
+    ++k;
+  }
+  if (k == subscripts.size()) {
+    return false;
+  }
+  std::fill_n(subscripts.begin(), k, 0);
+  ++subscripts[k];
+  return true;
+}
+
 }  // namespace
 
 OmPivotTable::Data::Data(const OmCellText& templateName_, bool hasSplits_) : hasSplits(hasSplits_) {
@@ -81,7 +96,7 @@ OmPivotTable::Data::~Data() {
 }
 
 OmPivotTable::OmPivotTable(const OmCellText& title_, const OmCellText& templateName, bool hasSplits)
-    : OmOutputPart(title_), _my(new Data(templateName, hasSplits)) {}
+    : OmOutputPart(title_), _my(new Data(templateName, hasSplits)), cells(_my) {}
 
 OmPivotTable::~OmPivotTable() noexcept {
   delete _my;
@@ -92,7 +107,7 @@ void OmPivotTable::Accept(Visitor& visitor) {
 }
 
 void OmPivotTable::EndTable() {
-  OmCellStore::Verify(_my->root, _my->dimensions);
+  OmCellStore::Verify(_my->root, _my->_dimensions.size());
   _my->ReindexAxis();
 }
 
@@ -155,8 +170,17 @@ void OmPivotTable::SetTableTitle(const OmCellText& text) {
 
 namespace {
 
-inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
-                             const OmCellText& cell) {
+// Throws unless `subscripts` are as many as the table has dimensions, and none is negative.
+void CheckSubscripts(const std::vector<int>& subscripts, unsigned long count) {
+  if (subscripts.size() != count ||
+      std::any_of(subscripts.begin(), subscripts.end(), [](int s) { return s < 0; })) {
+    RefuseSubscripts(subscripts, count);
+  }
+}
+
+// Stores a copy of `cell` in slot `s`, which holds null.
+inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
+                      const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
   v.Put(s, copy);
   if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
@@ -168,88 +192,71 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
   return copy;
 }
 
-// The setter's second half, for a slot that holds a cell and for one that holds none: apart from
-// the search, which keeps nothing across a call.
-
-// Puts a copy of `cell`, or null, in the place of what the slot holds, whose metadata stays.
-[[gnu::noinline]] bool ReplaceCell(OmPivotTable::Data& my, OmPointerVector& v, int s,
-                                   const OmCellText* cell) {
-  my.Changed();
-  auto* const old = static_cast<OmCellText*>(v.At(s));
-  OM_HARDEN(cell != old, "OmPivotTable::Cell");
+// Stores a copy of `cell`, or null, in place of the cell in slot `s`, whose metadata stays.
+void ReplaceCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
+                 const OmCellText* cell) {
+  OM_HARDEN(cell != v[s], "OmPivotTable::Cell");
   std::unique_ptr<OmCellMetaData> meta;
-  if (old->hasMeta()) {
+  if (const auto* const old = static_cast<OmCellText*>(v[s]); old->hasMeta()) {
     meta = std::make_unique<OmCellMetaData>(old->getMeta());
   }
-  v.Take(s);
-  delete old;
+  delete static_cast<OmCellText*>(v.Exchange(s, nullptr));
   if (cell != nullptr) {
     OmCellText* const copy = StoreCell(my, v, s, *cell);
     if (meta != nullptr) {
       copy->setMeta(*meta);
     }
   }
-  return true;
 }
 
-// Stores a copy of `cell`, or null, in a slot that holds none; null, too, where the copy fails.
-[[gnu::noinline]] bool FillSlot(OmPivotTable::Data& my, OmPointerVector& v, int s,
-                                const OmCellText* cell) {
-  my.Changed();
-  if (cell == nullptr) {
-    v.PutNull(s);
-    return true;
+// Makes the slot for `subscripts`, which has no room yet, after checking them. A slot that has room
+// needs no check.
+OmPointerVector* MakeRoom(OmPivotTable::Data& my, const std::vector<int>& subscripts) {
+  CheckSubscripts(subscripts, my._dimensions.size());
+  if (subscripts.empty()) {
+    // A table without dimensions has no place for a cell, although reading finds null there.
+    RefuseSubscripts(subscripts, 0);
   }
-  try {
-    StoreCell(my, v, s, *cell);
-  } catch (...) {
-    v.PutNull(s);
-    throw;
-  }
-  return true;
-}
-
-// Makes a slot that FindSlot does not find, after holding the subscripts against the table. What
-// FindSlot finds needs no such test.
-[[gnu::noinline]] bool StoreFar(OmPivotTable::Data& my, const std::vector<int>& subscripts,
-                                const OmCellText* cell, OmCellStore::Place place) {
-  // A table without dimensions has no place for a cell either.
-  if (subscripts.empty() || subscripts.size() != my.dimensions ||
-      OmCellStore::AnyNegative(subscripts)) {
-    RefuseSubscripts(subscripts, my.dimensions);
-  }
-  const OmCellStore::Place made =
-      OmCellStore::MakeSlot(my.root, subscripts.data(), my.region, place);
-  return FillSlot(my, *made.vector, *made.subscript, cell);
+  return &OmCellStore::Reach(my.root, subscripts, my.region);
 }
 
 }  // namespace
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText* cell) {
+  Data& my = *_my;
   // Every call counts, whatever becomes of it. The number wraps like the 32-bit integer that it is.
-  const int count = _my->numCells;
-  _my->numCells = static_cast<int>(static_cast<unsigned int>(count) + 1U);
+  const int count = my.numCells;
+  my.numCells = static_cast<int>(static_cast<unsigned int>(count) + 1U);
   // The call that makes the count exceed the limit is still accepted.
-  if (count > _my->backendSettings.getMaxCells()) {
+  if (count > my.backendSettings.getMaxCells()) {
     Scratch(true);
     return false;
   }
-  OmCellStore::Place place{};
-  if (subscripts.size() != _my->dimensions ||
-      !OmCellStore::FindSlot(_my->root, subscripts, place)) {
-    return StoreFar(*_my, subscripts, cell, place);
+  OmPointerVector* v = nullptr;
+  if (subscripts.size() == my._dimensions.size() && !subscripts.empty()) {
+    v = OmCellStore::VectorOf(my.root, subscripts, 0);
   }
-  OmPointerVector& v = *place.vector;
-  const int s = *place.subscript;
-  return v.Holding(s) ? ReplaceCell(*_my, v, s, cell) : FillSlot(*_my, v, s, cell);
+  if (v != nullptr && v->HasRoom(static_cast<unsigned int>(subscripts[0]))) {
+    v->GrowTo(static_cast<unsigned int>(subscripts[0]));
+  } else {
+    v = MakeRoom(my, subscripts);
+  }
+  my.Changed();
+  const auto s = static_cast<unsigned long>(subscripts[0]);
+  if (v->IsSet(s)) {
+    ReplaceCell(my, *v, s, cell);
+  } else if (cell != nullptr) {
+    StoreCell(my, *v, s, *cell);
+  }
+  return true;
 }
 
 bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& cell) {
   return Cell(subscripts, &cell);
 }
 
-void OmPivotTable::Refuse(const std::vector<int>& subscripts) const {
-  RefuseSubscripts(subscripts, _my->_dimensions.size());
+void OmPivotTable::Check(const std::vector<int>& subscripts) const {
+  CheckSubscripts(subscripts, _my->_dimensions.size());
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
@@ -259,10 +266,50 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
     OM_HARDEN(subscript >= 0, "OmPivotTable::deleteCell");
   }
 #endif
-  if (subscripts.size() == _my->dimensions && !subscripts.empty()) {
+  if (subscripts.size() == _my->_dimensions.size() && !subscripts.empty()) {
     _my->Changed();
-    OmCellStore::Delete(_my->root, subscripts, _my->cellsGo ? &_my->postponed : nullptr);
+    OmCellStore::Delete(_my->root, subscripts);
   }
+}
+
+const OmCellText* OmPivotTable::NextCell(std::vector<int>& subscripts) const {
+  const unsigned long n = _my->_dimensions.size();
+  bool more = _my->root != nullptr;
+  if (subscripts.empty()) {
+    subscripts.resize(more ? n : 0, 0);
+  } else if (subscripts.size() != n) {
+    throw OMSException("OmPivotTable::NextCell() -- subscripts.size() == NDimensions()",
+                       static_cast<double>(subscripts.size()), static_cast<double>(n));
+  } else if (OmCellStore::AnyNegative(subscripts)) {
+    throw OMSException("OmPivotTable::NextCell() -- subscript >= 0");
+  } else {
+    more = more && PassBy(subscripts, 0);
+  }
+  // Goes down to the first cell at or behind `subscripts`. Where a vector has nothing more to
+  // offer, it starts again at the root, behind that vector.
+  while (more) {
+    const void* element = _my->root;
+    for (unsigned long k = n; k-- != 0;) {
+      const auto& vector = *static_cast<const PointerVector*>(element);
+      const auto from = static_cast<unsigned long>(subscripts[k]);
+      const unsigned long at = FindNonZero(vector, from);
+      if (at >= vector.size()) {
+        more = PassBy(subscripts, k + 1);
+        element = nullptr;
+        break;
+      }
+      if (at != from) {
+        subscripts[k] = static_cast<int>(at);
+        std::fill_n(subscripts.begin(), k, 0);
+      }
+      element = vector.begin()[at];
+    }
+    if (element != nullptr) {
+      return static_cast<const OmCellText*>(element);
+    }
+  }
+  subscripts.clear();
+  return nullptr;
 }
 
 int OmPivotTable::getNumCells() const noexcept {
@@ -284,6 +331,11 @@ void OmPivotTable::setAreaFormat(FormatArea* format) {
   }
   entry = format;
   delete old;
+}
+
+void OmPivotTable::setAreaFormat(std::unique_ptr<FormatArea>&& format) {
+  setAreaFormat(format.get());
+  static_cast<void>(format.release());  // the table owns it now
 }
 
 FormatArea* OmPivotTable::getAreaFormat(FormatArea::Area area) const {

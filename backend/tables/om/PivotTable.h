@@ -13,14 +13,15 @@
 #define BACKEND_TABLES_OM_PIVOTTABLE_H
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
-#include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/OutputPart.h"
+#include "backend/tables/om/PointerVector.h"
 
 class BackendSettings;
 class OmCellProperties;
@@ -40,16 +41,19 @@ class OM_API OmPivotTable : public OmOutputPart {
  public:
   struct OM_PRIVATE Data;
   class OM_PRIVATE ICUHelper;
+  class OM_PRIVATE FootnotePlaces;
   class Iterator;
   class ConstIterator;
-  // A vector of one level of the cell store (CellStore.h).
+  // A vector of one level of the cell store (PointerVector.h).
   using PointerVector = OmPointerVector;
 
   // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
   OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
-  // Lets nothing out, so that tables can be members and stand in test fixtures.
+  // Lets nothing out, so that tables can be members and stand in test fixtures. Where the
+  // destructor of a class derived from this one throws, the process ends.
   ~OmPivotTable() noexcept override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& visitor) override;
 
   // Ends construction: the three axes together have to list as many entries as there are
@@ -80,7 +84,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // which is also the subscript of its root. Cells that are stored already move to subscript 0 of
   // the new dimension. Where it fails, the table is as it was.
   OmDimension* AddDimension(const OmCellText& name);
-  // Adds a copy of `dimension`.
+  // Adds a copy of `dimension`, whose root needs a label.
   OmDimension* AddDimension(const OmDimension& dimension);
   // Gives a table without dimensions copies of all of `other`'s. Axes and cells are not copied, the
   // subscripts of the roots are kept, and no tracker is attached, on purpose. Throws OMSException
@@ -131,13 +135,25 @@ class OM_API OmPivotTable : public OmOutputPart {
   // Returns an iterator at the first cell (CellIterator.h).
   [[nodiscard]] Iterator FirstCell();
   [[nodiscard]] ConstIterator FirstCell() const;
+  // Moves `subscripts` to the next stored cell in the order of the iterators and returns that cell;
+  // without a next one it returns null and leaves `subscripts` empty. A walk starts with empty
+  // subscripts. Unlike an iterator it finds the cells behind a null that was stored first, and the
+  // table may change between two calls. A call costs about as much as asking for a cell. Throws
+  // OMSException on a wrong number of subscripts, unless there are none, or a negative one.
+  [[nodiscard]] const OmCellText* NextCell(std::vector<int>& subscripts) const;
 
   // --- Footnotes --------------------------------------------------------------------------------
 
   // Adds a footnote, or counts another use of the one with the same text unless `alwaysNew`; its
   // marker becomes the one of `note`, also where that is none. Returns the footnote's index. A new
-  // footnote has one use; a negative use count is taken over as it is, on purpose.
+  // footnote has one use; a negative use count is taken over as it is, on purpose. `note` needs a
+  // text. Where a copy fails, a footnote without a text stays in the list.
+  //
+  // Costs about one comparison for each doubling of the list, and one for each text that is of none
+  // of the platform's simple kinds: only such a text knows what it equals. Where `note` has one,
+  // and after the writable list was handed out, it costs a comparison with each footnote.
   int Footnote(const OmFootnote& note, bool alwaysNew);
+  // Reading through a constant table keeps Footnote fast.
   [[nodiscard]] OmVector<OmFootnote>& Footnotes() noexcept;
   [[nodiscard]] const OmVector<OmFootnote>& Footnotes() const noexcept;
   // Tells that the caller dropped footnotes; the table itself never does.
@@ -159,9 +175,13 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // --- Area formats -----------------------------------------------------------------------------
 
-  // Takes ownership of `format` and deletes the one of the same area. Null is ignored. The same
-  // object must not be handed in twice.
+  // Takes ownership of `format` and deletes the one of the same area; above area 8, where no lookup
+  // finds a format, the old one stays until the table goes. Null is ignored. The same object must
+  // not be handed in twice.
   void setAreaFormat(FormatArea* format);
+  // The same. Only a call that succeeds takes the format over: where one fails, `format` is as it
+  // was.
+  void setAreaFormat(std::unique_ptr<FormatArea>&& format);
   // Returns the format of an area, or null; always null for an area above 8.
   [[nodiscard]] FormatArea* getAreaFormat(FormatArea::Area area) const;
 
@@ -242,7 +262,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   // --- Diagnostic dump --------------------------------------------------------------------------
 
   // Writes titles, dimensions, cells and footnotes to the standard output. The table title must be
-  // set.
+  // set: without one, the process ends. Numbers do not depend on the state of the stream.
   void Print() const;
   // Writes the store below `v`, which stands at `depth` (0 is the root) and at `index` in its
   // parent.
@@ -252,29 +272,34 @@ class OM_API OmPivotTable : public OmOutputPart {
   friend class OmDisplayLayerHeading;  // walks the store where asking for cell by cell would be
                                        // slow
 
-  // The start of the private record, so that reading a cell costs no call.
-  struct OM_PRIVATE Start {
+  // What reading a cell needs of the private record, so that it costs no call.
+  struct OM_PRIVATE Cells {
+    OmMemoryRegion region{false};
+    OmVector<OmDimension*> _dimensions{
+        &region};                   // heap objects, owned; their trees are in `region`
     PointerVector* root = nullptr;  // of the cell store; null until a cell is set
-    unsigned long dimensions = 0;   // as many as _dimensions holds
   };
   [[nodiscard]] OmCellText* FindCell(const std::vector<int>& subscripts) const;
-  // Throws what is wrong with `subscripts`: their number, or else a negative one.
-  [[noreturn]] void Refuse(const std::vector<int>& subscripts) const;
+  // Throws OMSException if `subscripts` are not as many as the dimensions, or one is negative.
+  void Check(const std::vector<int>& subscripts) const;
 
   Data* _my;
+  const Cells* cells;  // a part of _my
 };
 
-// What refuses does not come back, so that callers keep what they have in registers.
 inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) const {
-  const auto* const start = reinterpret_cast<const Start*>(_my);
-  if (subscripts.size() != start->dimensions) {
-    Refuse(subscripts);
+  if (subscripts.size() != cells->_dimensions.size()) {
+    Check(subscripts);
   }
-  OmCellText* const cell = OmCellStore::Find(start->root, subscripts);
-  if (cell == nullptr && OmCellStore::AnyNegative(subscripts)) {
-    Refuse(subscripts);
+  void* element = cells->root;
+  for (auto s = subscripts.end(); s != subscripts.begin() && element != nullptr;) {
+    element = static_cast<const PointerVector*>(element)->At(*--s);
   }
-  return cell;
+  if (element == nullptr) {
+    // On the way to a cell no subscript is negative.
+    Check(subscripts);
+  }
+  return static_cast<OmCellText*>(element);
 }
 
 inline OmCellText* OmPivotTable::Cell(const std::vector<int>& subscripts) {

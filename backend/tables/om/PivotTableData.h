@@ -3,14 +3,14 @@
 #ifndef BACKEND_TABLES_OM_PIVOTTABLEDATA_H
 #define BACKEND_TABLES_OM_PIVOTTABLEDATA_H
 
-#include <cstddef>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
-#include "backend/tables/om/CellStore.h"
+#include "backend/tables/om/CellStoreData.h"
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/Footnote.h"
 #include "backend/tables/om/FormatArea.h"
@@ -40,15 +40,80 @@ class OmPivotTable::ICUHelper : public OmCellText::Visitor {
   icuTracker* tracker = nullptr;  // not owned
 };
 
+// Gives the standard containers memory from a region.
+template <typename T>
+struct OmRegionAllocator {
+  using value_type = T;
+
+  explicit OmRegionAllocator(OmMemoryRegion* region_) noexcept : region(region_) {}
+  template <typename Other>
+  explicit OmRegionAllocator(const OmRegionAllocator<Other>& other) noexcept
+      : region(other.region) {}
+  [[nodiscard]] T* allocate(unsigned long n) {
+    return static_cast<T*>(region->Allocate(n * sizeof(T)));
+  }
+  void deallocate(T* block, unsigned long) noexcept { OmMemoryRegion::Release(block); }
+  [[nodiscard]] bool operator==(const OmRegionAllocator& other) const noexcept {
+    return region == other.region;
+  }
+
+  OmMemoryRegion* region;
+};
+
+// Where the footnotes of a table stand by their texts, so that looking for one needs no walk over
+// the list. Every answer is that of the walk.
+//
+// Invariant: of the first `known` footnotes, `first` holds the first one of each text of a kind
+// whose comparison is a total order, and `others` all those of other kinds, ascending; those
+// without a text are in neither.
+class OmPivotTable::FootnotePlaces {
+ public:
+  FootnotePlaces(const OmVector<OmFootnote>& list_, OmMemoryRegion* region)
+      : list(list_), first(Before{list_}, Allocator(region)), others(region) {}
+
+  // Returns the position of the first footnote that equals `note`, or the number of footnotes.
+  [[nodiscard]] unsigned long Find(const OmFootnote& note);
+  // Goes back to walks, because texts may change from now on.
+  void GiveUp() noexcept;
+
+ private:
+  using Allocator = OmRegionAllocator<unsigned long>;
+
+  // Orders footnotes by the kinds of their texts, and by the texts within a kind.
+  struct Before {
+    using is_transparent = void;
+    [[nodiscard]] bool operator()(unsigned long a, unsigned long b) const {
+      return Less(*list[a].Text(), *list[b].Text());
+    }
+    [[nodiscard]] bool operator()(unsigned long a, const OmCellText& b) const {
+      return Less(*list[a].Text(), b);
+    }
+    [[nodiscard]] bool operator()(const OmCellText& a, unsigned long b) const {
+      return Less(a, *list[b].Text());
+    }
+    [[nodiscard]] static bool Less(const OmCellText& a, const OmCellText& b);
+
+    const OmVector<OmFootnote>& list;
+  };
+
+  [[nodiscard]] unsigned long Walk(const OmFootnote& note) const;
+  void CatchUp();
+
+  const OmVector<OmFootnote>& list;
+  std::set<unsigned long, Before, Allocator> first;
+  OmVector<unsigned long> others;
+  unsigned long known = 0;
+  bool walks = false;  // for good
+};
+
 // Ties every cell below `n` to the tracker of n's cell, or to `inherited` where `n` holds no cell.
 void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherited = nullptr);
 // Ties every label below `n` to `t`.
 void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t);
 
-// Everything that a table holds. The base comes first, where the table reads it without this
-// record. The four titles and all that the store holds are null or live in the region. -1 means not
-// set.
-struct OmPivotTable::Data : OmPivotTable::Start {
+// Everything that a table holds. The four titles and all that the store holds are null or live in
+// the region. -1 means not set.
+struct OmPivotTable::Data : OmPivotTable::Cells {
   Data(const OmCellText& templateName_, bool hasSplits_);
   Data(const Data&) = delete;
   Data& operator=(const Data&) = delete;
@@ -59,7 +124,7 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   [[nodiscard]] std::vector<int> SizeVector() const;
   // Holds the axes against the number of dimensions.
   void ReindexAxis();
-  // Tells the walks, where hardening is on, that they are over.
+  // Counts a change of the cells, which ends every walk, if hardening is on.
   void Changed() noexcept {
 #if defined(OM_HARDENING) && OM_HARDENING
     ++changes;
@@ -68,20 +133,17 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   // Appends a dimension with all that belongs to it, or leaves the table as it was.
   OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
-  OmCellStore::Postponed postponed;  // of cells that may go with the region, which it outlives
-  OmMemoryRegion region{false};
   OmCellText* templateName = nullptr;
   OmCellText* cornerText = nullptr;
   OmCellText* caption = nullptr;
   OmCellText* tableTitle = nullptr;
   OmVector<OmFootnote> footnotes{&region};
+  FootnotePlaces footnotePlaces{footnotes, &region};
   bool removedFootnotes = false;
   bool hasSplits;
-  // Whether all cells may go with the region as they stand: then nothing walks the store in the
-  // end.
+  // Whether all cells may go with the region as they stand: then the destructor does not walk the
+  // store.
   bool cellsGo = OmCellStore::kCellsGo;
-  OmVector<OmDimension*> _dimensions{
-      &region};  // heap objects, owned; their trees are in the region
   PuppetVector<short> rows{-1};
   PuppetVector<short> columns{-1};
   PuppetVector<short> layers{-1};
@@ -127,16 +189,8 @@ struct OmPivotTable::Data : OmPivotTable::Start {
   // Formats of areas above 8 that a later one took the place of: no lookup finds such a format, so
   // none deletes it before the table goes.
   std::vector<FormatArea*> displacedFormats;
-  // Changes of the cells that were told. Walks hold it against the number at their start.
+  // Changes of the cells. Each walk compares it with the number at its start.
   unsigned long changes = 0;
 };
-
-// The address of the record is that of its base: whatever would move the base fails to compile, a
-// base in front of it as well as a virtual function. The record has no standard layout, so that the
-// language leaves the answer to the compiler.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Winvalid-offsetof"
-static_assert(offsetof(OmPivotTable::Data, root) == 0, "OmPivotTable::FindCell reads it there");
-#pragma GCC diagnostic pop
 
 #endif

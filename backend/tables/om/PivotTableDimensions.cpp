@@ -68,7 +68,6 @@ OmDimension* OmPivotTable::Data::Add(std::unique_ptr<OmDimension> dimension) {
     dimension->Name()->Accept(helper);
   }
   _dimensions.push_back(dimension.get());
-  dimensions = _dimensions.size();
   raised.Commit();
   dimension->Root()->Subscript(_dimensions.size() - 1);
   return dimension.release();
@@ -128,7 +127,6 @@ void OmPivotTable::CopyDimensions(const OmPivotTable& other) {
     dimensions.clear();
     throw;
   }
-  _my->dimensions = dimensions.size();
 }
 
 int OmPivotTable::FindDimension(const OmCellText& name) const {

@@ -1,6 +1,8 @@
 // The diagnostic dump of a pivot table on the standard output.
 
 #include <iostream>
+#include <locale>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -9,6 +11,18 @@
 #include "backend/tables/om/Dimension.h"
 #include "backend/tables/om/PivotTable.h"
 #include "backend/tables/om/PivotTableData.h"
+
+namespace {
+
+// Returns an address as a stream in its first state writes it.
+std::string Address(const void* p) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << p;
+  return text.str();
+}
+
+}  // namespace
 
 void OmPivotTable::Print() const {
   OM_HARDEN(_my->tableTitle != nullptr, "OmPivotTable::Print");
@@ -48,7 +62,7 @@ void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned lo
     // Below the last level of vectors stand the cells.
     void* const element = v;
     auto* const cell = static_cast<OmCellText*>(element);
-    std::cout << element;
+    std::cout << Address(element);
     if (cell != nullptr) {
       std::cout << " - " << cell->Text();
     }
@@ -56,7 +70,7 @@ void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned lo
     return;
   }
   OM_HARDEN(v != nullptr, "OmPivotTable::PrintCells");
-  std::cout << static_cast<void*>(v) << std::endl;
+  std::cout << Address(v) << std::endl;
   for (unsigned long i = 0; i < v->size(); ++i) {
     // Read as a constant, since to be written to would mark a slot as used.
     PrintCells(static_cast<PointerVector*>(std::as_const(*v)[i]), depth + 1, i);

@@ -1,10 +1,86 @@
 // The footnotes of a pivot table.
 
 #include <algorithm>
+#include <new>
+#include <typeinfo>
 
 #include "backend/tables/om/Assert.h"
+#include "backend/tables/om/CellTextOrder.h"
 #include "backend/tables/om/PivotTable.h"
 #include "backend/tables/om/PivotTableData.h"
+#include "platform/cells/CellTexts.h"
+
+namespace {
+
+// Up to so many footnotes, a walk is as quick as a search.
+constexpr unsigned long kFew = 16;
+
+// Whether a text is of one of the platform's kinds whose comparison is a total order, and of no
+// class derived from it. A composite may hold anything.
+bool IsOrdered(const OmCellText& text) {
+  const std::type_info& kind = typeid(text);
+  return kind == typeid(OmStringCell) || kind == typeid(OmStringCellUTF8) ||
+         kind == typeid(OmNumber) || kind == typeid(OmVariable) || kind == typeid(OmNumDataValue) ||
+         kind == typeid(OmStringDataValue);
+}
+
+}  // namespace
+
+bool OmPivotTable::FootnotePlaces::Before::Less(const OmCellText& a, const OmCellText& b) {
+  return a.Kind() != b.Kind() ? a.Kind() < b.Kind() : a < b;
+}
+
+unsigned long OmPivotTable::FootnotePlaces::Walk(const OmFootnote& note) const {
+  // A footnote without a text is what a failed call left behind.
+  const OmFootnote* const found = std::find_if(
+      list.begin(), list.end(),
+      [&note](const OmFootnote& other) { return other.Text() != nullptr && other == note; });
+  return static_cast<unsigned long>(found - list.begin());
+}
+
+// Takes in the footnotes that came since the last search.
+void OmPivotTable::FootnotePlaces::CatchUp() {
+  for (; known != list.size(); ++known) {
+    const OmCellText* const text = list[known].Text();
+    if (text == nullptr) {
+      continue;
+    }
+    if (IsOrdered(*text)) {
+      first.insert(known);
+    } else {
+      others.push_back(known);
+    }
+  }
+}
+
+unsigned long OmPivotTable::FootnotePlaces::Find(const OmFootnote& note) {
+  if (walks || list.size() <= kFew || !IsOrdered(*note.Text())) {
+    return Walk(note);
+  }
+  try {
+    CatchUp();
+  } catch (const std::bad_alloc&) {
+    return Walk(note);  // needs no memory
+  }
+  const auto found = first.find(*note.Text());
+  unsigned long place = found != first.end() ? *found : list.size();
+  for (const unsigned long other : others) {
+    if (other > place) {
+      break;
+    }
+    if (list[other] == note) {
+      place = other;
+      break;
+    }
+  }
+  return place;
+}
+
+void OmPivotTable::FootnotePlaces::GiveUp() noexcept {
+  walks = true;
+  first.clear();
+  others.clear();
+}
 
 int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
   OmVector<OmFootnote>& footnotes = _my->footnotes;
@@ -14,13 +90,8 @@ int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
   const int useCount = note.UseCount();
   OM_HARDEN(text != nullptr, "OmPivotTable::Footnote");
 
-  OmFootnote* entry = footnotes.end();
-  if (!alwaysNew) {
-    // An entry without a text is what a failed call left behind.
-    entry = std::find_if(footnotes.begin(), footnotes.end(), [&note](const OmFootnote& other) {
-      return other.Text() != nullptr && other == note;
-    });
-  }
+  OmFootnote* entry =
+      footnotes.begin() + (alwaysNew ? footnotes.size() : _my->footnotePlaces.Find(note));
   const auto index = static_cast<int>(entry - footnotes.begin());
 
   if (entry != footnotes.end()) {
@@ -52,6 +123,7 @@ int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
 }
 
 OmVector<OmFootnote>& OmPivotTable::Footnotes() noexcept {
+  _my->footnotePlaces.GiveUp();
   return _my->footnotes;
 }
 

@@ -39,23 +39,36 @@ void OmPivotTable::ICUHelper::Visit(OmComposite& cell) {
 }
 
 void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherited) {
-  icuTracker* const t = *n != nullptr ? (*n)->getICUTracker() : inherited;
-  const OmVectorTree<OmCellText*>::Node end = n.End();
-  for (OmVectorTree<OmCellText*>::Node child = n.Begin(); child != end; ++child) {
-    if (*child != nullptr) {
-      (*child)->setICUTracker(t);
+  using Record = OmVectorTreeData<OmCellText*>;
+  const Record* const top = n.record;
+  const Record* before = top;
+  icuTracker* t = inherited;  // that of the records beside `before`
+  for (Record* record = n.record->Next(top); record != nullptr; record = record->Next(top)) {
+    const Record* above = record->Parent();
+    if (above != before && above != before->Parent()) {
+      // Back up: the nearest record with a cell says it again.
+      while (above->Data() == nullptr && above != top) {
+        above = above->Parent();
+      }
+      t = inherited;
+      before = above;
     }
-    propagateICUTracker(child, t);
+    if (above == before && above->Data() != nullptr) {
+      t = above->Data()->getICUTracker();
+    }
+    if (record->Data() != nullptr) {
+      record->Data()->setICUTracker(t);
+    }
+    before = record;
   }
 }
 
 void propagateICUTracker(OmVectorTree<OmDimensionNode>::Node n, icuTracker* t) {
-  const OmVectorTree<OmDimensionNode>::Node end = n.End();
-  for (OmVectorTree<OmDimensionNode>::Node child = n.Begin(); child != end; ++child) {
-    if (child->Text() != nullptr) {
-      child->Text()->setICUTracker(t);
+  for (auto* record = n.record->Next(n.record); record != nullptr;
+       record = record->Next(n.record)) {
+    if (record->Data().Text() != nullptr) {
+      record->Data().Text()->setICUTracker(t);
     }
-    propagateICUTracker(child, t);
   }
 }
 

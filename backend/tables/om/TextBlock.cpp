@@ -8,6 +8,10 @@ void OmOutputPart::Visitor::Visit(OmPageTitle& part) {
   Visit(static_cast<OmTextBlock&>(part));
 }
 
+void OmOutputPart::ConstVisitor::Visit(const OmPageTitle& part) {
+  Visit(static_cast<const OmTextBlock&>(part));
+}
+
 OmTextBlock::OmTextBlock(const OmCellText& title_, const std::string& text_)
     : OmOutputPart(title_), isLog(title_.Text() == "Log"), text(text_) {}
 

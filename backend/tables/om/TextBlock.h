@@ -15,6 +15,7 @@ class OM_API OmTextBlock : public OmOutputPart {
   OmTextBlock(const OmCellText& title, const std::string& text);
   ~OmTextBlock() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 
   // Empty at first. The library adds nothing to it: it is there for the block's users.
@@ -35,6 +36,7 @@ class OM_API OmPageTitle : public OmTextBlock {
   explicit OmPageTitle(const std::string& text);
   ~OmPageTitle() override;
 
+  using OmOutputPart::Accept;
   void Accept(Visitor& v) override;
 };
 

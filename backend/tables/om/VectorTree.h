@@ -5,8 +5,8 @@
 // over an array. A record is moved as bytes whenever its siblings grow or shift; the links from its
 // children to it are mended at once by whoever moved it, with Delete as the one exception.
 // Appending costs amortised one step a sibling; the other changes cost one move of the siblings and
-// one pass over the records below the parent concerned. No operation but copying, printing and
-// Counterpart recurses, and those use a small constant amount of stack a level. The tree promises
+// one pass over the records below the parent concerned. No operation recurses: copying, printing
+// and Counterpart take memory from the ordinary heap instead, and give it back. The tree promises
 // nothing about handles: every change of structure may leave those on the siblings that it touched,
 // and on their children, pointing elsewhere.
 
@@ -70,6 +70,10 @@ class OmVectorTreeData {
   void addChild(const OmVectorTreeData& child, const T* before);
   // Makes the links of the children right, and with `recursive` those of all records below.
   void Relocate(bool recursive) noexcept;
+  // Returns the record that comes next in pre-order below `top`, which is this record or one above
+  // it; null after the last one. Goes by the links up to `top`, and makes those of the children of
+  // this record right.
+  [[nodiscard]] OmVectorTreeData* Next(const OmVectorTreeData* top) noexcept;
 
  private:
   friend class OmVectorTree<T>;
@@ -97,7 +101,7 @@ class OmVectorTreeData {
                         unsigned long n) noexcept;
   void DestroyBelow() noexcept;
   [[nodiscard]] bool Holds(const OmVectorTreeData* record) const noexcept;
-  [[nodiscard]] bool IsAbove(const OmVectorTreeData* record) const noexcept;
+  [[nodiscard]] bool IsAbove(const OmVectorTreeData* record) const;
   [[nodiscard]] unsigned long Index(const OmVectorTreeData* child) const noexcept;
   [[nodiscard]] unsigned long Find(const T& data_, unsigned long n) const;
   void MakeRoom(unsigned long n);
@@ -105,6 +109,8 @@ class OmVectorTreeData {
   OmVectorTreeData* Append(Args&&... args);
   OmVectorTreeData* Adopt(OmVectorTreeData* record) noexcept;
   void CloseGap(OmVectorTreeData* gap) noexcept;
+  template <typename Node>
+  void CloseGaps(const std::vector<Node*>& nodes) noexcept;
   void MoveWithin(unsigned long from, unsigned long to) noexcept;
   static OmVectorTreeData* Transfer(OmVectorTreeData* record, OmVectorTreeData* to);
   void Dissolve(unsigned long index);
@@ -140,7 +146,10 @@ class OmVectorTree : public OmVectorTreeData<T> {
   Node Child(const Node& parent_, const T& data_);
   // Destroys a record, which is not the root, with all below it. The records that move into the gap
   // are not relocated on purpose: until the caller relocates the parent, the links of their
-  // children point at their old places. Afterwards `node` is the next sibling.
+  // children point at their old places, and a handle on such a child, also one taken afterwards,
+  // misleads every operation that asks it for its parent. So Relocate(true) comes before the next
+  // change of another record; a hardened build ends the process where it was left out. Afterwards
+  // `node` is the next sibling.
   void Delete(Node& node);
   // Moves a record in front of the first child of before->Parent() that equals *before; without
   // `before` to the end of the children of *newParent, or of its own parent where that is null too.
@@ -150,8 +159,8 @@ class OmVectorTree : public OmVectorTreeData<T> {
   // purpose: each goes in front of the first child of its own parent that equals the sibling after
   // the other record, as a rule to the end. Neither record may lie below the other.
   void swapChildren(Node& a, Node& b);
-  // Adds a leaf in front of `sibling`, or after it where `before` is false; `sibling` may be the
-  // end of the children.
+  // Adds a leaf in front of `sibling`, or after it where `before` is false. Where `sibling` is the
+  // end of the children, both append.
   void InsertChild(const T& data_, Node sibling, Node parent_, bool before);
   // Puts `nodes`, siblings in ascending order, under a new record at the place of the first.
   void InsertChild(const T& data_, std::vector<Node*> nodes);
@@ -252,9 +261,14 @@ class OmVectorTree<T>::Handle {
   // Writes the record and all records below it, a line each, in pre-order, to the standard output.
   void Print() const requires requires(const T& data, unsigned int depth) { data.Print(depth); }
   {
-    record->Data().Print(level);
-    for (Handle child = Begin(); child != End(); ++child) {
-      child.Print();
+    std::vector<Handle> todo{*this};
+    while (!todo.empty()) {
+      const Handle node = todo.back();
+      todo.pop_back();
+      node->Print(node.level);
+      for (Handle child = node.End(); child != node.Begin();) {
+        todo.push_back(--child);
+      }
     }
   }
 
@@ -295,17 +309,25 @@ OmVectorTreeData<T>::~OmVectorTreeData() {
 
 // Copies the records below `from` to below `to`, which has none. With `relink` they go to the
 // region of `to` and get right links; otherwise region and link are the originals'. The exact room
-// means that no record moves while those below it are copied. It recurses, so everything large
-// stays out of its frame.
+// means that no record moves while those below it are copied.
 template <typename T>
 void OmVectorTreeData<T>::CopyChildren(const OmVectorTreeData& from, OmVectorTreeData& to,
                                        bool relink) {
-  to.children.reserve(from.Size());
-  for (const OmVectorTreeData& child : from.children) {
-    to.children.Emplace(child.data, relink ? &to : child.parent,
-                        relink ? to.Region() : child.Region());
-    if (child.Size() != 0) {
-      CopyChildren(child, to.children.back(), relink);
+  if (from.Size() == 0) {
+    return;
+  }
+  // Records whose children are still to be copied, with their copies.
+  std::vector<std::pair<const OmVectorTreeData*, OmVectorTreeData*>> todo{{&from, &to}};
+  while (!todo.empty()) {
+    const auto [source, copy] = todo.back();
+    todo.pop_back();
+    copy->children.reserve(source->Size());
+    for (const OmVectorTreeData& child : source->children) {
+      copy->children.Emplace(child.data, relink ? copy : child.parent,
+                             relink ? to.Region() : child.Region());
+      if (child.Size() != 0) {
+        todo.push_back({&child, &copy->children.back()});
+      }
     }
   }
 }
@@ -349,18 +371,25 @@ bool OmVectorTreeData<T>::Holds(const OmVectorTreeData* record) const noexcept {
   return children.begin() <= record && record < children.end();
 }
 
-// Whether `record` is this one or lies below it. Searches downwards, for links may be stale.
+// Whether `record` is this one or lies below it. Searches downwards, for links may be stale, and
+// with a stack of its own, for trees may be deep. For checks before anything changes: it takes
+// memory.
 template <typename T>
-bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const noexcept {
-  if (record == this) {
-    return true;
-  }
-  for (const OmVectorTreeData& child : children) {
-    if (child.IsAbove(record)) {
+bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const {
+  std::vector<const OmVectorTreeData*> todo{this};
+  while (record != this && !todo.empty()) {
+    const OmVectorTreeData* const above = todo.back();
+    todo.pop_back();
+    if (above->Holds(record)) {
       return true;
     }
+    for (const OmVectorTreeData& child : above->children) {
+      if (child.Size() != 0) {
+        todo.push_back(&child);
+      }
+    }
   }
-  return false;
+  return record == this;
 }
 
 template <typename T>
@@ -421,6 +450,26 @@ void OmVectorTreeData<T>::CloseGap(OmVectorTreeData* gap) noexcept {
   MoveBytes(gap, gap + 1, static_cast<unsigned long>(children.end() - (gap + 1)));
   --children.last;
   for (OmVectorTreeData* child = gap; child != children.end(); ++child) {
+    child->Relocate(false);
+  }
+}
+
+// Drops the places of children whose bytes have left, in ascending order, in one pass: what stands
+// between two gaps moves up by as many places as there are gaps before it.
+template <typename T>
+template <typename Node>
+void OmVectorTreeData<T>::CloseGaps(const std::vector<Node*>& nodes) noexcept {
+  OmVectorTreeData* place = nodes.front()->record;
+  for (unsigned long i = 0; i != nodes.size(); ++i) {
+    const OmVectorTreeData* const from = nodes[i]->record + 1;
+    const OmVectorTreeData* const to =
+        i + 1 != nodes.size() ? nodes[i + 1]->record : children.end();
+    const auto n = static_cast<unsigned long>(to - from);
+    MoveBytes(place, from, n);
+    place += n;
+  }
+  children.last = place;
+  for (OmVectorTreeData* child = nodes.front()->record; child != place; ++child) {
     child->Relocate(false);
   }
 }
@@ -521,25 +570,22 @@ void OmVectorTreeData<T>::Relocate(bool recursive) noexcept {
   for (OmVectorTreeData& child : children) {
     child.parent = this;
   }
-  if (!recursive) {
-    return;
+  for (OmVectorTreeData* record = recursive ? Next(this) : nullptr; record != nullptr;
+       record = record->Next(this)) {
   }
-  // Pre-order without a stack: the way up goes over links that have just been mended.
+}
+
+template <typename T>
+OmVectorTreeData<T>* OmVectorTreeData<T>::Next(const OmVectorTreeData* top) noexcept {
+  Relocate(false);
+  if (Size() != 0) {
+    return children.begin();
+  }
   OmVectorTreeData* record = this;
-  for (;;) {
-    if (record->Size() != 0) {
-      record = record->children.begin();
-    } else {
-      while (record != this && record + 1 == record->parent->children.end()) {
-        record = record->parent;
-      }
-      if (record == this) {
-        return;
-      }
-      ++record;
-    }
-    record->Relocate(false);
+  while (record != top && record + 1 == record->parent->children.end()) {
+    record = record->parent;
   }
+  return record != top ? record + 1 : nullptr;
 }
 
 template <typename T>
@@ -557,6 +603,7 @@ typename OmVectorTree<T>::Node OmVectorTree<T>::Child(const Node& parent_, const
 template <typename T>
 void OmVectorTree<T>::Delete(Node& node) {
   OmVectorTreeData<T>* const above = node.Parent().record;
+  OM_HARDEN(this->IsAbove(above), "OmVectorTree::Delete");  // or else Relocate was left out
   OM_HARDEN(above->Holds(node.record), "OmVectorTree::Delete");
   above->children.erase(node.record);
 }
@@ -570,6 +617,7 @@ void OmVectorTree<T>::moveChild(Node& node, Node* before, Node* newParent) {
   } else if (newParent != nullptr) {
     to = newParent->record;
   }
+  OM_HARDEN(this->IsAbove(from) && this->IsAbove(to), "OmVectorTree::moveChild");
   OM_HARDEN(from->Holds(node.record), "OmVectorTree::moveChild");
   OM_HARDEN(before == nullptr || to->Holds(before->record), "OmVectorTree::moveChild");
   OM_HARDEN(!node.record->IsAbove(to), "OmVectorTree::moveChild");
@@ -599,6 +647,7 @@ template <typename T>
 void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
   OmVectorTreeData<T>* const parentA = a.Parent().record;
   OmVectorTreeData<T>* const parentB = b.Parent().record;
+  OM_HARDEN(this->IsAbove(parentA) && this->IsAbove(parentB), "OmVectorTree::swapChildren");
   OM_HARDEN(parentA->Holds(a.record) && parentB->Holds(b.record), "OmVectorTree::swapChildren");
   if (a == b) {
     return;
@@ -637,7 +686,7 @@ void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
 template <typename T>
 void OmVectorTree<T>::InsertChild(const T& data_, Node sibling, Node parent_, bool before) {
   OmVectorTreeData<T>* const record = parent_.record;
-  if (!before) {
+  if (!before && sibling != parent_.End()) {
     ++sibling;
   }
   const unsigned long last = record->Size();
@@ -654,6 +703,7 @@ void OmVectorTree<T>::InsertChild(const T& data_, std::vector<Node*> nodes) {
     return;
   }
   OmVectorTreeData<T>* const above = nodes.front()->Parent().record;
+  OM_HARDEN(this->IsAbove(above), "OmVectorTree::InsertChild");
   // Everything that can fail comes first.
   typename OmVectorTreeData<T>::Loose group;
   new (&group.record) OmVectorTreeData<T>(data_, above, this->Region());
@@ -666,9 +716,7 @@ void OmVectorTree<T>::InsertChild(const T& data_, std::vector<Node*> nodes) {
     OM_HARDEN(i == 0 || nodes[i - 1]->record < nodes[i]->record, "OmVectorTree::InsertChild");
     group.record.Adopt(nodes[i]->record);
   }
-  for (unsigned long i = nodes.size(); i != 0; --i) {
-    above->CloseGap(nodes[i - 1]->record);
-  }
+  above->CloseGaps(nodes);
   // The gaps leave room for the group.
   const unsigned long last = above->Size();
   above->Adopt(&group.record);
@@ -683,6 +731,7 @@ void OmVectorTree<T>::removeChild(Node& node) {
     return;
   }
   const Node above = node.Parent();
+  OM_HARDEN(this->IsAbove(above.record), "OmVectorTree::removeChild");
   const int index = above.findIdx(*node);
   if (index < 0) {
     return;
@@ -701,14 +750,19 @@ template <typename T>
 template <typename Record>
 typename OmVectorTree<T>::template Handle<Record> OmVectorTree<T>::Handle<Record>::Counterpart(
     OmVectorTree& other) const requires(!std::is_const_v<Record>) {
-  if (IsRoot()) {
-    return other.Root();
+  std::vector<unsigned long> path;
+  for (Handle node = *this; !node.IsRoot(); node = node.Parent()) {
+    const Handle parent = node.Parent();
+    const auto offset = static_cast<unsigned long>(node.record - parent.record->Children().begin());
+    OM_ASSERT(offset < parent.record->Size(), "0 <= offset && offset < vec.size()",
+              "backend/tables/om/VectorTree", 384, "Counterpart");
+    path.push_back(offset);
   }
-  const Handle parent = Parent();
-  const auto offset = static_cast<unsigned long>(record - parent.record->Children().begin());
-  OM_ASSERT(offset < parent.record->Size(), "0 <= offset && offset < vec.size()",
-            "backend/tables/om/VectorTree", 384, "Counterpart");
-  return parent.Counterpart(other)[offset];
+  Handle found = other.Root();
+  for (auto offset = path.rbegin(); offset != path.rend(); ++offset) {
+    found = found[*offset];
+  }
+  return found;
 }
 
 #endif

@@ -1,16 +1,19 @@
-// Every public class of the library, for those who like one include. It costs compile time; a
-// source that needs a few classes includes their headers instead.
+// Every public class of the library, and of the platform what a table is filled with: the kinds of
+// cell texts and the settings. For those who like one include; it costs compile time, and a source
+// that needs a few classes includes their headers instead.
 
 #ifndef BACKEND_TABLES_OM_OM_H
 #define BACKEND_TABLES_OM_OM_H
 
 #include "backend/tables/IndexProjector.h"
 #include "backend/tables/MultiBase.h"
+#include "backend/tables/PlaceDigits.h"
 #include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/Cell.h"
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/CellStore.h"
 #include "backend/tables/om/CellTextOrder.h"
 #include "backend/tables/om/Chart.h"
+#include "backend/tables/om/Contradictions.h"
 #include "backend/tables/om/Dendrix.h"
 #include "backend/tables/om/DimHeader.h"
 #include "backend/tables/om/Dimension.h"
@@ -29,9 +32,12 @@
 #include "backend/tables/om/OutputPart.h"
 #include "backend/tables/om/OutputTree.h"
 #include "backend/tables/om/PivotTable.h"
+#include "backend/tables/om/PointerVector.h"
 #include "backend/tables/om/TextBlock.h"
 #include "backend/tables/om/Utility.h"
 #include "backend/tables/om/Vector.h"
 #include "backend/tables/om/VectorTree.h"
+#include "platform/cells/CellTexts.h"
+#include "platform/dataio/BackendSettings.h"
 
 #endif
