@@ -1,5 +1,5 @@
 # The Debian packages that `cpack -G DEB` makes: the two libraries, what is needed to build with them,
-# their debug symbols, and the documentation. The preset "package" configures for a system's own folders.
+# their debug symbols, the same for each part, and the documentation. The preset "package" configures for a system's own folders.
 
 set(CPACK_PACKAGE_NAME om)
 set(CPACK_PACKAGE_VENDOR om)
@@ -20,6 +20,25 @@ set(CPACK_DEBIAN_RUNTIME_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libom-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libom${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+
+foreach(part IN LISTS OM_PARTS)
+  string(TOUPPER ${part} OM_PART)
+  if(NOT OM_BUILD_${OM_PART})
+    continue()
+  endif()
+  list(APPEND CPACK_COMPONENTS_ALL ${part} ${part}-development)
+  set(CPACK_DEBIAN_${OM_PART}_PACKAGE_NAME libom${part}${PROJECT_VERSION_MAJOR})
+  set(CPACK_DEBIAN_${OM_PART}_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_${OM_PART}_PACKAGE_DEPENDS "libom${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+  set(CPACK_DEBIAN_${OM_PART}_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_${OM_PART}_DEBUGINFO_PACKAGE ON)
+  set(CPACK_DEBIAN_${OM_PART}-DEVELOPMENT_PACKAGE_NAME libom${part}-dev)
+  set(CPACK_DEBIAN_${OM_PART}-DEVELOPMENT_PACKAGE_SECTION libdevel)
+  set(CPACK_DEBIAN_${OM_PART}-DEVELOPMENT_PACKAGE_DEPENDS
+      "libom${part}${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libom-dev (= ${PROJECT_VERSION})")
+endforeach()
+# A part's library needs those of the library, which are in another package of the same build.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/backend/tables ${PROJECT_BINARY_DIR}/platform)
 
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME libom-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the programs of two guides outside the tree against the library, the way that the first argument names.
+# Builds the programs of three guides outside the tree against the library, the way that the first argument names.
 # They print what they print in the build that the library comes from.
 #
 # usage: consumer_test.sh installed|subdirectory|platform|packages BUILD [CXX...]
@@ -14,6 +14,7 @@ trap 'rm -rf "$work"' EXIT
 
 fail() { echo "$way: $*" >&2; exit 1; }
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "$*"; }; }
+declare -A programs=([consumer]=layout [reader]=read [viewer]=view)  # and whose output theirs is
 expect() { diff <("$build/snippets/$1") <("$2") || fail "$2 prints something else"; }
 
 # consumer <compiler> <cmake argument>... configures, builds and runs the programs in each of $configurations.
@@ -24,9 +25,10 @@ consumer() {
   quietly cmake -S "$here" -B "$folder" -G "Ninja Multi-Config" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" "$@"
   for configuration in $configurations; do
-    quietly cmake --build "$folder" --config "$configuration" --target consumer reader
-    expect layout "$folder/$configuration/consumer"
-    expect read "$folder/$configuration/reader"
+    quietly cmake --build "$folder" --config "$configuration" --target "${!programs[@]}"
+    for program in "${!programs[@]}"; do
+      expect "${programs[$program]}" "$folder/$configuration/$program"
+    done
   done
 }
 
@@ -35,8 +37,11 @@ inspect() {
   local found
   diff <(cd "$1/include/om-1" && find . -type f | sort) \
     <(sed -n 's,^public ,./,p' "$build"/files/om*.txt | sort) || fail "other headers than the public ones"
-  # Debug information aside, which only libraries have.
-  found=$(grep -rlI -e "$source" -e "$build" -e "$work/first" "$1" || true)
+  # Debug information aside, which only libraries have. A path starts where no other one goes on: the sources may be
+  # in a folder as short as /om.
+  local folders
+  folders=$(printf '%s|' "$source" "$build" "$work/first" | sed 's/[.+]/\\&/g')
+  found=$(grep -rlIE "(^|[^[:alnum:]_./-]|-[IL])(${folders%|})([^[:alnum:]_.-]|\$)" "$1" || true)
   [ -z "$found" ] || fail "these files name a folder of the build: $found"
 }
 
@@ -76,12 +81,13 @@ subdirectory)
   diff <("$folder/om/fuzz/Release/om_fuzz" --list) <(cd "$source/fuzz/corpus" && printf '%s\n' [!.]* | grep -vx csv) ||
     fail "other fuzzers"
   # Warnings, debug symbols and the generation of code are the affair of the build around the library.
-  generated=$(grep '"command".*/Release/.*/\(backend\|platform\)/' "$folder/compile_commands.json" |
+  generated=$(grep '"command".*/Release/.*/\(backend\|platform\|display\)/' "$folder/compile_commands.json" |
     grep -oE ' -[Wgfm][^ ]*' | sort -u | tr -d '\n')
   [ "$generated" = " -fvisibility-inlines-hidden -fvisibility=hidden" ] ||
     fail "flags in somebody else's build:$generated"
   ;;
 platform)
+  unset 'programs[viewer]'  # what front ends ask needs more than the least platform has
   consumer "$1" -DOM_SOURCE_DIR="$source" -DBUILD_SHARED_LIBS=ON -DOTHER_PLATFORM=ON
   # Nothing of the replaced platform is left in the library.
   libom=$(find "$work" -name libom.so)
@@ -90,11 +96,13 @@ platform)
   ;;
 packages)
   quietly cpack --config "$build/CPackConfig.cmake" -G DEB -B "$work/packages"
-  for package in libom1 libom-dev libom-doc; do
+  for package in libom1 libom-dev libom-doc libomdisplay1 libomdisplay-dev; do
     quietly dpkg -x "$work/packages/$package"_*.deb "$work/root"
   done
   dpkg-deb --field "$work"/packages/libom1_*.deb Depends | grep -q libstdc++6 || fail "libom1 lacks its libraries"
   dpkg-deb --contents "$work"/packages/libom1_*.deb | grep -q 'libom\.so$' && fail "libom.so is for developers"
+  dpkg-deb --field "$work"/packages/libomdisplay1_*.deb Depends | grep -q 'libom1 (= ' ||
+    fail "libomdisplay1 may meet another libom1"
   inspect "$work/root/usr"
   consumer "$1" -DCMAKE_PREFIX_PATH="$work/root/usr"
   ;;

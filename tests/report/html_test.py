@@ -2,6 +2,7 @@
 
 import os
 import random
+import socket
 import subprocess
 import sys
 import tempfile
@@ -22,6 +23,10 @@ except ImportError:
 
 sys.dont_write_bytecode = True
 from report_test import PENGUINS, PROGRAM, SEED, TITANIC, Twin, run, scatter, write  # noqa: E402
+
+# Selenium asks for its driver by this name, which a minimal system may not have.
+resolve = socket.getaddrinfo
+socket.getaddrinfo = lambda host, *more, **named: resolve('127.0.0.1' if host == 'localhost' else host, *more, **named)
 
 CHROMIUM, DRIVER = '/usr/bin/chromium', '/usr/bin/chromedriver'
 BROWSER = bool(webdriver) and os.path.exists(CHROMIUM) and os.path.exists(DRIVER)
@@ -63,6 +68,7 @@ class PageTest(unittest.TestCase):
         options.binary_location = CHROMIUM
         for argument in ('headless=new', 'no-sandbox', 'disable-gpu', 'disable-background-networking',
                          'disable-dev-shm-usage', 'window-size=1300,900', 'force-prefers-reduced-motion',
+                         'remote-debugging-pipe',  # the driver, too, asks for its browser by name
                          'user-data-dir=' + cls.folder.name):
             options.add_argument('--' + argument)
         options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})

@@ -322,6 +322,7 @@ inline void CheckLayers(const LayoutModel& model, OmDisplayLayerHeading& layers)
 class LayoutPlay {
  public:
   explicit LayoutPlay(Choices& random_) : random(random_) {}
+  virtual ~LayoutPlay() = default;
 
   // Fills a table without dimensions.
   void Fill(OmPivotTable& table) {
@@ -357,8 +358,13 @@ class LayoutPlay {
       CheckHeading(model, layers, columns, model.columns, model.rows, false);
       ASSERT_FALSE(testing::Test::HasFatalFailure());
     }
+    Look(model);
   }
   void End() {}
+
+ protected:
+  // Looks at the table in further ways, when no heading lives any more.
+  virtual void Look(const LayoutModel&) {}
 
  private:
   int Below(int n) { return random.Below(n); }

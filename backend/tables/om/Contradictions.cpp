@@ -93,7 +93,7 @@ class Leaves {
   explicit Leaves(const OmDimension& dimension) : size(dimension.NumCategories()) {
     const std::vector<unsigned long> all = Collect(dimension.Root());
     count = all.size();
-    const unsigned long limit = OmDimHeader::LargestSubscript(count);
+    limit = std::max(OmDimHeader::kLargestSubscript, 4 * count);
     subscripts.reserve(count);
     for (const unsigned long own : all) {
       // Display reads it as an int.
@@ -123,6 +123,7 @@ class Leaves {
 
   unsigned long size;  // the places that the dimension takes
   unsigned long count = 0;
+  unsigned long limit = 0;  // the largest subscript that a header takes
   Several below, aboveLimit, beyondSize, shared, missing;
   Count none = 0;
 
@@ -212,8 +213,7 @@ class DimensionCheck {
     }
     const std::string places = Some(leaves.size, "place", "places");
     AddSubscript(Kind::kSubscriptAboveLimit, leaves.aboveLimit,
-                 " is above " + std::to_string(OmDimHeader::LargestSubscript(leaves.count)) +
-                     ", so that no heading can be built");
+                 " is above " + std::to_string(leaves.limit) + ", so that no heading can be built");
     AddSubscript(Kind::kSubscriptBeyondSize, leaves.beyondSize, " is beyond the " + places);
     AddSubscript(Kind::kSharedSubscript, leaves.shared,
                  " is given to more than one leaf: they show the same cells");

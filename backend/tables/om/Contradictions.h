@@ -61,8 +61,8 @@ struct Finding {
     // Leaves have no subscript, or one that is negative as an int: no cell can be there, and
     // OmPivotTable::Cell throws for what the headings fill in.
     kNoSubscript,
-    // Leaves have a subscript above OmDimHeader::LargestSubscript(), so that no heading can be
-    // built. subscript: the first of them.
+    // Leaves have a subscript above OmDimHeader::kLargestSubscript, or four times the number of
+    // leaves where that is more, so that no heading can be built. subscript: the first of them.
     kSubscriptAboveLimit,
     // Leaves have a subscript at or beyond the number of places. Headings with skipEmpty may leave
     // out rows that hold nothing but cells of these. subscript: the first of them.

@@ -16,7 +16,7 @@ OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
   if (n == 0) {
     return;
   }
-  if (n <= LargestSubscript(0)) {
+  if (n <= kLargestSubscript) {
     leafSubscripts.reserve(n);
     visibleLevels.reserve(n);
   }
@@ -26,7 +26,7 @@ OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
   for (const int subscript : leafSubscripts) {
     largest = std::max<long>(largest, subscript);
   }
-  const unsigned long limit = LargestSubscript(leafSubscripts.size());
+  const unsigned long limit = std::max(kLargestSubscript, 4 * leafSubscripts.size());
   if (static_cast<unsigned long>(largest) > limit) {
     throw OMSException("OmDimHeader::OmDimHeader() -- subscript <= limit",
                        static_cast<double>(largest), static_cast<double>(limit));

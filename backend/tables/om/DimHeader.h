@@ -31,11 +31,9 @@ class OM_API OmDimHeader : public OmRegionManaged {
   // A leaf and all that stands over it, leaf first, root last.
   using Path = OmVector<ConstNode>;
 
-  // Returns the largest subscript, of a dimension with that many leaves, for which leafPositions
-  // has room: 2^28, or four times the number of leaves where that is more.
-  [[nodiscard]] static constexpr unsigned long LargestSubscript(unsigned long leaves) noexcept {
-    return leaves > kLeastLargest / 4 ? 4 * leaves : kLeastLargest;
-  }
+  // The largest subscript that every header takes. One of a dimension with more categories than a
+  // quarter of that takes subscripts up to four times their number.
+  static constexpr unsigned long kLargestSubscript = 1UL << 28;
 
   // Throws OMSException with the subscript and the limit where a category has a subscript above the
   // limit, or the dimension has room for one: NumCategories() is one more than the largest.
@@ -56,8 +54,6 @@ class OM_API OmDimHeader : public OmRegionManaged {
   OmVector<int> leafPositions;  // by subscript; -1 where no leaf carries it
 
  private:
-  static constexpr unsigned long kLeastLargest = 1UL << 28;
-
   // A node on the way down, and which of its children comes next.
   struct Step {
     ConstNode node;

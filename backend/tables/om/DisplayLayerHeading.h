@@ -45,7 +45,7 @@ class OM_API OmDisplayLayerHeading {
 
   // No layer is current afterwards. Throws OMSException where an axis that is read names a
   // dimension that the table has not, and where a category has a subscript that is far beyond what
-  // can be meant (OmDimHeader::LargestSubscript).
+  // can be meant (OmDimHeader::kLargestSubscript).
   OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty);
   OmDisplayLayerHeading(const OmDisplayLayerHeading&) = delete;
   OmDisplayLayerHeading& operator=(const OmDisplayLayerHeading&) = delete;

@@ -180,7 +180,7 @@ void CheckSubscripts(const std::vector<int>& subscripts, unsigned long count) {
 
 // Stores a copy of `cell` in slot `s`, which holds null.
 inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
-                      const OmCellText& cell) {
+                             const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
   v.Put(s, copy);
   if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
@@ -280,7 +280,7 @@ const OmCellText* OmPivotTable::NextCell(std::vector<int>& subscripts) const {
   } else if (subscripts.size() != n) {
     throw OMSException("OmPivotTable::NextCell() -- subscripts.size() == NDimensions()",
                        static_cast<double>(subscripts.size()), static_cast<double>(n));
-  } else if (OmCellStore::AnyNegative(subscripts)) {
+  } else if (std::any_of(subscripts.begin(), subscripts.end(), [](int s) { return s < 0; })) {
     throw OMSException("OmPivotTable::NextCell() -- subscript >= 0");
   } else {
     more = more && PassBy(subscripts, 0);
