@@ -17,6 +17,7 @@
 #include "platform/cells/CellMetaData.h"
 #include "platform/cells/CellProperties.h"
 #include "platform/cells/CellText.h"
+#include "platform/cells/Number.h"
 
 namespace om {
 
@@ -412,7 +413,8 @@ class Comparer {
     }
     const bool numbers = a && b && !a->labelled && !b->labelled;
     const bool equal = numbers && AreEqual(a->value, b->value);
-    if (equal && SameFormat(a->format, b->format)) {
+    const bool alike = numbers && AreFormattedAlike(*a, *b);
+    if (equal && alike) {
       return;
     }
     const std::string shown[2] = {TextOf(first), TextOf(second)};
@@ -421,7 +423,7 @@ class Comparer {
     }
     if (!equal) {
       Add(Kind::kCell, "", shown[0], shown[1]);
-    } else if (options.formats && !SameFormat(a->format, b->format)) {
+    } else if (options.formats && !alike) {
       Add(Kind::kFormat, "", shown[0], shown[1]);
     }
   }
@@ -435,6 +437,12 @@ class Comparer {
   }
   static bool SameFormat(const Qualtex_Format& a, const Qualtex_Format& b) {
     return a.Type() == b.Type() && a.Decimals() == b.Decimals();
+  }
+  // Numbers that were given no format are formatted alike, though the decimals that they show
+  // depend on the number.
+  static bool AreFormattedAlike(const CellNumber& a, const CellNumber& b) {
+    return SameFormat(a.format, b.format) || (SameFormat(a.format, OmNumber(a.value).Format()) &&
+                                              SameFormat(b.format, OmNumber(b.value).Format()));
   }
 
   const CompareOptions& options;

@@ -86,7 +86,7 @@ TableFormats::TableFormats(const OmPivotTable& table_, const AreaMap& areas) : t
                              i == static_cast<unsigned long>(TableArea::kData);
     alternates[i] = followsRows && rows != nullptr && rows->getUseAltRowColors();
     alternate[i] = format;
-    if (alternates[i]) {
+    if (rows != nullptr && alternates[i]) {
       Put(alternate[i].textColor, rows->getAlternateTextColor());
       Put(alternate[i].backgroundColor, rows->getAlternateBackgroundColor());
     }

@@ -381,7 +381,7 @@ TEST(DisplayComparison, TellsWhatAReaderSees) {
              pair.second.Footnote(OmFootnote(&kNote, nullptr, nullptr), true));
          pair.second.CornerText()->setMeta(meta);
        }},
-      {"3 Region/Region0 › Year/Year0: 0.00|.;",
+      {"3 Region/Region0 › Year/Year0: 0|.;",
        [](Pair& pair) {
          const OmNumber missing(std::numeric_limits<double>::quiet_NaN());
          pair.second.Cell({0, 0}, missing);
@@ -410,7 +410,7 @@ TEST(DisplayComparison, TellsWhatAReaderSees) {
          auto first = pair.Root(0)[0];
          pair.second.Dimension(0)->moveChild(first, nullptr, false);
        }},
-      {"3 Region/Region1 › Year/Year2: 7.00|7.25;",
+      {"3 Region/Region1 › Year/Year2: 7|7.25;",
        [](Pair& pair) {
          pair.second.Cell({1, 2}, OmNumber(7.25));
        }},
@@ -424,24 +424,24 @@ TEST(DisplayComparison, TellsWhatAReaderSees) {
          pair.second.Cell({1, 2}, OmNumber(7.25));
        },
        {.relative = 0.04}},
-      {"3 Region/Region1 › Year/Year2: 7.00|7.25;",
+      {"3 Region/Region1 › Year/Year2: 7|7.25;",
        [](Pair& pair) {
          pair.second.Cell({1, 2}, OmNumber(7.25));
        },
        {.absolute = 0.2, .relative = 0.03}},
-      {"3 Region/Region0 › Year/Year1: 3.00|;3 Region/Region0 › Year/Year2: |6.00;",
+      {"3 Region/Region0 › Year/Year1: 3|;3 Region/Region0 › Year/Year2: |6;",
        [](Pair& pair) {
          pair.second.deleteCell({0, 1});
          pair.first.deleteCell({0, 2});
        }},
-      {"3 Region/Region0 › Year/Year0: 0.00|x;",
+      {"3 Region/Region0 › Year/Year0: 0|x;",
        [](Pair& pair) {
          pair.second.Cell({0, 0}, OmStringCell("x"));
-         pair.second.Cell({1, 0}, OmStringCell("1.00"));  // the same to a reader
+         pair.second.Cell({1, 0}, OmStringCell("1"));  // the same to a reader
          pair.second.Cell({2, 0}, OmStringCell("y"));
        },
        {.most = 1}},
-      {"5 Region/Region1 › Year/Year0: 1.00|1.0;",
+      {"5 Region/Region1 › Year/Year0: 1|1.0;",
        [](Pair& pair) {
          pair.second.Cell({1, 0}, OmNumber(1, Qualtex_Format(Qualtex_Format::kFixed, 8, 1)));
        }},

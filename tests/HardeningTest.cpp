@@ -67,7 +67,6 @@ struct Objects {
   OmDisplayRowHeading Rows(bool skipEmpty) { return {*layers, skipEmpty, false}; }
 
   OmMemoryRegion region{false};
-  void* block = region.Allocate(16);
   OmVector<int> v{&region};
   OmIndexProjector projector;
   std::vector<unsigned long> counts{0};
@@ -141,8 +140,7 @@ const Row kRows[] = {
          o.Rows(true).Row(9), o.Rows(false).VisibleWidth(3), o.Rows(false).Column(9),
          OmDisplayColumnHeading(*o.layers, false).getDimensionIndex(-2),
          CategoryDisplay(nullptr, 1, false), Category(nullptr)),
-    EACH(BROKEN, kText.getMeta(),
-         (OmMemoryRegion::Release(o.block), OmMemoryRegion::Release(o.block))),
+    EACH(BROKEN, kText.getMeta()),
 };
 
 // How checks begin that no caller can break: they stand behind another check of the table, or

@@ -1,5 +1,5 @@
-// A mistake that docs/errors.md shows. Compiled with the hardening checks, and with the sources that
-// it needs rather than a library, which may be built without them.
+// A mistake that docs/errors.md shows. Compiled with the hardening checks, and with the sources
+// that it needs rather than a library, which may be built without them.
 
 #include "backend/tables/om/Vector.h"
 

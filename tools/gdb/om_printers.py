@@ -400,38 +400,32 @@ class CellIterator(Printer):
             return 'cells'
 
 
-# Bytes from one block of a region's size class to the next.
-STRIDES = [16 * (c + 1) for c in range(17)] + [((5 + c % 4) << (6 + c // 4)) + 16 for c in range(24)]
+# The free lists of a region that hold blocks of one size each: of 1, 2, 3, ... units of 16 bytes.
+FINE_LISTS = 16
 
 
 class Region(Printer):
+    """What a region has in use: what was carved from chunks or allocated on its own, less the free lists."""
+
     def show(self):
         v = self.value
-        try:
-            size, count, note = int(v['bytesInUse']), int(v['liveBlocks']), []
-        except gdb.error:
-            size, count, note = self.counted()
-        return ''.join(['%d bytes in %d blocks, %d bytes held' % (size, count, int(v['bytesHeld']))] + note)
-
-    def counted(self):
-        """What a region without counters has in use: what was carved from chunks, less the free lists."""
-        v = self.value
-        count = int(v['given']['blocks']) + int(v['carved'])
-        # Addresses cancel out in numbers of 64 bits.
-        size = (int(v['given']['bytes']) + int(v['settled']) + int(v['fine']['bump']) +
-                int(v['coarse']['bump']) - 8 * int(v['carved'])) % 2**64
-        lists, note = v['freeLists'], []
-        for c in range(lists.type.range()[1] + 1):
-            block, seen = lists[c], set()
+        count, size, note = int(v['used']['blocks']), int(v['used']['bytes']), ''
+        for index in range(v['freeLists'].type.range()[1] + 1):
+            block, seen = v['freeLists'][index], set()
             while int(block):
                 if int(block) in seen or len(seen) == MOST_STEPS:
-                    note = [' (the free list of class %d stopped after %d blocks)' % (c, len(seen))]
+                    note = ' (free list %d stopped after %d blocks)' % (index, len(seen))
                     break
                 seen.add(int(block))
+                words = block.cast(gdb.lookup_type('unsigned long').pointer())
+                units = index + 1 if index < FINE_LISTS else int(words[1])
                 count -= 1
-                size -= STRIDES[c] - 8
+                size -= 16 * units - 8
                 block = block.cast(block.type.pointer()).dereference()
-        return size, count, note
+        # Pages that no block has reached yet do not count.
+        held = int(v['bytesHeld']) - sum(int(v[rest]['end'] - v[rest]['bump']) for rest in ('fine', 'coarse')
+                                         if v[rest]['zero'])
+        return '%d bytes in %d blocks, %d bytes held%s' % (size, count, held, note)
 
 
 class Exception_(Printer):

@@ -12,11 +12,11 @@
 #include <vector>
 
 #include "backend/tables/om/CellIterator.h"
-#include "backend/tables/om/PointerVector.h"
 #include "backend/tables/om/DisplayLayerHeadingData.h"
 #include "backend/tables/om/Exception.h"
 #include "backend/tables/om/PivotTable.h"
 #include "backend/tables/om/PivotTableData.h"
+#include "backend/tables/om/PointerVector.h"
 
 namespace {
 
