@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <type_traits>
 #include <utility>
 
@@ -169,7 +170,7 @@ TEST(Properties, OfItems) {
   {
     using T = OmOutputPart;
     List<T> of;
-    READ((Show(t.Title())), "text|").DO(SetTitle(kA), "a|");
+    BOTH(Title, "text").DO(SetTitle(kA), "a");
     of.Add({SAME(UserWord, 0, {1, ~0UL}), SAME(FirstFlag, true, {false, true}),
             SAME(SecondFlag, true, {false, true})});
     of.Check(procedure);
@@ -302,7 +303,8 @@ TEST(Properties, OfPivotTables) {
       .DO(setFastTable(true), Fields(Shown(settings), true));
   READ((t.getICUTracker() == nullptr, t.getU8Tracker() == nullptr), "1|1|");
   READ((t.getAreaFormat(FormatArea::kArea2) == nullptr), "1|")
-      .DO(setAreaFormat(new FormatArea(FormatArea::kArea2)), "0|");
+      .DO(setAreaFormat(new FormatArea(FormatArea::kArea2)), "0|")
+      .DO(setAreaFormat(std::make_unique<FormatArea>(FormatArea::kArea2)), "0|");
   of.Add({SAME(Show, true, {false, true}), SAME(RotateRowLabels, false, {true, false}),
           SAME(RotateColumnLabels, false, {true, false}), SAME(showCaption, true, {false, true}),
           SAME(OptionNumber, -1, {0, 7}), SAME(TableId, -1, {0, 1LL << 40}),
