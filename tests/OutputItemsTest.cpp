@@ -10,16 +10,12 @@
 #include <vector>
 
 #include "backend/tables/om/Chart.h"
-#include "backend/tables/om/Dendrix.h"
 #include "backend/tables/om/Footnote.h"
-#include "backend/tables/om/Format.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/Heading.h"
 #include "backend/tables/om/Interactive.h"
-#include "backend/tables/om/Model.h"
 #include "backend/tables/om/OutputTree.h"
 #include "backend/tables/om/TextBlock.h"
-#include "tests/support/Allocations.h"
 #include "tests/support/Show.h"
 #include "tests/support/Tables.h"
 
@@ -28,20 +24,12 @@ namespace {
 using std::string;
 using namespace std::string_literals;
 using C = OmChart;
-using M = OmModel;
-using D = OmDendrix;
 using I = OmInteractive;
 
 const OmStringCell kText("text");
 
 TEST(OutputItems, OwnTheirTexts) {
-  OmProcedure part(OmStringCell("first"), "a", "b", "c");
-  part.setOutlineText(OmStringCell("second"));
-  EXPECT_EQ(
-      "second|second|a|b|c||8|0|1|1|",
-      Fields(part.OutlineText(), Show(part.Title()), part.TextA(), part.TextB(), part.TextC(),
-             part.ExtraText(), part.NumberA() + part.NumberB() + part.NumberC() + part.NumberD(),
-             part.UserWord(), part.FirstFlag(), part.SecondFlag()));
+  OmHeading part(kText);
   // The old texts are gone before the new ones fail.
   EXPECT_THROW(part.SetTitle(BrittleText(0)), std::runtime_error);
   EXPECT_EQ(nullptr, part.Title());
@@ -92,64 +80,10 @@ TEST(OutputItems, KnowALogByItsFirstTitle) {
   EXPECT_TRUE(!page.IsLog() && page.Title()->Text().empty() && page.Text() == "Log");
 }
 
-template <typename Item>
-using Append = void (Item::*)(const char*, unsigned int);
-
-// Delivers payloads in many chunks of any bytes: they arrive whole, after few allocations.
-template <typename Item>
-void Deliver(Item& item,
-             const std::vector<std::pair<Append<Item>, const string& (Item::*)() const>>& streams) {
-  for (const auto& [set, get] : streams) {
-    string whole;
-    const long asked = allocations::Asked();
-    for (int i = 0; i < 1000; ++i) {
-      whole += "a\0\xff"s;
-      (item.*set)("a\0\xff", 3);
-    }
-    EXPECT_GT(80, allocations::Asked() - asked);
-    (item.*set)(nullptr, 0);
-    EXPECT_TRUE(whole == (item.*get)());
-  }
-}
-
-TEST(PayloadItems, TakeChunksInConstantTimePerByte) {
-  C chart(kText, "", 1);
-  chart.SetXmlCompressedLength(2);
-  Deliver<C>(chart, {{&C::SetXmlDescription, &C::GetXmlDescription},
-                     {&C::SetBinaryDataStream, &C::GetXmlData},
-                     {&C::SetImageStream, &C::GetImageData},
-                     {&C::SetViZJSON, &C::GetViZJSONData},
-                     {&C::setVizJSONTemplate, &C::getVizJSONTemplate},
-                     {&C::setGraphServiceOptions, &C::getGraphServiceOptions},
-                     {&C::setGraphServiceVariables, &C::getGraphServiceVariables}});
-  chart.deleteData();
-  EXPECT_EQ("", chart.GetXmlData());
-  EXPECT_EQ(3000U, chart.GetXmlDescription().size());
-  M model(kText);
-  Deliver<M>(model,
-             {{&M::SetPMML, &M::GetPMML}, {&M::SetBinaryDataStream, &M::GetBinaryDataStream}});
-  EXPECT_EQ(0, model.GetModelType());
-  Deliver<M>(model, {{&M::SetStatXMLContainer, &M::GetStatXMLContainer}});
-  EXPECT_EQ(1, model.GetModelType());
-  model.SetModelType(static_cast<M::MODEL_TYPE>(-5));
-  EXPECT_EQ(-5, model.GetModelType());
-  Deliver<M>(model, {{&M::SetPMMLContainer, &M::GetPMMLContainer}});
-  EXPECT_EQ(1, model.GetModelType());
-  D tree(kText, "");
-  Deliver<D>(tree, {{&D::SetPath, &D::GetPath},
-                    {&D::SetUncompressedXML, &D::GetUncompressedXml},
-                    {&D::SetUncompressedDisplayXML, &D::GetUncompressedDisplayXML}});
-  EXPECT_EQ("-1|0|", Fields(tree.GetTreeType(), tree.GetXmlUncompressedLength()));
-  tree.SetCompressedXML("ab", 2, 10);
-  tree.SetCompressedXML("c", 1, 20);
-  EXPECT_EQ("abc|20|", Fields(tree.GetCompressedXml(), tree.GetXmlUncompressedLength()));
-  I interactive(kText, "", 1);
-  Deliver<I>(interactive, {{&I::setInteractiveJSON, &I::getInteractiveJSON}});
-}
-
 // Plays a delivery, where 'n' announces a file and every other character is a chunk.
 template <typename Item>
-void Pair(Append<Item> name, Append<Item> content,
+void Pair(void (Item::*name)(const char*, unsigned int),
+          void (Item::*content)(const char*, unsigned int),
           const std::vector<string>& (Item::*names)() const,
           const std::vector<string>& (Item::*contents)() const, bool (Item::*has)() const) {
   for (const auto& [delivery, files, expected] : {std::tuple("", "", ""),
@@ -202,65 +136,16 @@ TEST(PayloadItems, ConvertTheirTitles) {
     EXPECT_EQ(expected, converted.Title()->Text());
     EXPECT_FALSE(dynamic_cast<OmStringCell&>(*converted.Title()).Flag());
     EXPECT_EQ(expected, I(OmStringCellUTF8(text), codePage, 1).Title()->Text());
-    EXPECT_EQ(codePage, converted.LocaleCodePage());
   }
   EXPECT_NE(nullptr, dynamic_cast<OmNumber*>(C(OmNumber(2), "", 1).Title()));
 }
 
-TEST(PayloadItems, KeepTheirFieldsApart) {
-  C chart(kText, "", 7);
-  EXPECT_EQ(1, chart.GetEditor());
-  chart.Done(&"x\3\0\0\0\5\0\0"[1]);  // not aligned
-  chart.setOptions("a");
-  chart.setOptions("b");
-  chart.SetImageSubType(static_cast<ChartXMLContentSubType>(4));
-  EXPECT_EQ("7|3|5|b|4|", Fields(chart.getChartId(), chart.GetEditable(), chart.GetEditor(),
-                                 chart.getOptions(), chart.GetChartSubType()));
-  I interactive(kText, "", 8);
-  interactive.setProcedureName("a");
-  interactive.setJSONPath("b");
-  interactive.setOptions("old");
-  interactive.setOptions("c");
-  EXPECT_EQ("8|a|b|c|", Fields(interactive.getInteractiveId(), interactive.getProcedureName(),
-                               interactive.getJSONPath(), interactive.getOptions()));
-}
-
-TEST(FormatArea, KeepsItsFieldsApartAndOutlivesItsHandle) {
+TEST(FormatArea, GivesTextsThatOutliveIt) {
   auto area = std::make_unique<FormatArea>(FormatArea::kArea8);
-  const auto numbers = [&] {
-    return Fields(area->getFontStyle(), area->getHorizontalAlignment(),
-                  area->getVerticalAlignment(), area->getMarginLeft(), area->getMarginRight(),
-                  area->getMarginTop(), area->getMarginBottom(), area->getUnderline(),
-                  area->getUseAltRowColors(), area->getFontSize());
-  };
-  EXPECT_EQ("-1|-1|-1|6|2|2|2|0|0|0.000000|", numbers());
-  area->setFontStyle(1);
-  area->setHorizontalAlignment(2);
-  area->setVerticalAlignment(3);
-  area->setMarginLeft(4);
-  area->setMarginRight(5);
-  area->setMarginTop(6);
-  area->setMarginBottom(7);
-  area->setUnderline(true);
-  area->setFontSize(2.5F);
-  EXPECT_EQ("1|2|3|4|5|6|7|1|0|2.500000|", numbers());
   area->setFontName("a font name that needs a block of its own");
-  area->setTextColor("b");
-  area->setBackgroundColor("c");
-  area->setAlternateTextColor("d");
-  area->setAlternateBackgroundColor("e");
-  EXPECT_EQ("b|c|d|e|", Fields(area->getTextColor(), area->getBackgroundColor(),
-                               area->getAlternateTextColor(), area->getAlternateBackgroundColor()));
   const string& name = area->getFontName();
   area.reset();
   EXPECT_EQ("a font name that needs a block of its own", name);
-}
-
-TEST(Format, ClampsTheWidthOfWhatIsNoString) {
-  EXPECT_EQ(60, Qualtex_Format(Qualtex_Format::kString, 65536 + 60, 0).Width());
-  Qualtex_Format format(Qualtex_Format::kFixed, 60, 258);
-  format.Type(Qualtex_Format::kStringHex);
-  EXPECT_TRUE(format.IsString() && format.Width() == 40 && format.Decimals() == 2);
 }
 
 }  // namespace

@@ -29,53 +29,6 @@ class PivotTable : public testing::Test {
   OmPivotTable table{OmStringCell("title"), OmStringCell("Template"), false};
 };
 
-// Every setter reaches its own getter and no other.
-template <typename T>
-void ExpectApart(Table& table, const std::vector<void (Table::*)(T) noexcept>& set,
-                 const std::vector<T (Table::*)() const noexcept>& get, std::vector<int> values) {
-  for (unsigned long i = 0; i <= set.size(); ++i) {
-    for (unsigned long k = 0; k != get.size(); ++k) {
-      EXPECT_EQ((table.*get[k])(), static_cast<T>(values[k])) << k << " after " << i;
-    }
-    if (i != set.size()) {
-      values[i] = values[i] == 0 ? 1 : 0;
-      (table.*set[i])(static_cast<T>(values[i]));
-    }
-  }
-}
-
-TEST_F(PivotTable, StartsWithItsDefaultsAndKeepsEveryPropertyApart) {
-  ExpectApart<int>(
-      table,
-      {&Table::OptionNumber, &Table::MinColumnWidth, &Table::MaxColumnWidth, &Table::MinRowWidth,
-       &Table::MaxRowWidth, &Table::setLayerLoc, &Table::setLang, &Table::setVariableMode,
-       &Table::setValueMode, &Table::setStartColor, &Table::setEndColor},
-      {&Table::OptionNumber, &Table::MinColumnWidth, &Table::MaxColumnWidth, &Table::MinRowWidth,
-       &Table::MaxRowWidth, &Table::getLayerLoc, &Table::getLang, &Table::getVariableMode,
-       &Table::getValueMode, &Table::getStartColor, &Table::getEndColor},
-      {-1, -1, -1, -1, -1, -1, 0, 0, 0, -1, -1});
-  ExpectApart<bool>(
-      table,
-      {&Table::Show, &Table::RotateRowLabels, &Table::RotateColumnLabels, &Table::showCaption,
-       &Table::setBackendOwns, &Table::setFastTable, &Table::setLabelsOnly, &Table::setImputed,
-       &Table::Scratch, &Table::RemovedFootnotes},
-      {&Table::Show, &Table::RotateRowLabels, &Table::RotateColumnLabels, &Table::showCaption,
-       &Table::backendOwns, &Table::fastTable, &Table::getLabelsOnly, &Table::getImputed,
-       &Table::IsScratched, &Table::HasRemovedFootnotes},
-      {1, 0, 0, 1, 1, 1, 0, 0, 0, 0});
-  EXPECT_TRUE(table.TableId() == -1 && !table.hasMarkers() && !table.HasSplits());
-  for (const std::string name : {"Warnings", "Notes", "warnings", "Notes "}) {
-    const OmPivotTable named(kText, OmStringCell(name), true);
-    EXPECT_EQ(named.IsWarnings(), name == "Warnings");
-    EXPECT_EQ(named.IsNotes(), name == "Notes");
-    EXPECT_TRUE(named.HasSplits());
-  }
-  for (const char* property : {"", "a", "b"}) {
-    table.addMiscProperty(property);
-  }
-  EXPECT_EQ(table.getMiscProperties(), "a,b");
-}
-
 TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   AddDimension(table, "a", 2);
   AddDimension(table, "b", 2);
