@@ -131,6 +131,8 @@ class OM_API OmPivotTable : public OmOutputPart {
   void deleteCell(const std::vector<int>& subscripts);
   // Returns the number of calls of the setter, whatever became of them; not the number of cells.
   [[nodiscard]] int getNumCells() const noexcept;
+  // Returns how many cells are stored.
+  [[nodiscard]] unsigned long StoredCells() const noexcept;
 
   // Returns an iterator at the first cell (CellIterator.h).
   [[nodiscard]] Iterator FirstCell();
