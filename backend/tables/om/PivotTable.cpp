@@ -257,8 +257,8 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& ce
   return Cell(subscripts, &cell);
 }
 
-void OmPivotTable::Check(const std::vector<int>& subscripts) const {
-  CheckSubscripts(subscripts, _my->_dimensions.size());
+void OmPivotTable::Refuse(const std::vector<int>& subscripts) const {
+  RefuseSubscripts(subscripts, _my->_dimensions.size());
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
