@@ -9,9 +9,9 @@
 
 // A handle on a format record.
 //
-// The record outlives its handle, on purpose: nothing ever releases it, and references to its texts
-// stay good until the process ends. It lives in the default heap, which keeps it reachable. A copy
-// of a handle stands for the same record.
+// The record is never released, on purpose: callers keep references to its texts after the handle
+// is destroyed, and these stay valid until the process ends. It is on the default heap, where leak
+// checkers find it reachable. A copy of a handle refers to the same record.
 //
 // Texts start empty, the size at 0, and the style and the alignments at -1, which means not set.
 class OM_API FormatArea {
