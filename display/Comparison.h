@@ -1,4 +1,4 @@
-// om::Compare, what a reader would see differently in two tables.
+// om::Compare, which lists what a reader would see differently in two tables.
 //
 // Dimensions are matched by their names and categories by their labels, so that a table may be
 // compared with a later one that has more of them, or has them in another order. Costs a walk over

@@ -35,7 +35,7 @@ struct VisibleFootnote {
 // labels, cells row by row, caption. A footnote with a marker of its own keeps it, and the
 // generated markers differ from all of those. A footnote that no shown text refers to, or that has
 // no text, is left out. For markers that are the same in all windows of a layer, or in all layers,
-// use the object of the whole layer, or OfAllLayers.
+// use the object of the layer, or OfAllLayers.
 //
 // A copyable value with the footnotes as they were when it was constructed. The texts belong to the
 // table, which has to outlive it.

@@ -6,7 +6,7 @@
 //   const OmCellProperties* style = formats.CellStyle(view, row, column);
 //   const om::AreaFormat all = om::Styled(formats.Of(om::TableArea::kData, row), style);
 //
-// A table and its front ends have to agree on what each area stands for. The default is
+// A table and its front ends have to agree on the meaning of each area. The default is
 // kDefaultAreas; a product with other areas passes an AreaMap.
 
 #ifndef DISPLAY_FORMATS_H

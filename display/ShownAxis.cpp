@@ -123,7 +123,8 @@ void AxisInLayer::SetFirstLevels() {
   }
 }
 
-// Walks over the places of a range and appends each label at the first place that it covers.
+// Walks over the places of a range and appends each label at the first place of the range that it
+// covers.
 class AxisInLayer::Reader {
  public:
   Reader(const AxisInLayer& my_, PlaceRange range_, std::vector<Label>& out_)

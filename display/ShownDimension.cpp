@@ -16,8 +16,7 @@ struct ShownDimension::Step {
 
 ShownDimension::ShownDimension(const OmDimension& dimension, bool keepHidden, Role role)
     : root(dimension.Root().record) {
-  // Without categories nothing is shown, whatever the tree contains: OmDimHeader is empty then,
-  // too.
+  // If NumCategories() is 0, nothing is shown, whatever the tree contains, as in OmDimHeader.
   if (dimension.NumCategories() != 0) {
     Walk(dimension, keepHidden, role);
   }

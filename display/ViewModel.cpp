@@ -13,8 +13,8 @@ bool AnyNegative(const std::vector<int>& subscripts) {
   return std::any_of(subscripts.begin(), subscripts.end(), [](int s) { return s < 0; });
 }
 
-// A set of pairs of a layer and a row or column in it. A pair may be added any number of times; the
-// memory is at most that of twice the different pairs, or of `limit` pairs.
+// A set of pairs of a layer and a row or column in it. A pair may be added any number of times:
+// memory is needed for at most twice as many pairs as are different, or for 2^16.
 class SitePairs {
  public:
   void Add(Site layer, Site site) {

@@ -47,7 +47,7 @@ struct ViewModel {
   [[nodiscard]] AxisInLayer ColumnsOf(Site layer) const {
     return options.skipEmptyColumns ? Listed(columns, filled.columns, layer) : AxisInLayer(columns);
   }
-  // Returns the cell that the subscripts address, or null, also where one is negative.
+  // Returns the cell that the subscripts address, or null; null also if one is negative.
   [[nodiscard]] OmCellText* Cell(const std::vector<int>& subscripts) const;
   // Calls `visit` for every stored cell.
   void WalkCells(

@@ -11,8 +11,7 @@ class OmMemoryRegion;
 // Must be the last member of its owner: a copy stores its characters directly behind itself, in the
 // Size() trailing bytes that its owner was allocated with. Empty strings need no block.
 //
-// Invariant: the characters are at `chars`, which is null, the end of this object, or a block of
-// its own.
+// Invariant: `chars` is null, or the address behind this object, or that of a block of its own.
 class OmCellChars {
  public:
   // Copies both strings into a block of `region`, null for the default heap.

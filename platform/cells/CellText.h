@@ -1,8 +1,8 @@
 // OmCellText, a cell value of any kind, and the visitors that distinguish the kinds.
 //
-// A text lives in a memory region or on the default heap and is deleted with `delete` wherever it
-// lives; it may also be a local object. It may carry metadata, which it owns, and be tied to an
-// encoding tracker, which it does not own.
+// A text is in a memory region or on the default heap, and is deleted with `delete` in both cases;
+// it may also be a local object. It may have metadata, which it owns, and be tied to an encoding
+// tracker, which it does not own.
 //
 // Texts are ordered by value first: numbers (OmNumber, OmNumDataValue) come before all others, a
 // missing number before every other number, and numbers are ordered by value; the other kinds are

@@ -120,7 +120,7 @@ class Leaves {
            std::binary_search(subscripts.begin(), subscripts.end(), subscript);
   }
 
-  unsigned long size;  // the places that the dimension takes
+  unsigned long size;  // number of places of the dimension
   unsigned long count = 0;
   unsigned long limit = 0;  // the largest subscript that a header accepts
   Several below, aboveLimit, beyondSize, shared, missing;

@@ -1,6 +1,6 @@
 // Contradictions(), which finds errors in a table, a dimension or a document that no other call
 // reports: numbers given by the caller that contradict each other. A table with a contradiction is
-// shown with wrong cells, or with none, without an error.
+// shown with wrong cells or without cells, and no error is reported.
 //
 //   for (const om::Finding& finding : om::Contradictions(table)) {
 //     std::cerr << finding << '\n';  // shown wrongly: dimension 0 "Class": on no axis

@@ -21,16 +21,16 @@
 //
 // Display order is the order of the tree, whatever the subscripts. nodePaths, visibleLevels and
 // leafSubscripts have one entry per leaf. leafPositions[leafSubscripts[p]] == p, with two
-// exceptions: of leaves with the same subscript only the last one has it, and a leaf whose
-// subscript is negative as an int has no entry in leafPositions.
+// exceptions: if several leaves have the same subscript, the position is that of the last one, and
+// a leaf whose subscript is negative as an int has no entry in leafPositions.
 class OM_API OmDimHeader : public OmRegionManaged {
  public:
   using ConstNode = OmVectorTree<OmDimensionNode>::ConstNode;
   // A leaf and its ancestors, leaf first, root last.
   using Path = OmVector<ConstNode>;
 
-  // The largest subscript that every header accepts. If a dimension has more than a quarter as many
-  // categories, its header accepts subscripts up to four times their number.
+  // The largest subscript that every header accepts. A header of n categories accepts subscripts up
+  // to 4 n if that is more.
   static constexpr unsigned long kLargestSubscript = 1UL << 28;
 
   // Throws OMSException with the subscript and the limit if a category has a subscript above the

@@ -41,7 +41,7 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
 
   // Copies `root` into `region`. It has to be a group for Child to accept categories below it.
   OmDimension(const OmDimensionNode& root, OmMemoryRegion* region);
-  // Copies the whole tree into `region`. No label of the copy is tied to a tracker.
+  // Copies the tree into `region`. No label of the copy is tied to a tracker.
   OmDimension(const OmDimension& other, OmMemoryRegion* region);
   OmDimension(const OmDimension&) = delete;
   OmDimension& operator=(const OmDimension&) = delete;

@@ -113,9 +113,8 @@ struct OmDisplayLayerHeading::Data : OmMemoryRegion {
   Places nonEmptyLayers;  // the place of each layer number; without skipEmpty filled on first use
   bool isSparse;
   unsigned long long layerCount = 0;
-  int currentLayer = -1;  // negative if no layer is current
-  PlaceCalculator
-      placeCalculator;  // over the layer dimensions of the table, without appended entries
+  int currentLayer = -1;            // negative if no layer is current
+  PlaceCalculator placeCalculator;  // over the layer dimensions, without appended entries
 };
 
 #endif

@@ -40,7 +40,7 @@ class OM_API OmFootnote {
   // Wraps on overflow.
   void AddUse() noexcept { useCount = static_cast<int>(static_cast<unsigned int>(useCount) + 1U); }
 
-  // Compares the texts alone; neither may be null.
+  // Compares only the texts; neither may be null.
   [[nodiscard]] bool operator==(const OmFootnote& other) const;
 
  private:

@@ -16,8 +16,8 @@
 // Texts start empty, the size at 0, and the style and the alignments at -1, which means not set.
 class OM_API FormatArea {
  public:
-  // The front end that sets formats defines what each area stands for. Every value may be stored; a
-  // table looks up these nine.
+  // The front end that sets formats defines the meaning of each area. Any value may be stored, but
+  // a table only looks up these nine.
   enum Area : unsigned int {
     kArea0,
     kArea1,

@@ -1,6 +1,6 @@
-// ListTree, an ordered tree that is kept as one doubly linked list.
+// ListTree, an ordered tree that is stored as one doubly linked list.
 //
-// The entries stand in document order, each with its level; the subtree of an entry is the run of
+// The entries are in document order, each with its level; the subtree of an entry is the run of
 // deeper entries directly behind it. Every operation scans forward over that run and costs time
 // proportional to its length. The values are opaque: the tree neither copies nor deletes what they
 // point to; they must be default-constructible and assignable. Arguments are not checked in a
@@ -34,7 +34,7 @@ class ListTreeData {
 // Invariants: the first entry is the root, at level 0; an entry is at most one level deeper than
 // the entry before it.
 //
-// An iterator, and a node that carries it, stays valid until its own entry is removed.
+// An iterator, and a node that contains it, is valid until its own entry is removed.
 template <typename T>
 class ListTree {
  public:

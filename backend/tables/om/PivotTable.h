@@ -273,7 +273,8 @@ class OM_API OmPivotTable : public OmOutputPart {
  private:
   friend class OmDisplayLayerHeading;  // walks the store: looking up each cell would be slow
 
-  // The part of the private record that reading a cell needs, declared here so that it is inline.
+  // The part of the private record that reading a cell needs, declared here so that reading is
+  // inline.
   struct OM_PRIVATE Cells {
     OmMemoryRegion region{false};
     OmVector<OmDimension*> _dimensions{

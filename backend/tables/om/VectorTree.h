@@ -4,11 +4,11 @@
 // All records live in blocks of one region, siblings side by side, so a walk over children is a
 // walk over an array. A record is moved as bytes whenever its siblings grow or shift. The operation
 // that moved it corrects the links from its children to it; Delete is the one exception. Appending
-// costs amortised constant time; every other change costs one move of the siblings and one pass
-// over the records below their parent. No operation recurses: copying, printing and Counterpart
-// allocate a stack on the ordinary heap and release it. Handles are not kept valid: after a change
-// of structure, handles on the siblings concerned, and on their children, may refer to other
-// records.
+// costs amortised constant time, and a pass over the grandchildren when a block grows. Every other
+// change costs one move of the siblings and one pass over the records below their parent. No
+// operation recurses: copying, printing and Counterpart allocate a stack on the ordinary heap and
+// release it. Handles are not kept valid: after a change of structure, handles on the siblings
+// concerned, and on their children, may refer to other records.
 
 #ifndef BACKEND_TABLES_OM_VECTORTREE_H
 #define BACKEND_TABLES_OM_VECTORTREE_H
@@ -175,8 +175,8 @@ class OmVectorTree : public OmVectorTreeData<T> {
 // store their depth; only the handle does. ConstNode is the handle on a record that is only read.
 //
 // A handle owns nothing and checks nothing in a release build. It is valid until a sibling of its
-// record is added, moved or removed. The handle past the last child of a record compares equal to
-// its End().
+// record is added, moved or removed. The handle past the last child of a record equals the End() of
+// that record.
 template <typename T>
 template <typename Record>
 class OmVectorTree<T>::Handle {
