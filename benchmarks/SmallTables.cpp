@@ -37,12 +37,14 @@ class BareStore {
   OmPointerVector* root = nullptr;
 };
 
+// With categories, as a procedure fills it, or without, so that what the table itself holds shows.
+template <bool kCategories>
 class WholeTable {
  public:
   WholeTable() : table(OmStringCell("Frequencies"), OmStringCell("Frequencies"), false) {
     for (unsigned long d = 0; d != kSizes.size(); ++d) {
       OmDimension* const dimension = table.AddDimension(OmStringCell("Dimension"));
-      for (int i = 0; i != kSizes[d]; ++i) {
+      for (int i = 0; kCategories && i != kSizes[d]; ++i) {
         dimension->AddNewChild(dimension->Root(), OmStringCell("Category"),
                                static_cast<unsigned long>(i), false);
       }
@@ -108,7 +110,8 @@ void Register(const std::string& side) {
 
 [[maybe_unused]] const bool kRegistered = [] {
   Register<BareStore>("ours");
-  Register<WholeTable>("whole_table");
+  Register<WholeTable<true>>("whole_table");
+  Register<WholeTable<false>>("table_without_categories");
   Register<Bare<MapOfVectors<3>>>("map_of_vectors");
   Register<Bare<HashOfArrays<3>>>("hash_of_arrays");
   Register<Bare<FlatOfArrays<3>>>("flat_of_arrays");

@@ -73,8 +73,8 @@ class OmPivotTable::FootnotePlaces {
 
   // Returns the position of the first footnote that equals `note`, or the number of footnotes.
   [[nodiscard]] unsigned long Find(const OmFootnote& note);
-  // Goes back to walks, because texts may change from now on.
-  void GiveUp() noexcept;
+  // The same by a walk over the list.
+  [[nodiscard]] static unsigned long Walk(const OmVector<OmFootnote>& list, const OmFootnote& note);
 
  private:
   using Allocator = OmRegionAllocator<unsigned long>;
@@ -96,14 +96,12 @@ class OmPivotTable::FootnotePlaces {
     const OmVector<OmFootnote>& list;
   };
 
-  [[nodiscard]] unsigned long Walk(const OmFootnote& note) const;
   void CatchUp();
 
   const OmVector<OmFootnote>& list;
   std::set<unsigned long, Before, Allocator> first;
   OmVector<unsigned long> others;
   unsigned long known = 0;
-  bool walks = false;  // for good
 };
 
 // Ties every cell below `n` to the tracker of n's cell, or to `inherited` where `n` holds no cell.
@@ -130,6 +128,8 @@ struct OmPivotTable::Data : OmPivotTable::Cells {
     ++changes;
 #endif
   }
+  // Returns the position of the first footnote that equals `note`, or the number of footnotes.
+  [[nodiscard]] unsigned long FindFootnote(const OmFootnote& note);
   // Appends a dimension with all that belongs to it, or leaves the table as it was.
   OmDimension* Add(std::unique_ptr<OmDimension> dimension);
 
@@ -138,7 +138,10 @@ struct OmPivotTable::Data : OmPivotTable::Cells {
   OmCellText* caption = nullptr;
   OmCellText* tableTitle = nullptr;
   OmVector<OmFootnote> footnotes{&region};
-  FootnotePlaces footnotePlaces{footnotes, &region};
+  std::unique_ptr<FootnotePlaces> footnotePlaces;  // null while the list is short
+  // Whether the list was returned for writing: from then on texts may change, and each search
+  // walks.
+  bool footnotesWritable = false;
   bool removedFootnotes = false;
   bool hasSplits;
   // Whether all cells may go with the region as they stand: then the destructor does not walk the

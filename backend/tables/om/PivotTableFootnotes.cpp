@@ -30,7 +30,8 @@ bool OmPivotTable::FootnotePlaces::Before::Less(const OmCellText& a, const OmCel
   return a.Kind() != b.Kind() ? a.Kind() < b.Kind() : a < b;
 }
 
-unsigned long OmPivotTable::FootnotePlaces::Walk(const OmFootnote& note) const {
+unsigned long OmPivotTable::FootnotePlaces::Walk(const OmVector<OmFootnote>& list,
+                                                 const OmFootnote& note) {
   // A failed call leaves a footnote without a text.
   const OmFootnote* const found = std::find_if(
       list.begin(), list.end(),
@@ -54,14 +55,7 @@ void OmPivotTable::FootnotePlaces::CatchUp() {
 }
 
 unsigned long OmPivotTable::FootnotePlaces::Find(const OmFootnote& note) {
-  if (walks || list.size() <= kFew || !IsOrdered(*note.Text())) {
-    return Walk(note);
-  }
-  try {
-    CatchUp();
-  } catch (const std::bad_alloc&) {
-    return Walk(note);  // needs no memory
-  }
+  CatchUp();
   const auto found = first.find(*note.Text());
   unsigned long place = found != first.end() ? *found : list.size();
   for (const unsigned long other : others) {
@@ -76,10 +70,18 @@ unsigned long OmPivotTable::FootnotePlaces::Find(const OmFootnote& note) {
   return place;
 }
 
-void OmPivotTable::FootnotePlaces::GiveUp() noexcept {
-  walks = true;
-  first.clear();
-  others.clear();
+unsigned long OmPivotTable::Data::FindFootnote(const OmFootnote& note) {
+  if (!footnotesWritable && footnotes.size() > kFew && IsOrdered(*note.Text())) {
+    try {
+      if (footnotePlaces == nullptr) {
+        footnotePlaces = std::make_unique<FootnotePlaces>(footnotes, &region);
+      }
+      return footnotePlaces->Find(note);
+    } catch (const std::bad_alloc&) {
+      // The walk needs no memory.
+    }
+  }
+  return FootnotePlaces::Walk(footnotes, note);
 }
 
 int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
@@ -90,8 +92,7 @@ int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
   const int useCount = note.UseCount();
   OM_HARDEN(text != nullptr, "OmPivotTable::Footnote");
 
-  OmFootnote* entry =
-      footnotes.begin() + (alwaysNew ? footnotes.size() : _my->footnotePlaces.Find(note));
+  OmFootnote* entry = footnotes.begin() + (alwaysNew ? footnotes.size() : _my->FindFootnote(note));
   const auto index = static_cast<int>(entry - footnotes.begin());
 
   if (entry != footnotes.end()) {
@@ -123,7 +124,8 @@ int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
 }
 
 OmVector<OmFootnote>& OmPivotTable::Footnotes() noexcept {
-  _my->footnotePlaces.GiveUp();
+  _my->footnotesWritable = true;
+  _my->footnotePlaces.reset();
   return _my->footnotes;
 }
 

@@ -14,7 +14,9 @@ class OmMemoryRegion {
   void* Allocate(unsigned long bytes);
   static void Release(void* block) noexcept;
   static OmMemoryRegion* DefaultHeap() noexcept;
-  static OmMemoryRegion* SelectHeap(OmMemoryRegion* region) noexcept;
+  static OmMemoryRegion* SelectHeap(OmMemoryRegion* region) noexcept {
+    return region != nullptr ? region : DefaultHeap();
+  }
   void WorkingRelease(bool) noexcept {}
 
   struct Link {
