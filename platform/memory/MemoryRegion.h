@@ -42,8 +42,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   // writing to it.
   static void ReleaseZeroed(void* block) noexcept { ReleaseAny(block, true); }
 
-  // Returns the process-wide default region, which several threads may use at once. It lives until
-  // the process ends.
+  // Returns the default region. It is shared, and exists until the process ends.
   static OmMemoryRegion* DefaultHeap() noexcept;
   // Returns `region`, or the default heap if it is null.
   static OmMemoryRegion* SelectHeap(OmMemoryRegion* region) noexcept {
