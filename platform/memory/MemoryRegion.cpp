@@ -211,7 +211,7 @@ inline void* OmMemoryRegion::Get(unsigned long units, bool& isZero) {
   return block;
 }
 
-// Removes a released block of at least `units` units, and at most about twice as many, from its
+// Removes a released block of at least `units` units, and fewer than three times as many, from its
 // list, and returns it, or null if none is found soon.
 void* OmMemoryRegion::FindFree(unsigned long units, bool& isZero) noexcept {
   const unsigned long first = ListOf(units);
