@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -105,6 +106,22 @@ TEST(Region, KeepsBlocksApartAndCountsThem) {
   std::for_each(threads.begin(), threads.end(), [](std::thread& thread) { thread.join(); });
   ExpectUse(shared, 0, 0);
   ExpectUse(*heap, live, inUse);
+}
+
+// What decides whether an inline operation needs the lock is read without it.
+TEST(Region, IsSetUpByOneThreadWhileAnotherUsesIt) {
+  OmMemoryRegion shared(true);
+  std::atomic<bool> done = false;
+  std::thread other([&] {
+    shared.Limit(~0UL);
+    shared.WorkingRelease(true);
+    done.store(true, std::memory_order_relaxed);  // orders nothing, so that a race shows
+  });
+  while (!done.load(std::memory_order_relaxed)) {
+    std::this_thread::yield();
+  }
+  OmMemoryRegion::Release(shared.Allocate(8));
+  other.join();
 }
 
 // Where every block is an allocation of its own, none is used again, and no size is rounded.

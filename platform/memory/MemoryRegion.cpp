@@ -96,9 +96,12 @@ std::unique_lock<std::mutex> OmMemoryRegion::Lock() const {
   return shared ? std::unique_lock(mutex) : std::unique_lock(mutex, std::defer_lock);
 }
 
-// Settles what the inline operations may do, which neither lock nor count against a limit.
+// Settles what the inline operations may do, which neither lock nor count against a limit. They
+// read `plain` without the lock, so nothing is written to it in a shared region.
 void OmMemoryRegion::Settle() noexcept {
-  plain = !shared && working && limit == kNoLimit && !OmOwnBlock::kAll;
+  if (!shared) {
+    plain = working && limit == kNoLimit && !OmOwnBlock::kAll;
+  }
 }
 
 void* OmMemoryRegion::AllocateAny(unsigned long bytes, bool zeroed) {
@@ -208,7 +211,7 @@ inline void* OmMemoryRegion::Get(unsigned long units, bool& isZero) {
   return block;
 }
 
-// Removes a released block of at least `units` units, and at most about twice as many, from its
+// Removes a released block of at least `units` units, and fewer than three times as many, from its
 // list, and returns it, or null if none is found soon.
 void* OmMemoryRegion::FindFree(unsigned long units, bool& isZero) noexcept {
   const unsigned long first = ListOf(units);
@@ -243,9 +246,8 @@ inline void OmMemoryRegion::PushFree(void* block, unsigned long units, bool isZe
 }
 
 // Begins a new chunk with room for `units` units: from the heap while the region is small, else of
-// pages. What is left of the old one becomes a released block. In a large region, blocks of more
-// than kFineUnits have chunks of their own, so that its cells lie close to each other, in the order
-// in which they were made.
+// pages. The rest of the old one becomes a released block. In a large region, blocks of more than
+// kFineUnits have chunks of their own: so its cells are side by side, in the order of allocation.
 void OmMemoryRegion::AddChunk(Rest& rest, unsigned long units) {
   // Behind the record, a word aligns the block that follows the first tag.
   constexpr unsigned long kAround = sizeof(Chunk) + kTagBytes;

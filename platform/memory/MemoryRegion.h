@@ -16,9 +16,9 @@
 
 struct OmOwnBlock;
 
-// A region built with `shared` false belongs to one thread at a time and locks nothing; one built
-// with true may be used by several threads at once. Destroying a region frees every block that it
-// still holds, without running any destructor of what lives in it.
+// A region constructed with `shared` true may be used by several threads at once. Any other locks
+// nothing: one thread at a time uses it or releases its blocks. The destructor frees every block,
+// without running any destructor of what is in it.
 class OM_PLATFORM_API OmMemoryRegion {
  public:
   explicit OmMemoryRegion(bool shared) noexcept;
@@ -30,37 +30,36 @@ class OM_PLATFORM_API OmMemoryRegion {
   // std::bad_alloc if the system has no memory, if the limit is reached, or if `bytes` is above 512
   // GiB. The region is then as it was.
   [[nodiscard]] void* Allocate(unsigned long bytes);
-  // As Allocate, and every byte is zero. Large blocks come from pages that nobody has written to,
-  // so only the pages that the owner writes to occupy memory.
+  // As Allocate, and every byte is zero. The pages of a block above 1 MiB occupy no memory before
+  // somebody writes to them, unless every block is an allocation of its own.
   [[nodiscard]] void* AllocateZeroed(unsigned long bytes) { return AllocateAny(bytes, true); }
 
-  // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
-  // Ends the process if the block was released before and is not in use again; of blocks above 1
-  // MiB only the hardened build knows.
+  // Returns a block to its region, which the block knows and which must still exist. Ignores null.
+  // Ends the process if the block was released before and is not in use again. Of that, a hardened
+  // build knows the last 1024 blocks that the process released, others no block above 1 MiB.
   static void Release(void* block) noexcept;
-  // As Release, for a block whose bytes are all zero: AllocateZeroed may return it again without
-  // writing to it.
+  // As Release, for a block from AllocateZeroed whose bytes are all zero again: AllocateZeroed may
+  // return it without writing to it. What Allocate returned may have other bytes behind its end.
   static void ReleaseZeroed(void* block) noexcept { ReleaseAny(block, true); }
 
-  // Returns the process-wide default region, which several threads may use at once. It lives until
-  // the process ends.
+  // Returns the default region. It is shared, and exists until the process ends.
   static OmMemoryRegion* DefaultHeap() noexcept;
   // Returns `region`, or the default heap if it is null.
   static OmMemoryRegion* SelectHeap(OmMemoryRegion* region) noexcept {
     return region != nullptr ? region : DefaultHeap();
   }
 
-  // With false, says that the region is about to be destroyed: from then on Release only counts,
-  // and released blocks are not used again. With true, the region works as usual again; what was
-  // released in between stays held until the region is destroyed.
+  // With false, says that the region is about to be destroyed: a block that is released from then
+  // on is only counted, and not used again. Allocate works as before. With true, the region works
+  // as usual again; what was released in between stays held until the region is destroyed.
   void WorkingRelease(bool working) noexcept;
   // Makes Allocate fail if it would bring BytesInUse() above `bytes`. A new region has no limit,
   // which is the largest number.
   void Limit(unsigned long bytes) noexcept;
 
-  // Bytes of the blocks that are allocated and not released, each with its size class. Costs a walk
-  // over the released blocks, like LiveBlocks(): allocating and releasing small blocks count
-  // nothing.
+  // Bytes of the blocks that are allocated and not released, with what they are larger than asked
+  // for: up to 15 bytes, or three times the size if used again. Costs a walk over the released
+  // blocks, like LiveBlocks(): allocating and releasing small blocks count nothing.
   unsigned long BytesInUse() const noexcept;
   // Bytes that the region holds from the system, free blocks and its own records included. Pages
   // that no block has reached yet do not count.

@@ -1,15 +1,15 @@
 // OmPointerVector, a vector of pointers that is as good wide and mostly empty as short and full.
 // The cell store of a table is a tree of them.
 //
-// A slot holds a pointer or null. In front of the elements, in the same block, stand the number of
-// slots that are not null and a bitmap of them, a bit a slot. So whether the vector is empty is
-// known without a search, the next slot in use is found 64 slots at a time, and neither needs the
-// elements. A wide vector's block is of zeros from pages that nobody has touched: a slot that was
-// never used costs a bit, and the elements occupy memory only around those in use. Growing copies
-// what is in use.
+// A slot holds a pointer or null. In front of the elements, in the same block, are the number of
+// slots that are not null and a bitmap of them, a bit for each slot. So whether the vector is empty
+// is known without a search, the next slot in use is found 64 slots at a time, and neither reads
+// the elements. A block above 1 MiB is of zeros from pages that nobody has written to: a slot that
+// was never used costs a bit, and the elements occupy memory only around those in use. Growing
+// copies what is in use, and releasing clears no more.
 //
-// A slot costs 8 bytes and a bit, the vector 16 bytes more. All operations but growing, releasing
-// and searching cost constant time.
+// A slot costs 8 bytes and a bit; the vector itself 32 bytes, and its block up to 24 more. All
+// operations but growing, releasing and searching cost constant time.
 
 #ifndef BACKEND_TABLES_OM_POINTERVECTOR_H
 #define BACKEND_TABLES_OM_POINTERVECTOR_H
@@ -21,7 +21,12 @@
 #include "backend/tables/om/Vector.h"
 
 // The fields and the growth are those of an OmVector<void*>, the element operations its own, so
-// that none changes an element past the bitmap. Owns its block, and not what the slots point to.
+// that whatever changes an element changes the bitmap too. Owns its block, and not what the slots
+// point to. The region has to outlive the vector. Growing may move the elements, which invalidates
+// begin() and end(). If memory runs out, a call throws std::bad_alloc and the vector is unchanged.
+//
+// Slots are for subscripts, which are ints: no vector may have more than 2^31, and no slot number
+// may be above 2^32. A release build checks neither, nor that a slot is there if it has to be.
 //
 // Invariants: first <= last <= limit, all null or none; the block begins FrontWords(capacity())
 // words before `first`; bit i of the bitmap is set if and only if slot i is not null; the count is
@@ -41,11 +46,11 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   [[nodiscard]] unsigned long capacity() const noexcept {
     return static_cast<unsigned long>(limit - first);
   }
-  // For reading. In a wide vector whoever reads every slot touches memory for nothing: walk by
-  // FindNonZero() instead.
+  // For reading; null without a block. In a wide vector whoever reads every slot touches memory for
+  // nothing: walk by FindNonZero() instead.
   [[nodiscard]] void* const* begin() const noexcept { return first; }
   [[nodiscard]] void* const* end() const noexcept { return last; }
-  // Unchecked in a release build, like back().
+  // Returns slot `i`, which has to be there.
   [[nodiscard]] void* operator[](unsigned long i) const;
   [[nodiscard]] void* back() const { return (*this)[size() - 1]; }
   // Returns slot `s`, or null if there is none, as for a negative `s`.
@@ -61,12 +66,13 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
   // Returns whether every slot is null.
   [[nodiscard]] bool IsEmpty() const noexcept { return first == nullptr || Count() == 0; }
 
-  // Makes room for exactly `n` slots if there is room for fewer. Throws std::bad_alloc; the vector
-  // is then unchanged.
+  // Makes room for exactly `n` slots if there is room for fewer. Never shrinks.
   void reserve(unsigned long n);
-  // Appends nulls until there is a slot `s`, with the room that appending them one by one would
-  // leave; a jump beyond twice the room there is reserves exactly what it needs.
+  // Appends nulls until there is a slot `s`; does nothing if there is. If there is no room,
+  // reserves what appending one by one would, a power of two and at least 4; or exactly s + 1 slots
+  // if `s` is more than twice capacity().
   void GrowTo(unsigned long s);
+  // Appends an element or null.
   void push_back(void* element);
   // Stores an element that is not null in slot `s`, which has to be there and null.
   void Put(unsigned long s, void* element) noexcept;
@@ -103,8 +109,8 @@ class OM_API OmPointerVector : public OmRegionManaged, public OmVectorBase<void*
 
 // The same as v.Find(start).
 OM_API unsigned long FindNonZero(const OmPointerVector& v, unsigned long start);
-// Deletes a tree of vectors of `depth` levels, and the cells in those at its bottom. Null is
-// ignored.
+// Deletes a tree of vectors of `depth` levels, and the cells in those at its bottom: if `depth` is
+// 1, `v` itself holds the cells. Null is ignored.
 OM_API void freeCellArray(OmPointerVector* v, int depth);
 
 inline OmPointerVector::OmPointerVector(OmMemoryRegion* region_) noexcept
