@@ -22,6 +22,12 @@ Found Search(const OmDimension::ConstNode& parent, const OmDimensionNode& probe)
   return {static_cast<unsigned long>(entry - index.begin()), same ? *entry : -1};
 }
 
+// A label keeps its tracker within its table, and loses it on the way to another one.
+OmDimensionNode CopyInto(OmMemoryRegion* region, const OmDimensionNode& node) {
+  return node.ChildIndex().Region() == region ? OmDimensionNode(node)
+                                              : OmDimensionNode(node, region);
+}
+
 }  // namespace
 
 bool OmDimension::Less::operator()(int i, int j) const {
@@ -174,7 +180,8 @@ OmDimensionNode OmDimension::insertCategory(const OmCellText& text, Node sibling
   OM_HARDEN(sibling != parent_.End() && sibling->Text() != nullptr, "OmDimension::insertCategory");
   OmDimensionNode node(text, MaxSubscript(Root(), ConstNode()) + 1, false, Region());
   node.Text()->setICUTracker(sibling->Text()->getICUTracker());
-  InsertChild(node, sibling, parent_, before);
+  ++changes;
+  OmVectorTree::InsertChild(node, sibling, parent_, before);
   ++numCategories;
   return node;
 }
@@ -185,7 +192,8 @@ void OmDimension::insertChild(const OmCellText& text, std::vector<Node*> nodes) 
     OM_HARDEN((*nodes.front())->Text() != nullptr, "OmDimension::insertChild");
     node.Text()->setICUTracker((*nodes.front())->Text()->getICUTracker());
   }
-  InsertChild(node, nodes);
+  ++changes;
+  OmVectorTree::InsertChild(node, std::move(nodes));
 }
 
 void OmDimension::removeChild(Node& node) {
@@ -225,12 +233,12 @@ void OmDimension::swapChildren(Node& a, Node& b) {
 void OmDimension::InsertChild(const OmDimensionNode& node, Node sibling, Node parent_,
                               bool before) {
   ++changes;
-  OmVectorTree::InsertChild(node, sibling, parent_, before);
+  OmVectorTree::InsertChild(CopyInto(Region(), node), sibling, parent_, before);
 }
 
 void OmDimension::InsertChild(const OmDimensionNode& node, std::vector<Node*> nodes) {
   ++changes;
-  OmVectorTree::InsertChild(node, std::move(nodes));
+  OmVectorTree::InsertChild(CopyInto(Region(), node), std::move(nodes));
 }
 
 // The indexes stay right as they are copied, because the children are cloned in their order.

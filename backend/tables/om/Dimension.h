@@ -100,7 +100,7 @@ class OM_API OmDimension : public OmVectorTree<OmDimensionNode> {
   // Exchanges `node` and `target`, or moves `node` in front of `target`; without `target` to the
   // end of the children of its nearest visible ancestor, or of the root.
   void moveChild(Node& node, Node* target, bool swap);
-  // The tree's own, counted.
+  // The tree's own, counted; an inserted record is copied into the dimension's region.
   void swapChildren(Node& a, Node& b);
   void InsertChild(const OmDimensionNode& node, Node sibling, Node parent_, bool before);
   void InsertChild(const OmDimensionNode& node, std::vector<Node*> nodes);
