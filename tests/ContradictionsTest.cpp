@@ -129,8 +129,10 @@ struct Garden {
   unsigned long some = 0;  // one of its subscripts, not the last
 };
 
+// What is shown is right with these, and with no other kind.
+const Kinds kLeftovers{kSubscriptGap, kCellWithoutLeaf};
 // A leaf that has another subscript leaves that one to nobody.
-const Kinds kMoved{kSubscriptGap, kCellWithoutLeaf};
+const Kinds& kMoved = kLeftovers;
 
 // The planting of a contradiction, and what may follow from it.
 struct Plant {
@@ -243,6 +245,7 @@ class ContradictionModel {
       ASSERT_TRUE(kinds.contains(plant.kind)) << static_cast<int>(plant.kind);
       for (const Finding& finding : findings) {
         ASSERT_TRUE(finding.kind == plant.kind || plant.follow.contains(finding.kind));
+        ASSERT_EQ(finding.weight == Finding::Weight::kLeftover, kLeftovers.contains(finding.kind));
         ASSERT_TRUE(finding.dimension == -1 || finding.dimension == garden.which ||
                     finding.kind == kNoLeafForCells || finding.kind == kCellWithoutLeaf);
         ASSERT_TRUE(finding.cell.empty() || garden.table.Cell(finding.cell) != nullptr);
