@@ -416,6 +416,9 @@ TEST(Properties, OfThePlatform) {
     of.Add({SAME(Style, -1, {0, 7})});
     BOTH(Footnotes, "").DO(Footnotes().push_back(4), "4,");
     of.Check(meta);
+    T other;
+    other = meta;
+    EXPECT_TRUE(other == meta);
   }
   {
     using T = Qualtex_Format;

@@ -75,6 +75,7 @@ struct Cells : ExhaustionFixture {
     QualtexMBConverter* const converter = QualtexMBConverterNew_A("ISO-8859-1");
     std::string out;
     seen = AsText(QualtexMBU8ToGeneric(converter, out, kLong) == 0);
+    EXPECT_EQ(out == kLong, seen == "1");
     QualtexMBConverterDelete_A(converter);
   }
 
@@ -164,7 +165,9 @@ struct Trees : ExhaustionFixture {
   void Verify() { VerifyTree<OmDimensionNode>(tree); }
   void Copies() {
     Record child(node, nullptr, &region), same(tree), other(tree, nullptr, nullptr);
-    seen = Show(Tree::ConstNode(&same, 0)) + Show(Tree::ConstNode(&other, 0));
+    std::string shown = Show(Tree::ConstNode(&same, 0));
+    EXPECT_TRUE(shown == State() && shown == Show(Tree::ConstNode(&other, 0)));
+    seen = std::move(shown);
   }
   void Readers() {
     const Tree& same = tree;

@@ -74,7 +74,8 @@ class StoreModel {
       AddDimension(*t, "d", 2);
       return;
     }
-    const OmCellText* const cell = t->Cell(subscripts);
+    const OmCellText* const cell = std::as_const(*t).Cell(subscripts);
+    ASSERT_EQ(cell, t->Cell(subscripts));
     ASSERT_EQ(cell == nullptr ? "" : cell->Text(), twin.contains(key) ? twin[key] : "");
   }
 
