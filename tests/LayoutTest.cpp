@@ -292,6 +292,24 @@ TEST_F(Layout, IsSparseFromFiftyPlacesOnAndRefusesUnknownDimensions) {
   }
 }
 
+// Whether the table is sparse is settled when the layer heading is built, whatever is stored later.
+TEST_F(Layout, SearchesAsTheTableWasWhenTheLayersWereBuilt) {
+  Add("a", 30, table.Rows());
+  Add("b", 2, table.Layers());
+  OmDisplayLayerHeading sparse(table, false);
+  for (int i = 0; i != 30; ++i) {
+    table.Cell({i, i % 2}, OmNumber(1));
+  }
+  OmDisplayLayerHeading dense(table, false);
+  EXPECT_EQ(OmDisplayRowHeading(sparse, true, false).NRows(), 30U);  // of any layer
+  EXPECT_EQ(OmDisplayRowHeading(dense, true, false).NRows(), 15U);   // of the current one
+  for (int i = 0; i != 30; ++i) {
+    table.deleteCell({i, i % 2});
+  }
+  EXPECT_EQ(table.StoredCells(), 0U);
+  EXPECT_TRUE(IsSparse(table));
+}
+
 TEST_F(Layout, AsksForWhatIsHiddenWithTheLabels) {
   OmDimension* const inner = Add("inner", 600, table.Rows());
   OmDimension* const outer = Add("outer", 2, table.Rows());

@@ -1,25 +1,27 @@
 // OmMemoryRegion, the arena that all of a table's memory is charged to.
 //
-// A region carves blocks from chunks, uses released blocks again, and gives every chunk back to the
-// system when it is destroyed, not before. It allocates nothing before the first block; chunks of
-// 1 KiB follow, and larger ones as it grows. A block costs its size and 8 bytes, rounded up to a
-// multiple of 16. Blocks above 1 MiB have pages of their own, which go back to the system when the
-// block is released. Allocating and releasing cost constant time.
-//
-// Where a sanitizer or the hardening checks are on, every block is an allocation of its own from
-// the system, so that tools see its bounds and its end.
+// A region carves blocks from chunks, uses released blocks again, and gives the chunks back to the
+// system when it is destroyed. The first chunk comes with the first block and has 1 KiB; later ones
+// are larger. A block costs its size and 8 bytes, rounded up to a multiple of 16. Blocks above 1
+// MiB have pages of their own, which go back when they are released. Allocating and releasing cost
+// constant time. With a sanitizer or the hardening checks, every block is an allocation of its own
+// from the system, so that tools see where it begins and ends.
 
 #ifndef PLATFORM_MEMORY_MEMORYREGION_H
 #define PLATFORM_MEMORY_MEMORYREGION_H
 
+#include <mutex>
+
 #include "platform/Export.h"
+
+struct OmOwnBlock;
 
 // A region built with `shared` false belongs to one thread at a time and locks nothing; one built
 // with true may be used by several threads at once. Destroying a region frees every block that it
 // still holds, without running any destructor of what lives in it.
 class OM_PLATFORM_API OmMemoryRegion {
  public:
-  explicit OmMemoryRegion(bool shared);
+  explicit OmMemoryRegion(bool shared) noexcept;
   OmMemoryRegion(const OmMemoryRegion&) = delete;
   OmMemoryRegion& operator=(const OmMemoryRegion&) = delete;
   ~OmMemoryRegion();
@@ -30,7 +32,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   [[nodiscard]] void* Allocate(unsigned long bytes);
   // As Allocate, and every byte is zero. Large blocks come from pages that nobody has written to,
   // so only the pages that the owner writes to occupy memory.
-  [[nodiscard]] void* AllocateZeroed(unsigned long bytes);
+  [[nodiscard]] void* AllocateZeroed(unsigned long bytes) { return AllocateAny(bytes, true); }
 
   // Returns a block to the region that it came from, which the block itself knows. Null is ignored.
   // Ends the process if the block was released before and is not in use again; of blocks above 1
@@ -38,13 +40,15 @@ class OM_PLATFORM_API OmMemoryRegion {
   static void Release(void* block) noexcept;
   // As Release, for a block whose bytes are all zero: AllocateZeroed may return it again without
   // writing to it.
-  static void ReleaseZeroed(void* block) noexcept;
+  static void ReleaseZeroed(void* block) noexcept { ReleaseAny(block, true); }
 
   // Returns the process-wide default region, which several threads may use at once. It lives until
   // the process ends.
   static OmMemoryRegion* DefaultHeap() noexcept;
-  // Returns `region`, or the default heap if it is null. Defined in backend/tables/om/Vector.h.
-  static OmMemoryRegion* SelectHeap(OmMemoryRegion* region) noexcept;
+  // Returns `region`, or the default heap if it is null.
+  static OmMemoryRegion* SelectHeap(OmMemoryRegion* region) noexcept {
+    return region != nullptr ? region : DefaultHeap();
+  }
 
   // With false, says that the region is about to be destroyed: from then on Release only counts,
   // and released blocks are not used again. With true, the region works as usual again; what was
@@ -65,30 +69,20 @@ class OM_PLATFORM_API OmMemoryRegion {
   unsigned long LiveBlocks() const noexcept;
 
  private:
-  struct Lock;
-  struct Heap;
-  class Guard;
   struct Chunk;
-  struct Front;
   struct Free;
 
-  // The rest of a chunk, from which blocks are carved. `zero` if it is in pages that nobody has
-  // written to.
+  // The rest of a chunk, from which blocks are carved.
   struct Rest {
-    [[nodiscard]] unsigned long Bytes() const noexcept {
-      return static_cast<unsigned long>(end - bump);
-    }
+    unsigned long Bytes() const noexcept { return static_cast<unsigned long>(end - bump); }
     char* bump = nullptr;
     char* end = nullptr;
-    bool zero = false;
+    bool zero = false;  // if nobody has written to its pages
   };
 
-  // A number of blocks and the sum of their sizes.
   struct Tally {
-    void Add(unsigned long bytes_) noexcept { ++blocks, bytes += bytes_; }
-    void Subtract(unsigned long bytes_) noexcept { --blocks, bytes -= bytes_; }
     unsigned long blocks = 0;
-    unsigned long bytes = 0;
+    unsigned long bytes = 0;  // the sum of their sizes
   };
 
   // Blocks are carved in units of 16 bytes, the tag included. Released ones are listed by size: a
@@ -96,27 +90,37 @@ class OM_PLATFORM_API OmMemoryRegion {
   static constexpr unsigned long kUnit = 16;
   static constexpr unsigned long kFineUnits = 16;
   static constexpr unsigned long kLists = kFineUnits + 2 * 12;
-  static constexpr unsigned long kUnitBits = 0xffff;  // of a tag
+  static constexpr unsigned long kTagBytes = 8;
+  static constexpr unsigned long kOwn = 0xffff;  // for the units, in the tag of an OmOwnBlock
 
-  explicit OmMemoryRegion(Lock* lock_) noexcept;
+  static unsigned long UnitsFor(unsigned long bytes) { return (bytes + kTagBytes + 15) / kUnit; }
+  static unsigned long& Tag(void* block) { return static_cast<unsigned long*>(block)[-1]; }
+  static void*& NextFree(void* block) { return *static_cast<void**>(block); }
+  static OmMemoryRegion* OwnerOf(void* block) {
+    return reinterpret_cast<OmMemoryRegion*>(Tag(block) >> 16);
+  }
+  // Returns the bytes of a carved block that is in use.
+  static unsigned long SizeOf(void* block) { return (Tag(block) & kOwn) * kUnit - kTagBytes; }
+  unsigned long TagFor(unsigned long units) const {
+    return reinterpret_cast<unsigned long>(this) << 16 | units;
+  }
 
-  void* AllocateAny(unsigned long bytes);
+  void* AllocateAny(unsigned long bytes, bool zeroed);
   static void ReleaseAny(void* block, bool isZero) noexcept;
-  void Settle() noexcept;
-  void CheckLimit(unsigned long bytes) const;
-  [[nodiscard]] Tally InUse() const noexcept;
+  void* GetSmall(unsigned long units) noexcept;
   void* Get(unsigned long units, bool& isZero);
-  [[nodiscard]] Free* FindFree(unsigned long units) noexcept;
-  void Return(void* block, bool isZero) noexcept;
-  void* Carve(Rest& rest, unsigned long units) noexcept;
+  void* FindFree(unsigned long units, bool& isZero) noexcept;
   void PushFree(void* block, unsigned long units, bool isZero) noexcept;
+  void* Carve(Rest& rest, unsigned long units) noexcept;
   void AddChunk(Rest& rest, unsigned long units);
-  void* AllocateOwn(unsigned long bytes, bool zeroed);
-  void ReturnOwn(Front* front) noexcept;
+  void CheckLimit(unsigned long bytes) const;
+  std::unique_lock<std::mutex> Lock() const;
+  void Settle() noexcept;
+  Tally InUse() const noexcept;
 
-  Lock* lock;  // owned; null unless the region is shared
+  bool shared;
   bool working = true;
-  bool plain = false;  // neither shared, limited, on its way out nor of own blocks
+  bool plain = false;  // neither shared, limited, about to be destroyed nor all OmOwnBlocks
   Rest fine;
   Rest coarse;                // see AddChunk
   Tally used;                 // blocks that are allocated or on a free list
@@ -124,52 +128,53 @@ class OM_PLATFORM_API OmMemoryRegion {
   unsigned long limit = ~0UL;
   unsigned long bytesHeld = 0;  // all of `fine` and `coarse` included
   Chunk* chunks = nullptr;
-  Front* own = nullptr;          // blocks that are allocations of their own
+  OmOwnBlock* own = nullptr;
   void* freeLists[kLists] = {};  // released blocks, linked by their first word
+  mutable std::mutex mutex;      // locked by a shared region only
 };
 
 // Inline for small blocks, of which a table has one for each cell.
 inline void* OmMemoryRegion::Allocate(unsigned long bytes) {
-  const unsigned long units = (bytes + 8 + kUnit - 1) / kUnit;
-  if (bytes < kFineUnits * kUnit && units <= kFineUnits && plain) {
-    if (void* const block = freeLists[units - 1]; block != nullptr) {
-      freeLists[units - 1] = *static_cast<void**>(block);
-      static_cast<unsigned long*>(block)[-1] = reinterpret_cast<unsigned long>(this) << 16 | units;
+  if (bytes <= kFineUnits * kUnit - kTagBytes && plain) {
+    if (void* const block = GetSmall(UnitsFor(bytes)); block != nullptr) {
       return block;
     }
-    if (units * kUnit <= fine.Bytes()) {
-      return Carve(fine, units);
-    }
   }
-  return AllocateAny(bytes);
+  return AllocateAny(bytes, false);
+}
+
+// Returns a block of at most kFineUnits, or null if that takes a new chunk.
+inline void* OmMemoryRegion::GetSmall(unsigned long units) noexcept {
+  void*& list = freeLists[units - 1];
+  if (void* const block = list; block != nullptr) {
+    list = NextFree(block);
+    Tag(block) = TagFor(units);
+    return block;
+  }
+  return units * kUnit <= fine.Bytes() ? Carve(fine, units) : nullptr;
 }
 
 inline void* OmMemoryRegion::Carve(Rest& rest, unsigned long units) noexcept {
-  auto* const tag = reinterpret_cast<unsigned long*>(rest.bump);
-  *tag = reinterpret_cast<unsigned long>(this) << 16 | units;
+  void* const block = rest.bump + kTagBytes;
+  Tag(block) = TagFor(units);
   rest.bump += units * kUnit;
-  used.Add(units * kUnit - sizeof(*tag));
-  return tag + 1;
+  ++used.blocks;
+  used.bytes += units * kUnit - kTagBytes;
+  return block;
 }
 
 inline void OmMemoryRegion::Release(void* block) noexcept {
   if (block == nullptr) {
     return;
   }
-  const unsigned long tag = static_cast<const unsigned long*>(block)[-1];
-  auto* const owner = reinterpret_cast<OmMemoryRegion*>(tag >> 16);
-  const unsigned long list = (tag & kUnitBits) - 1;
-  if (list < kFineUnits && owner->plain) {
-    static_cast<unsigned long*>(block)[-1] = 0;
-    *static_cast<void**>(block) = owner->freeLists[list];
+  const unsigned long list = (Tag(block) & kOwn) - 1;
+  if (auto* const owner = OwnerOf(block); list < kFineUnits && owner->plain) {
+    Tag(block) = 0;
+    NextFree(block) = owner->freeLists[list];
     owner->freeLists[list] = block;
     return;
   }
   ReleaseAny(block, false);
-}
-
-inline void OmMemoryRegion::ReleaseZeroed(void* block) noexcept {
-  ReleaseAny(block, true);
 }
 
 #endif

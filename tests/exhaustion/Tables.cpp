@@ -91,14 +91,14 @@ std::string ShowAll(OmPivotTable& table) {
              table.OptionNumber(), table.TableId(), table.TableLocale(), table.HasSplits(),
              table.IsWarnings(), table.IsNotes(), table.hasMarkers(), table.backendOwns(),
              table.fastTable(), table.getLabelsOnly(), table.getImputed(), table.IsScratched());
-  shown +=
-      Fields(table.MinColumnWidth(), table.MaxColumnWidth(), table.MinRowWidth(),
-             table.MaxRowWidth(), table.getLayerLoc(), table.getLang(), table.getVariableMode(),
-             table.getValueMode(), table.getStartColor(), table.getEndColor(),
-             table.getBorderInfo(), table.getTableLookInfo(), table.getTablePropertiesInfo(),
-             ListOf(table.getTableCustomWidths()), ListOf(table.getTableCustomHeights()),
-             table.getEmptyCellStyles().size(), table.emptyCellStyles().size(),
-             table.getCellStyles().size(), table.cellStyles().size(), table.getMiscProperties());
+  shown += Fields(table.MinColumnWidth(), table.MaxColumnWidth(), table.MinRowWidth(),
+                  table.MaxRowWidth(), table.StoredCells(), table.getLayerLoc(), table.getLang(),
+                  table.getVariableMode(), table.getValueMode(), table.getStartColor(),
+                  table.getEndColor(), table.getBorderInfo(), table.getTableLookInfo(),
+                  table.getTablePropertiesInfo(), ListOf(table.getTableCustomWidths()),
+                  ListOf(table.getTableCustomHeights()), table.getEmptyCellStyles().size(),
+                  table.emptyCellStyles().size(), table.getCellStyles().size(),
+                  table.cellStyles().size(), table.getMiscProperties());
   for (int d = 0; d != static_cast<int>(table.NDimensions()); ++d) {
     shown += Fields(table.Size(d), Show(*table.Dimension(d)), Show(*same.Dimension(d)));
   }

@@ -84,10 +84,12 @@ class StoreModel {
     // The first vector has to hold a cell, or the walk is over at once.
     const bool walks = !twin.empty() && VectorHoldsCell(twin.begin()->first);
     long texts = 0;
+    unsigned long stored = 0;
     std::vector<int> next;
     for (const auto& [key, text] : twin) {
       texts += foreign && !text.empty() ? 1 : 0;
       if (!text.empty()) {  // found whatever stands first
+        ++stored;
         ASSERT_EQ(t->NextCell(next), t->Cell(Subscripts(key)));
         ASSERT_EQ(next, Subscripts(key));
       }
@@ -101,6 +103,7 @@ class StoreModel {
     ASSERT_EQ(cell.Cell(), nullptr);
     ASSERT_EQ(t->NextCell(next), nullptr);
     ASSERT_TRUE(next.empty());
+    ASSERT_EQ(t->StoredCells(), stored);
     // Each has its end once, some with the table.
     ASSERT_EQ(counted.use_count(), 1 + texts);
     t.reset();

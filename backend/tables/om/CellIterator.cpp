@@ -34,15 +34,13 @@ void OmPivotTable::Iterator::Data::Stand(void* element) noexcept {
 
 // Goes up from a vector that has no further element, and down again through one that has.
 void OmPivotTable::Iterator::Data::Advance() {
+  OM_HARDEN(IsValid(), "OmPivotTable::Iterator::operator++");
   if (cell == nullptr) {
     return;
   }
-  OM_HARDEN(table->changes == changes, "OmPivotTable::Iterator::operator++");
-  unsigned long k = 0;
-  unsigned long start = static_cast<unsigned long>(next - levels[0].vector->begin());
+  auto start = static_cast<unsigned long>(next - levels[0].vector->begin());
   levels[0].index = start - 1;
-  void* element = nullptr;
-  while (k != levels.size()) {
+  for (unsigned long k = 0; k != levels.size();) {
     Level& level = levels[k];
     const unsigned long index = level.vector->Find(start);
     if (index == level.vector->size()) {
@@ -51,18 +49,22 @@ void OmPivotTable::Iterator::Data::Advance() {
       continue;
     }
     level.index = index;
-    element = (*level.vector)[index];
+    void* const element = (*level.vector)[index];
     if (k == 0) {
-      break;
+      return Stand(element);
     }
-    --k;
-    levels[k].vector = static_cast<PointerVector*>(element);
+    levels[--k].vector = static_cast<PointerVector*>(element);
     start = 0;
   }
-  Stand(k == 0 ? element : nullptr);
+  Stand(nullptr);
+}
+
+bool OmPivotTable::Iterator::Data::IsValid() const noexcept {
+  return cell == nullptr || table->changes == changes;
 }
 
 std::vector<int> OmPivotTable::Iterator::Data::Index() const {
+  OM_HARDEN(IsValid(), "OmPivotTable::Iterator::Index");
   std::vector<int> index;
   index.reserve(levels.size());
   for (const Level& level : levels) {
@@ -74,61 +76,37 @@ std::vector<int> OmPivotTable::Iterator::Data::Index() const {
   return index;
 }
 
-OmPivotTable::Iterator::Data* OmPivotTable::Iterator::Data::Hold(Data* cursor) noexcept {
+OmPivotTable::Iterator::Iterator() : cursor(std::make_shared<Data>()) {}
+
+OmPivotTable::Iterator::Iterator(Data* cursor_) : cursor(cursor_) {
   OM_HARDEN(cursor != nullptr, "OmPivotTable::Iterator::Iterator");
-  ++cursor->holders;
-  return cursor;
 }
 
-void OmPivotTable::Iterator::Data::LetGo(Data* cursor) noexcept {
-  if (--cursor->holders == 0) {
-    delete cursor;
-  }
-}
+OmPivotTable::Iterator::Iterator(const Iterator& other)
+    : cursor(std::make_shared<Data>(*other.cursor)) {}
 
-OmPivotTable::Iterator::Iterator() : Iterator(new Data) {}
+// Shares the cursor, on purpose.
+OmPivotTable::Iterator& OmPivotTable::Iterator::operator=(const Iterator& other) noexcept = default;
 
-OmPivotTable::Iterator::Iterator(Data* cursor_) noexcept : cursor(Data::Hold(cursor_)) {}
-
-OmPivotTable::Iterator::Iterator(const Iterator& other) : Iterator(new Data(*other.cursor)) {}
-
-// The cursor is shared, not copied, on purpose.
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): holding comes before letting go
-OmPivotTable::Iterator& OmPivotTable::Iterator::operator=(const Iterator& other) noexcept {
-  Data* const old = cursor;
-  cursor = Data::Hold(other.cursor);
-  Data::LetGo(old);
-  return *this;
-}
-
-OmPivotTable::Iterator::~Iterator() {
-  Data::LetGo(cursor);
-}
+OmPivotTable::Iterator::~Iterator() = default;
 
 std::vector<int> OmPivotTable::Iterator::Index() const {
   return cursor->Index();
 }
 
-OmPivotTable::ConstIterator::ConstIterator() : ConstIterator(new Iterator::Data) {}
+OmPivotTable::ConstIterator::ConstIterator() : cursor(std::make_shared<Iterator::Data>()) {}
 
-OmPivotTable::ConstIterator::ConstIterator(Iterator::Data* cursor_) noexcept
-    : cursor(Iterator::Data::Hold(cursor_)) {}
+OmPivotTable::ConstIterator::ConstIterator(Iterator::Data* cursor_) : cursor(cursor_) {
+  OM_HARDEN(cursor != nullptr, "OmPivotTable::ConstIterator::ConstIterator");
+}
 
 OmPivotTable::ConstIterator::ConstIterator(const ConstIterator& other)
-    : ConstIterator(new Iterator::Data(*other.cursor)) {}
+    : cursor(std::make_shared<Iterator::Data>(*other.cursor)) {}
 
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): holding comes before letting go
 OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator=(
-    const ConstIterator& other) noexcept {
-  Iterator::Data* const old = cursor;
-  cursor = Iterator::Data::Hold(other.cursor);
-  Iterator::Data::LetGo(old);
-  return *this;
-}
+    const ConstIterator& other) noexcept = default;
 
-OmPivotTable::ConstIterator::~ConstIterator() {
-  Iterator::Data::LetGo(cursor);
-}
+OmPivotTable::ConstIterator::~ConstIterator() = default;
 
 std::vector<int> OmPivotTable::ConstIterator::Index() const {
   return cursor->Index();

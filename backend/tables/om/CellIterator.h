@@ -3,23 +3,25 @@
 //   for (OmPivotTable::ConstIterator cell = table.FirstCell(); cell.Cell() != nullptr; ++cell) …
 //
 // Cells come with ascending subscripts, the first dimension's fastest. Only stored cells are
-// visited. The start does not go back: where the first way down the store ends at nothing but nulls
-// (a null was stored there, or every cell was deleted before a dimension was added), the walk is
-// over at once, although other cells may exist. That is on purpose.
+// visited. The start does not go back, on purpose: if the first way down the store ends at nothing
+// but nulls (a null was stored, or all cells were deleted before a dimension was added), the walk
+// is over at once, although other cells may exist. OmPivotTable::NextCell finds those too.
 
 #ifndef BACKEND_TABLES_OM_CELLITERATOR_H
 #define BACKEND_TABLES_OM_CELLITERATOR_H
 
+#include <memory>
 #include <vector>
 
+#include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Export.h"
 #include "backend/tables/om/PivotTable.h"
 
-// Valid while the cells of its table are not changed.
+// Valid while the cells of its table are not changed; a hardened build ends the process at the
+// first use after that.
 //
 // A copy is independent. Assignment shares the cursor instead, on purpose: after a = b, advancing
-// one advances both. Iterators that share a cursor may go in any order; the last one takes it
-// along.
+// one advances both. The last iterator that shares a cursor destroys it.
 class OM_API OmPivotTable::Iterator {
  public:
   // The place of a walk.
@@ -28,7 +30,7 @@ class OM_API OmPivotTable::Iterator {
   // An iterator at the end.
   Iterator();
   // Takes ownership of `cursor`.
-  explicit Iterator(Data* cursor) noexcept;
+  explicit Iterator(Data* cursor);
   Iterator(const Iterator& other);
   Iterator& operator=(const Iterator& other) noexcept;
   ~Iterator();
@@ -41,7 +43,7 @@ class OM_API OmPivotTable::Iterator {
   Iterator& operator++();
 
  private:
-  Data* cursor;
+  std::shared_ptr<Data> cursor;
 };
 
 // Entry k of the levels belongs to dimension k: the last one to the root, entry 0 to the bottom
@@ -56,30 +58,19 @@ struct OM_PRIVATE OmPivotTable::Iterator::Data {
 
   Data() = default;
   explicit Data(const OmPivotTable::Data& table_);
-  // Copies the place of the walk. Nobody holds the copy yet.
-  Data(const Data& other)
-      : levels(other.levels),
-        cell(other.cell),
-        table(other.table),
-        changes(other.changes),
-        next(other.next),
-        end(other.end) {}
-  Data& operator=(const Data&) = delete;
 
+  [[nodiscard]] OmCellText* Cell() const noexcept;
+  [[nodiscard]] std::vector<int> Index() const;
   // Moves to the next cell, which as a rule stands beside this one, or to the end.
   void Next();
   OM_API void Advance();
   void Stand(void* element) noexcept;
-  [[nodiscard]] std::vector<int> Index() const;
-
-  static Data* Hold(Data* cursor) noexcept;
-  static void LetGo(Data* cursor) noexcept;
+  [[nodiscard]] OM_API bool IsValid() const noexcept;
 
   std::vector<Level> levels;
   OmCellText* cell = nullptr;                 // null at the end
   const OmPivotTable::Data* table = nullptr;  // null if there is none
   unsigned long changes = 0;                  // of the table's cells when the walk started
-  unsigned long holders = 0;                  // iterators that share this cursor
   // What follows the current cell in its vector; null at the end of the walk.
   void* const* next = nullptr;
   void* const* end = nullptr;
@@ -89,7 +80,7 @@ struct OM_PRIVATE OmPivotTable::Iterator::Data {
 class OM_API OmPivotTable::ConstIterator {
  public:
   ConstIterator();
-  explicit ConstIterator(Iterator::Data* cursor) noexcept;
+  explicit ConstIterator(Iterator::Data* cursor);
   ConstIterator(const ConstIterator& other);
   ConstIterator& operator=(const ConstIterator& other) noexcept;
   ~ConstIterator();
@@ -99,8 +90,13 @@ class OM_API OmPivotTable::ConstIterator {
   ConstIterator& operator++();
 
  private:
-  Iterator::Data* cursor;
+  std::shared_ptr<Iterator::Data> cursor;
 };
+
+inline OmCellText* OmPivotTable::Iterator::Data::Cell() const noexcept {
+  OM_HARDEN(IsValid(), "OmPivotTable::Iterator::Cell");
+  return cell;
+}
 
 inline void OmPivotTable::Iterator::Data::Next() {
 #if !defined(OM_HARDENING) || !OM_HARDENING
@@ -113,7 +109,7 @@ inline void OmPivotTable::Iterator::Data::Next() {
 }
 
 inline OmCellText* OmPivotTable::Iterator::Cell() const noexcept {
-  return cursor->cell;
+  return cursor->Cell();
 }
 
 inline OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
@@ -122,7 +118,7 @@ inline OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
 }
 
 inline const OmCellText* OmPivotTable::ConstIterator::Cell() const noexcept {
-  return cursor->cell;
+  return cursor->Cell();
 }
 
 inline OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {

@@ -35,17 +35,19 @@ OmPointerVector& OmCellStore::Reach(OmPointerVector*& root, const std::vector<in
   return *v;
 }
 
-void OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts) {
+bool OmCellStore::Delete(OmPointerVector* root, const std::vector<int>& subscripts) {
   OmPointerVector* v = VectorOf(root, subscripts, 0);
   if (v == nullptr || Slot(subscripts[0]) >= v->size()) {
-    return;
+    return false;
   }
+  const bool held = v->At(subscripts[0]) != nullptr;
   delete static_cast<OmCellText*>(v->Exchange(Slot(subscripts[0]), nullptr));
   // The vectors that are left empty, from the bottom up and without the root.
   for (unsigned long k = 1; k != subscripts.size() && v->IsEmpty(); ++k) {
     v = VectorOf(root, subscripts, k);
     delete VectorIn(v->Exchange(Slot(subscripts[k]), nullptr));
   }
+  return held;
 }
 
 OmPointerVector* OmCellStore::Raise(OmPointerVector* root, OmMemoryRegion* region) {

@@ -33,8 +33,9 @@ class OmCellStore {
   [[nodiscard]] static OmPointerVector* VectorOf(OmPointerVector* root,
                                                  const std::vector<int>& subscripts,
                                                  unsigned long k) noexcept;
-  // Deletes the cell at `subscripts`, and every vector but the root that this leaves empty.
-  static void Delete(OmPointerVector* root, const std::vector<int>& subscripts);
+  // Deletes the cell at `subscripts`, and every vector but the root that this leaves empty. Returns
+  // whether there was a cell.
+  static bool Delete(OmPointerVector* root, const std::vector<int>& subscripts);
   // Puts a new root above `root`, which moves every cell to subscript 0 of one more dimension.
   [[nodiscard]] static OmPointerVector* Raise(OmPointerVector* root, OmMemoryRegion* region);
   // Undoes Raise: returns the root from before.

@@ -13,11 +13,8 @@
 
 bool IsSparse(OmPivotTable& table) {
   const unsigned long long threshold = (Product(table.SizeVector()) + 50) / 100;
-  unsigned long long count = 0;
-  for (OmPivotTable::Iterator cell = table.FirstCell(); count < threshold && cell.Cell() != nullptr;
-       ++cell) {
-    ++count;
-  }
+  // An iterator visits every cell, or none where the first way down the store ends at a null.
+  const unsigned long count = table.FirstCell().Cell() != nullptr ? table.StoredCells() : 0;
   return count < threshold;
 }
 
@@ -185,7 +182,7 @@ void OmDisplayLayerHeading::Data::FindVisibleLevels(const Places& places,
   for (unsigned long k = 0; k != calc.Dimensions().size(); ++k) {
     const OmDimHeader* const header = Header(calc.Dimensions()[k]);
     if (header == nullptr) {
-      out.push_back(0);  // the table has grown since; the entries stay those of the axis
+      out.push_back(0);  // added or edited since; the entries stay those of the axis
       continue;
     }
     // As VisibleLevels of the leaves shown, without a list of them: as a rule the first one ends

@@ -270,11 +270,9 @@ void OmDisplayLayerHeading::Data::FindNonEmptyHeadersDense(const PuppetVector<sh
   // that every leaf will do here.
   for (unsigned long k = 0; k != bases.size(); ++k) {
     if (Contains(otherDims, 0, headDims[k]) || Contains(headDims, k + 1, headDims[k])) {
-      RepeatForEachDigit(
-          found,
-          std::min<unsigned long>(
-              bases[k], headers[static_cast<unsigned long>(headDims[k])]->nodePaths.size()),
-          head.Single().Weight(k));
+      const unsigned long leaves =
+          headers[static_cast<unsigned long>(headDims[k])]->nodePaths.size();
+      RepeatForEachDigit(found, std::min<unsigned long>(bases[k], leaves), head.Single().Weight(k));
     }
   }
   out.swap(found);

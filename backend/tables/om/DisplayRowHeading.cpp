@@ -7,17 +7,16 @@
 #include "backend/tables/om/DisplayRowHeadingData.h"
 #include "backend/tables/om/PivotTable.h"
 
-namespace {
-
 using ConstNode = OmDisplayRowHeading::ConstNode;
 using Path = OmVector<ConstNode>;
+
+namespace {
 
 // Appends `levels` labels of a path, root first, null where it shows fewer or there is no path.
 template <typename Labels>
 void AppendLabels(Path* path, unsigned int levels, bool dimNamesInCorner, Labels& out) {
-  ConstNode* const begin = path != nullptr ? path->begin() : nullptr;
   ConstNode* const end = path != nullptr ? path->end() : nullptr;
-  for (ConstNode* node = end; levels != 0 && node != begin;) {
+  for (ConstNode* node = end; levels != 0 && path != nullptr && node != path->begin();) {
     const OmDimensionNode& payload = **--node;
     if (payload.IsGroup() && payload.HideLabels()) {
       break;
@@ -28,9 +27,7 @@ void AppendLabels(Path* path, unsigned int levels, bool dimNamesInCorner, Labels
       --levels;
     }
   }
-  for (; levels != 0; --levels) {
-    out.push_back(nullptr);
-  }
+  out.insert(out.end(), levels, nullptr);
 }
 
 }  // namespace
@@ -38,7 +35,6 @@ void AppendLabels(Path* path, unsigned int levels, bool dimNamesInCorner, Labels
 std::vector<ConstNode*> CategoryDisplay(Path* path, unsigned int levels, bool dimNamesInCorner) {
   OM_HARDEN(path != nullptr && path->size() != 0, "CategoryDisplay");
   std::vector<ConstNode*> labels;
-  labels.reserve(levels);
   AppendLabels(path, levels, dimNamesInCorner, labels);
   return labels;
 }
@@ -47,8 +43,6 @@ std::vector<ConstNode*> Category(Path* path) {
   OM_HARDEN(path != nullptr && path->size() != 0, "Category");
   return {path->begin()};
 }
-
-// --- The record ---------------------------------------------------------------------------------
 
 OmDisplayRowHeading::Data::Data(OmDisplayLayerHeading& layer, const PuppetVector<short>& axis,
                                 const PuppetVector<short>& other, bool skipEmpty_,
@@ -71,28 +65,23 @@ OmDisplayRowHeading::Data::Data(OmDisplayLayerHeading& layer, const PuppetVector
   }
 }
 
-template <typename Visit>
-void OmDisplayRowHeading::Data::ForEachPath(unsigned long long place, Visit visit) const {
+std::vector<const Path*> OmDisplayRowHeading::Data::FindNodes(unsigned long long place) const {
+  std::vector<const Path*> paths;
   // Not axisDims, which may have been lengthened by reading.
   for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
-    visit(k, Layer().PathAt(place, placeCalculator, k));
+    paths.push_back(PathAt(place, k));
   }
+  return paths;
 }
 
 void OmDisplayRowHeading::Data::FindVisibleLevels() {
   Layer().FindVisibleLevels(nonEmptyPlaces, placeCalculator, levelsPerDim);
-  ForEachPath(0, [&](unsigned long k, Path* path) {
-    if (dimNamesInCorner && path != nullptr && levelsPerDim[k] != 0 && !path->back()->Hide()) {
+  const std::vector<const Path*> paths = FindNodes(0);
+  for (unsigned long k = 0; dimNamesInCorner && k != paths.size(); ++k) {
+    if (paths[k] != nullptr && levelsPerDim[k] != 0 && !(*(paths[k]->end() - 1))->Hide()) {
       --levelsPerDim[k];  // the root's label moves to the corner
     }
-  });
-}
-
-std::vector<const OmDisplayRowHeading::Data::Path*> OmDisplayRowHeading::Data::FindNodes(
-    unsigned long long place) const {
-  std::vector<const Path*> paths;
-  ForEachPath(place, [&](unsigned long, const Path* path) { paths.push_back(path); });
-  return paths;
+  }
 }
 
 bool OmDisplayRowHeading::Data::CollectCornerLabels() {
@@ -109,25 +98,24 @@ bool OmDisplayRowHeading::Data::CollectCornerLabels() {
       }
     }
   }
-  if (placeCount != 0 && !found) {
+  if (!found && placeCount != 0 && headingWidth != 0) {
     cornerText.resize(headingWidth, nullptr);
-    if (headingWidth != 0) {
-      cornerText[0] = table->CornerText();
-    }
+    cornerText[0] = table->CornerText();
   }
   return found;
 }
 
 void OmDisplayRowHeading::Data::GetRowNodes(unsigned long long place, Labels& out) const {
-  ForEachPath(place, [&](unsigned long k, Path* path) {
-    AppendLabels(path, levelsPerDim[k], dimNamesInCorner, out);
-  });
+  for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
+    AppendLabels(PathAt(place, k), levelsPerDim[k], dimNamesInCorner, out);
+  }
 }
 
 void OmDisplayRowHeading::Data::GetRowNodeCategories(unsigned long long place, Labels& out) const {
-  ForEachPath(place, [&](unsigned long, Path* path) {
+  for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
+    Path* const path = PathAt(place, k);
     out.push_back(path != nullptr ? path->begin() : nullptr);
-  });
+  }
 }
 
 // Returns the place of row `r`, or where no row is listed under that number, the number itself.
@@ -151,24 +139,21 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
   Labels column(static_cast<unsigned long>(placeCount));
   auto level = static_cast<unsigned int>(c);
   unsigned long k = 0;
-  while (k != levelsPerDim.size() && level >= levelsPerDim[k]) {
-    level -= levelsPerDim[k++];
+  for (; k != levelsPerDim.size() && level >= levelsPerDim[k]; ++k) {
+    level -= levelsPerDim[k];
   }
   OmDimHeader* const header =
       k != levelsPerDim.size() ? Layer().Header(placeCalculator.Dimensions()[k]) : nullptr;
   if (header == nullptr) {
     return column;
   }
-  std::vector<ConstNode*> labels(header->nodePaths.size()), shown;  // by digit; of one path
-  for (unsigned long p = 0; p != labels.size(); ++p) {
-    shown.clear();
-    AppendLabels(&header->nodePaths[p], level + 1, dimNamesInCorner, shown);
-    labels[p] = shown.back();
+  std::vector<ConstNode*> labels;  // by digit
+  for (Path& path : header->nodePaths) {
+    labels.push_back(CategoryDisplay(&path, level + 1, dimNamesInCorner).back());
   }
   // Rows without gaps need no division: each label is that of `run` rows, and they take turns.
   const PlaceDigits& digits = placeCalculator.Single();
   const bool gaps = skipEmpty || !digits.Fits();
-  const unsigned int base = placeCalculator.Base().Bases()[k];
   const unsigned long long run = digits.Weight(k);
   unsigned int digit = 0;
   unsigned long long r = 0, left = run;
@@ -177,7 +162,7 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
       digit = digits.Digit(skipEmpty ? nonEmptyPlaces[r++] : r++, k);
     } else if (left-- == 0) {
       left = run - 1;
-      digit = digit + 1 == base ? 0 : digit + 1;
+      digit = (digit + 1) % placeCalculator.Base().Bases()[k];
     }
     label = digit < labels.size() ? labels[digit] : nullptr;
   }
@@ -205,16 +190,19 @@ int OmDisplayRowHeading::Data::DimensionIndex(int k) {
 
 void OmDisplayRowHeading::Data::DimCatNodes(int r, std::vector<ConstNode*>& dimNodes,
                                             std::vector<ConstNode*>& catNodes) const {
-  ForEachPath(PlaceOf(r), [&](unsigned long, Path* path) {
+  for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
+    Path* const path = PathAt(PlaceOf(r), k);
     if (path != nullptr && path->size() > 1) {
       dimNodes.push_back(&path->back());
       catNodes.push_back(path->begin());
     }
-  });
+  }
 }
 
 void OmDisplayRowHeading::Data::DimAllNodes(int r, std::vector<ConstNode*>& out) const {
-  ForEachPath(PlaceOf(r), [&](unsigned long, Path* path) { LayerData::AppendNodes(path, out); });
+  for (unsigned long k = 0; k != levelsPerDim.size(); ++k) {
+    LayerData::AppendNodes(PathAt(PlaceOf(r), k), out);
+  }
 }
 
 const std::vector<unsigned long long>& OmDisplayRowHeading::Data::Places() {
@@ -224,8 +212,6 @@ const std::vector<unsigned long long>& OmDisplayRowHeading::Data::Places() {
   }
   return nonEmptyPlaces;
 }
-
-// --- The heading --------------------------------------------------------------------------------
 
 OmDisplayRowHeading::OmDisplayRowHeading(OmDisplayLayerHeading& layer, bool skipEmpty,
                                          bool dimNamesInCorner)

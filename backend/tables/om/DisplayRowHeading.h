@@ -2,8 +2,8 @@
 // how many columns of labels they need, the nodes whose labels stand there, and the corner above
 // them.
 //
-// Building one costs a walk over the stored cells with skipEmpty, and little without. Rows are put
-// together when they are asked for. A whole column of labels is far cheaper than every row.
+// Building one costs a walk over the stored cells with skipEmpty, and little without. A column of
+// labels at once costs far less than every row.
 
 #ifndef BACKEND_TABLES_OM_DISPLAYROWHEADING_H
 #define BACKEND_TABLES_OM_DISPLAYROWHEADING_H
@@ -18,17 +18,15 @@
 class OmCellText;
 
 // Built from a layer heading, which has to outlive it. Which rows there are is settled when it is
-// built: it does not follow later layer switches. How wide labels are goes by what was hidden when
-// the layer heading was built. What is hidden is asked when labels are. With skipEmpty only rows
-// that hold a cell are numbered: in the layer of the last successful switch where the table is
-// dense, in any layer where it is sparse (IsSparse), on purpose.
+// built, and how wide labels are when the layer heading is built; what is hidden is read with the
+// labels. With skipEmpty only rows that hold a cell are numbered: in the layer of the last
+// successful switch if the table is dense, in any layer if it is sparse (IsSparse), on purpose.
 //
 // The dimension that the table's axis lists first varies fastest, so axis dimension 0 of the
 // heading is the outermost, the axis's last. Each takes VisibleWidth() columns of labels, side by
 // side. A row number is never negative, and with skipEmpty below NRows(). Without skipEmpty a
-// number past the last row is taken as a place: no category of the outermost dimension stands
-// there, nor one of a dimension that has none, so that their labels are null and their subscripts
-// stay.
+// number past the last row is read as a place that has no category of the outermost dimension, nor
+// of an empty one: labels there are null, and subscripts stay.
 class OM_API OmDisplayRowHeading {
  public:
   using ConstNode = OmDisplayLayerHeading::ConstNode;

@@ -1,4 +1,4 @@
-// The private record of a row heading, which serves the column heading too. It is not installed.
+// The private record of a heading over any axis, described in terms of rows. It is not installed.
 
 #ifndef BACKEND_TABLES_OM_DISPLAYROWHEADINGDATA_H
 #define BACKEND_TABLES_OM_DISPLAYROWHEADINGDATA_H
@@ -10,7 +10,6 @@
 #include "backend/tables/om/DisplayLayerHeadingData.h"
 #include "backend/tables/om/DisplayRowHeading.h"
 
-// A heading over any axis, told in terms of rows.
 struct OmDisplayRowHeading::Data {
   using LayerData = OmDisplayLayerHeading::Data;
   using Path = LayerData::Path;
@@ -23,7 +22,7 @@ struct OmDisplayRowHeading::Data {
   void FindVisibleLevels();
   // Returns the path of each axis dimension's category, null where no leaf stands.
   [[nodiscard]] std::vector<const Path*> FindNodes(unsigned long long place) const;
-  // Tells whether a dimension's name was placed in the corner.
+  // Returns whether a dimension's name was placed in the corner.
   bool CollectCornerLabels();
   // Appends the labels of the categories at a place, levelsPerDim of each axis dimension.
   void GetRowNodes(unsigned long long place, Labels& out) const;
@@ -32,6 +31,10 @@ struct OmDisplayRowHeading::Data {
 
   // What the row and the column heading offer alike.
   [[nodiscard]] LayerData& Layer() const noexcept { return *layerHeading->data; }
+  // Returns the path of the category of axis dimension `k`, or null where no leaf stands.
+  [[nodiscard]] Path* PathAt(unsigned long long place, unsigned long k) const {
+    return Layer().PathAt(place, placeCalculator, k);
+  }
   [[nodiscard]] unsigned long long PlaceOf(int r) const;
   [[nodiscard]] unsigned long long ListedPlaceOf(int r) const;
   [[nodiscard]] Labels Column(int c) const;
@@ -54,11 +57,6 @@ struct OmDisplayRowHeading::Data {
   std::vector<unsigned short> levelsPerDim;        // heading columns of each axis dimension
   unsigned long long placeCount = 0;               // rows
   unsigned int headingWidth = 0;                   // sum of levelsPerDim
-
- private:
-  // Calls `visit(k, path)` for every axis dimension; a path is null where no leaf stands.
-  template <typename Visit>
-  void ForEachPath(unsigned long long place, Visit visit) const;
 };
 
 #endif

@@ -183,6 +183,7 @@ inline OmCellText* StoreCell(OmPivotTable::Data& my, OmPointerVector& v, unsigne
                              const OmCellText& cell) {
   OmCellText* const copy = cell.Clone(&my.region);
   v.Put(s, copy);
+  ++my.storedCells;
   if (my.cellsGo && !OmCellStore::GoesWith(*copy, &my.region)) {
     my.cellsGo = false;
   }
@@ -201,6 +202,7 @@ void ReplaceCell(OmPivotTable::Data& my, OmPointerVector& v, unsigned long s,
     meta = std::make_unique<OmCellMetaData>(old->getMeta());
   }
   delete static_cast<OmCellText*>(v.Exchange(s, nullptr));
+  --my.storedCells;
   if (cell != nullptr) {
     OmCellText* const copy = StoreCell(my, v, s, *cell);
     if (meta != nullptr) {
@@ -255,8 +257,8 @@ bool OmPivotTable::Cell(const std::vector<int>& subscripts, const OmCellText& ce
   return Cell(subscripts, &cell);
 }
 
-void OmPivotTable::Check(const std::vector<int>& subscripts) const {
-  CheckSubscripts(subscripts, _my->_dimensions.size());
+void OmPivotTable::Refuse(const std::vector<int>& subscripts) const {
+  RefuseSubscripts(subscripts, _my->_dimensions.size());
 }
 
 void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
@@ -268,7 +270,7 @@ void OmPivotTable::deleteCell(const std::vector<int>& subscripts) {
 #endif
   if (subscripts.size() == _my->_dimensions.size() && !subscripts.empty()) {
     _my->Changed();
-    OmCellStore::Delete(_my->root, subscripts);
+    _my->storedCells -= OmCellStore::Delete(_my->root, subscripts) ? 1 : 0;
   }
 }
 
@@ -314,6 +316,10 @@ const OmCellText* OmPivotTable::NextCell(std::vector<int>& subscripts) const {
 
 int OmPivotTable::getNumCells() const noexcept {
   return _my->numCells;
+}
+
+unsigned long OmPivotTable::StoredCells() const noexcept {
+  return _my->storedCells;
 }
 
 // --- Area formats -------------------------------------------------------------------------------

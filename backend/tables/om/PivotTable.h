@@ -12,6 +12,7 @@
 #ifndef BACKEND_TABLES_OM_PIVOTTABLE_H
 #define BACKEND_TABLES_OM_PIVOTTABLE_H
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -131,6 +132,8 @@ class OM_API OmPivotTable : public OmOutputPart {
   void deleteCell(const std::vector<int>& subscripts);
   // Returns the number of calls of the setter, whatever became of them; not the number of cells.
   [[nodiscard]] int getNumCells() const noexcept;
+  // Returns how many cells are stored.
+  [[nodiscard]] unsigned long StoredCells() const noexcept;
 
   // Returns an iterator at the first cell (CellIterator.h).
   [[nodiscard]] Iterator FirstCell();
@@ -280,24 +283,28 @@ class OM_API OmPivotTable : public OmOutputPart {
     PointerVector* root = nullptr;  // of the cell store; null until a cell is set
   };
   [[nodiscard]] OmCellText* FindCell(const std::vector<int>& subscripts) const;
-  // Throws OMSException if `subscripts` are not as many as the dimensions, or one is negative.
-  void Check(const std::vector<int>& subscripts) const;
+  // Throws OMSException about the number of `subscripts`, or else about a negative one. Noreturn,
+  // so that loops over reads spill no registers.
+  [[noreturn]] void Refuse(const std::vector<int>& subscripts) const;
 
   Data* _my;
   const Cells* cells;  // a part of _my
 };
 
 inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) const {
+  const int* const first = subscripts.data();
+  const int* s = first + subscripts.size();
   if (subscripts.size() != cells->_dimensions.size()) {
-    Check(subscripts);
+    Refuse(subscripts);
   }
   void* element = cells->root;
-  for (auto s = subscripts.end(); s != subscripts.begin() && element != nullptr;) {
+  while (element != nullptr && s != first) {
     element = static_cast<const PointerVector*>(element)->At(*--s);
   }
-  if (element == nullptr) {
-    // On the way to a cell no subscript is negative.
-    Check(subscripts);
+  // On the way to a cell no subscript is negative.
+  if (element == nullptr &&
+      std::any_of(first, first + subscripts.size(), [](int i) { return i < 0; })) {
+    Refuse(subscripts);
   }
   return static_cast<OmCellText*>(element);
 }

@@ -174,7 +174,8 @@ struct OmPivotTable::Data : OmPivotTable::Cells {
   int lang = 0;
   int variableMode = 0;
   int valueMode = 0;
-  int numCells = 0;  // calls of the cell setter
+  int numCells = 0;               // calls of the cell setter
+  unsigned long storedCells = 0;  // what the store holds
   int startColor = -1;
   int endColor = -1;
   std::map<FormatArea::Area, FormatArea*> areaFormats;  // owned, some null

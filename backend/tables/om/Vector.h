@@ -20,10 +20,6 @@
 #include "backend/tables/om/Assert.h"
 #include "platform/memory/MemoryRegion.h"
 
-inline OmMemoryRegion* OmMemoryRegion::SelectHeap(OmMemoryRegion* region) noexcept {
-  return region != nullptr ? region : DefaultHeap();
-}
-
 // The base of objects that are created inside a region with `new (region) T(...)`. A null region
 // means the default heap. `delete` returns the object to wherever it came from.
 class OmRegionManaged {
