@@ -164,6 +164,8 @@ class Source:
     def unary(self, cursor, children, function):
         operand = children[0]
         tokens = [t for t in cursor.get_tokens() if t.kind == TokenKind.PUNCTUATION]
+        if not tokens:
+            return  # what a macro's name is replaced by
         prefix = operand.extent.start.offset > cursor.extent.start.offset
         op = tokens[0] if prefix else tokens[-1]
         if op.spelling == "!":
