@@ -1,5 +1,5 @@
 // What is wrong with tables, dimensions and documents: one contradiction at a time in tables that
-// have none, and what is shown where none is found.
+// have none, and all at once.
 
 #include "backend/tables/om/Contradictions.h"
 
@@ -395,63 +395,6 @@ TEST(Contradictions, AreFoundInDeepDimensions) {
   }
   dimension.AddNewChild(at, kText, 1, false);
   EXPECT_EQ(KindsOf(Contradictions(dimension)), Kinds({kSubscriptBeyondSize, kSubscriptGap}));
-}
-
-// Where no finding says that something is shown wrongly, every cell that leaves address is shown,
-// and without skipping empty places every combination of leaves once.
-class ShownModel {
- public:
-  explicit ShownModel(Choices& random_) : random(random_) {}
-
-  void Step() {
-    OmPivotTable table(kText, kText, false);
-    layout_model::LayoutPlay(random).Fill(table);
-    const std::vector<Finding> findings = Contradictions(table);
-    if (std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
-          return finding.weight == Finding::Weight::kShownWrongly;
-        })) {
-      return;
-    }
-    ++right;
-    const layout_model::LayoutModel model(table);
-    for (const bool skipEmpty : {false, true}) {
-      std::multiset<std::vector<int>> shown;
-      OmDisplayLayerHeading layers(table, skipEmpty);
-      while (layers.NextLayer()) {
-        const OmDisplayRowHeading rows(layers, skipEmpty, true);
-        const OmDisplayColumnHeading columns(layers, skipEmpty);
-        for (unsigned int i = 0; i != rows.NRows() * columns.NColumns(); ++i) {
-          std::vector<int> at;
-          layers.Fill(at);
-          rows.Fill(at, static_cast<int>(i / columns.NColumns()));
-          columns.Fill(at, static_cast<int>(i % columns.NColumns()));
-          shown.insert(at);
-        }
-      }
-      unsigned long combinations = 1;
-      for (const auto& leaves : model.leaves) {
-        combinations *= leaves.size();
-      }
-      if (!skipEmpty) {
-        ASSERT_EQ(shown.size(), combinations);
-        ASSERT_EQ(std::set(shown.begin(), shown.end()).size(), combinations);
-      }
-      for (std::vector<int> cell; table.NextCell(cell) != nullptr;) {
-        ASSERT_EQ(shown.contains(cell), IsAddressed(model, cell));
-      }
-    }
-  }
-  void End() {}
-
-  static inline int right = 0;
-
- private:
-  Choices& random;
-};
-
-TEST(Contradictions, AbsentShowEveryCell) {
-  Play<ShownModel>(2000, 1);
-  EXPECT_GT(ShownModel::right, 20);
 }
 
 }  // namespace
