@@ -19,7 +19,7 @@ struct CellNumber {
   bool labelled;  // the text is a label in place of the number
 };
 
-// Returns the number of an OmNumber or an OmNumDataValue, and none for any other kind of text.
+// Returns the number of an OmNumber or an OmNumDataValue, or nothing for any other kind of text.
 [[nodiscard]] OM_DISPLAY_API std::optional<CellNumber> NumberOf(const OmCellText& cell);
 
 }  // namespace om

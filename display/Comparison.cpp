@@ -39,7 +39,7 @@ std::string Join(const Texts& texts, const char* between) {
   return joined;
 }
 
-// What a text says of its footnotes: their own markers and their texts.
+// Returns the footnotes that a text refers to: their own markers and their texts.
 std::string FootnotesOf(const OmPivotTable& table, const OmCellText* text) {
   Texts notes;
   if (text != nullptr && text->hasMeta()) {
@@ -55,7 +55,7 @@ std::string FootnotesOf(const OmPivotTable& table, const OmCellText* text) {
   return Join(notes, "; ");
 }
 
-// Returns the fields of a format as text, each behind its name.
+// Returns the fields of a format as texts, each with its name.
 std::vector<std::pair<const char*, std::string>> FieldsOf(const AreaFormat& format) {
   const auto number = [](auto value) { return std::to_string(static_cast<int>(value)); };
   return {{"font", format.fontName},
@@ -73,9 +73,10 @@ std::vector<std::pair<const char*, std::string>> FieldsOf(const AreaFormat& form
           {"decimal offset", number(format.decimalOffset)}};
 }
 
-// Returns the members of a sequence that a longest ascending selection of it leaves out.
+// Returns the positions that are not part of a longest increasing subsequence.
 std::vector<unsigned long> OutOfOrder(const std::vector<unsigned int>& sequence) {
-  std::vector<unsigned long> ends;  // of ascending selections of length 1, 2, …: the least ends
+  std::vector<unsigned long> ends;  // last positions of increasing subsequences of length 1, 2, …
+                                    // with the smallest last values
   std::vector<unsigned long> before(sequence.size(), ~0UL);
   for (unsigned long i = 0; i != sequence.size(); ++i) {
     const auto at = std::lower_bound(
@@ -101,7 +102,7 @@ std::vector<unsigned long> OutOfOrder(const std::vector<unsigned int>& sequence)
   return out;
 }
 
-// Where a dimension stands, for readers and for comparison.
+// Where a dimension is, as a text for readers and for the comparison.
 struct Position {
   const ShownAxis::Dimension* dimension = nullptr;
   std::string name;
@@ -128,7 +129,7 @@ struct Side {
         position.name = TextOf(root.Text());
         position.place = std::string(axisName) + " " + std::to_string(number) +
                          (root.Hide() ? ", name hidden" : "");
-        // Dimensions of one name are told apart by their order.
+        // Dimensions with the same name are distinguished by their order.
         position.name.append(static_cast<unsigned long>(seen[position.name]++), '\'');
       }
     }
@@ -146,10 +147,11 @@ struct Side {
   std::vector<Position> positions;  // outermost layer dimension first, then rows and columns
 };
 
-// A dimension that both tables show, and what its categories correspond to.
+// A dimension that both tables show, and which of its categories correspond.
 struct Match {
   const Position* sides[2];
-  std::vector<unsigned int> other[2];  // by category of one side, that of the other, or kNone
+  std::vector<unsigned int>
+      other[2];  // for each category of a side, that of the other side, or kNone
 };
 
 class Comparer {
@@ -259,7 +261,7 @@ class Comparer {
   }
 
   void CompareCategories(Match& match) {
-    // Categories of the same labels are told apart by their order.
+    // Categories with the same labels are distinguished by their order.
     std::map<std::pair<Texts, int>, unsigned int> known;
     std::map<Texts, int> seen;
     for (int s = 1; s >= 0; --s) {
@@ -351,8 +353,8 @@ class Comparer {
     return match.sides[s]->dimension->shown.Leaves();
   }
 
-  // Compares the cells of one side with those of the other; from the second side only those that
-  // the first has not.
+  // Compares the cells of one side with those of the other. Of the second side, only the cells that
+  // the first side does not have.
   void CompareCells(int s) {
     CellSites sites(sides[s].model);
     std::vector<int> others(sides[1 - s].model.deciding.size());
@@ -438,7 +440,7 @@ class Comparer {
   static bool SameFormat(const Qualtex_Format& a, const Qualtex_Format& b) {
     return a.Type() == b.Type() && a.Decimals() == b.Decimals();
   }
-  // Numbers that were given no format are formatted alike, though the decimals that they show
+  // Two numbers constructed without a format count as formatted alike, although their decimals
   // depend on the number.
   static bool AreFormattedAlike(const CellNumber& a, const CellNumber& b) {
     return SameFormat(a.format, b.format) || (SameFormat(a.format, OmNumber(a.value).Format()) &&

@@ -12,7 +12,7 @@ namespace om {
 
 namespace {
 
-// Mixes numbers and texts into one number, in their order.
+// A hash of a sequence of numbers and texts.
 class Mixer {
  public:
   void Add(std::uint64_t value) noexcept {
@@ -49,7 +49,7 @@ class Mixer {
 
 void AddDimension(Mixer& mixer, const OmDimension& dimension) {
   mixer.Add(dimension.NumCategories());
-  // The records whose children are left to visit, each with the next one.
+  // The path from the root: records, each with the index of its next child.
   std::vector<std::pair<ConstNode, unsigned int>> way;
   const auto enter = [&](const ConstNode& node) {
     mixer.Add(static_cast<const void*>(node.record));

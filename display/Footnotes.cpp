@@ -31,7 +31,8 @@ struct FirstUse {
 
 }  // namespace
 
-// Meets the footnotes of a view in the order of reading.
+// Collects the footnotes of a view in reading order. To meet a text is to collect the footnotes
+// that it refers to and that were not met before.
 class VisibleFootnotes::Collector {
  public:
   Collector(const TableView& view_, MarkerStyle style_)
@@ -58,7 +59,7 @@ class VisibleFootnotes::Collector {
       Meet(label.text);
     }
   }
-  // Meets what names the layer of a view, and the corner.
+  // Meets the labels of the current layer of a view, and the corner.
   void MeetLayer(const TableView& at) {
     for (const LayerCategory& category : at.LayerLabels()) {
       for (const ConstNode& node : category.labels) {
@@ -69,7 +70,7 @@ class VisibleFootnotes::Collector {
       Meet(label.text);
     }
   }
-  // Meets the labels of the whole layer at which a view stands.
+  // Meets all row and column labels of the current layer of a view.
   void MeetHeads(const TableView& at) {
     std::vector<Label> labels = TableView::Data::Columns(at).FirstLabels();
     std::stable_sort(labels.begin(), labels.end(), [](const Label& a, const Label& b) {
@@ -82,7 +83,8 @@ class VisibleFootnotes::Collector {
     });
     MeetLabels(labels);
   }
-  // Finds where the cells refer to each footnote first, in all layers or in one, which is a site.
+  // Finds the first cell that refers to each footnote, in all layers or only in the one at site
+  // `layer`.
   void FindUses(bool allLayers, Site layer);
   // Meets the cells of a layer.
   void MeetCells(Site layer) {
@@ -111,8 +113,8 @@ class VisibleFootnotes::Collector {
 
   std::vector<bool> met;
   unsigned long open = 0;
-  std::vector<FirstUse> uses;  // in the order of reading
-  unsigned long next = 0;      // of these
+  std::vector<FirstUse> uses;  // in reading order
+  unsigned long next = 0;      // position in `uses`
 };
 
 void VisibleFootnotes::Collector::FindUses(bool allLayers, Site layer) {

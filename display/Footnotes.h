@@ -31,14 +31,14 @@ struct VisibleFootnote {
   bool own = false;                  // the marker is the footnote's own
 };
 
-// Markers are given in the order in which a reader meets them: title, labels of the layer, corner,
-// column labels, row labels, cells row by row, caption. A footnote keeps a marker of its own, and
-// what is made for the others differs from all of those; what nobody meets is left out, and so is a
-// footnote without a text. Where markers should be the same in all windows or layers, they are
-// taken from the wider scope.
+// Markers are assigned in reading order: title, labels of the layer, corner, column labels, row
+// labels, cells row by row, caption. A footnote with a marker of its own keeps it, and the
+// generated markers differ from all of those. A footnote that no shown text refers to, or that has
+// no text, is left out. For markers that are the same in all windows of a layer, or in all layers,
+// use the object of the layer, or OfAllLayers.
 //
-// A plain value: it keeps the footnotes as they were when it was made. The texts are those of the
-// table, which has to outlive it. It may be copied.
+// A copyable value with the footnotes as they were when it was constructed. The texts belong to the
+// table, which has to outlive it.
 class OM_DISPLAY_API VisibleFootnotes {
  public:
   // Of the current layer. Costs a walk over the stored cells and the labels.
@@ -49,10 +49,10 @@ class OM_DISPLAY_API VisibleFootnotes {
   // Of all layers, each in turn between the title and the caption.
   [[nodiscard]] static VisibleFootnotes OfAllLayers(const TableView& view, MarkerStyle style);
 
-  // Returns the footnotes in use, in the order in which a reader meets them.
+  // Returns the footnotes in use, in reading order.
   [[nodiscard]] const std::vector<VisibleFootnote>& List() const noexcept { return list; }
   // Returns the footnotes of a text as positions in the list, in the order in which the text refers
-  // to them and without repeats; those that are not in the list are left out.
+  // to them and without duplicates. Those that are not in the list are left out.
   [[nodiscard]] std::vector<unsigned int> Of(const OmCellText& text) const;
   [[nodiscard]] std::vector<std::string> Markers(const OmCellText& text) const;
 
@@ -64,7 +64,7 @@ class OM_DISPLAY_API VisibleFootnotes {
   OM_PRIVATE explicit VisibleFootnotes(Collector&& collector);
 
   std::vector<VisibleFootnote> list;
-  std::vector<int> positions;  // in the list, by index; -1 where a footnote is not in use
+  std::vector<int> positions;  // in the list, by index; -1 if a footnote is not in use
 };
 
 }  // namespace om

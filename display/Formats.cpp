@@ -14,7 +14,7 @@ namespace om {
 
 namespace {
 
-// Returns the value of an enumeration whose integers run from 0 to `last`.
+// Returns the enumerator of an integer from 0 to `last`, kUnset for any other.
 template <typename Enumeration>
 Enumeration Named(int value, Enumeration last) {
   return value >= 0 && value <= static_cast<int>(last) ? static_cast<Enumeration>(value)
@@ -32,8 +32,8 @@ void Put(std::string& to, const std::string& value) {
   }
 }
 
-// Puts what an area sets over `format`. Margins have no value that says that nobody set them: those
-// of the innermost area that has a format count.
+// Overrides `format` by what an area sets. Margins have no value for "not set", so those of the
+// innermost area with a format are used.
 void PutArea(AreaFormat& format, const FormatArea& area) {
   Put(format.fontName, area.getFontName());
   if (area.getFontSize() > 0) {
@@ -57,7 +57,7 @@ std::string ColorText(int color) {
   return text;
 }
 
-// Returns the style with that number, or null where there is none.
+// Returns the style with that number, or null if there is none.
 const OmCellProperties* StyleAt(const OmPivotTable& table, int number) {
   const std::vector<OmCellProperties>& styles = table.getCellStyles();
   const auto i = static_cast<unsigned long>(number);
@@ -80,7 +80,7 @@ TableFormats::TableFormats(const OmPivotTable& table_, const AreaMap& areas) : t
     if (i == 0) {
       whole = format;
     }
-    // An area that says nothing of other rows follows the whole table, too.
+    // An area without alternate colours has those of the whole table.
     const FormatArea* rows = area != nullptr && area->getUseAltRowColors() ? area : wholeArea;
     const bool followsRows = i == static_cast<unsigned long>(TableArea::kRowLabels) ||
                              i == static_cast<unsigned long>(TableArea::kData);
@@ -161,7 +161,7 @@ AreaFormat Styled(const AreaFormat& format, const OmCellProperties* style) {
   if (style->backgroundColor != OmCellProperties::kNoColor) {
     styled.backgroundColor = ColorText(style->backgroundColor);
   }
-  // Both count from a value that is not set.
+  // The enumerations of OmCellProperties start with kUnset as 0, those here as -1.
   Put(styled.horizontal, static_cast<Horizontal>(static_cast<int>(style->horizontal) - 1));
   Put(styled.vertical, static_cast<Vertical>(static_cast<int>(style->vertical) - 1));
   styled.decimalOffset = style->decimalOffset >= 0 ? style->decimalOffset : styled.decimalOffset;

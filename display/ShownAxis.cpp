@@ -98,7 +98,7 @@ AxisInLayer::AxisInLayer(const ShownAxis& axis_) : axis(&axis_), places(axis_.Si
   SetFirstLevels();
 }
 
-// The levels are those of the categories that the layer shows.
+// Only the categories that the layer shows determine the number of levels.
 AxisInLayer::AxisInLayer(const ShownAxis& axis_, const Site* listed, Place count)
     : axis(&axis_), list(listed), places(count) {
   const std::vector<ShownAxis::Dimension>& dimensions = axis->Dimensions();
@@ -123,7 +123,8 @@ void AxisInLayer::SetFirstLevels() {
   }
 }
 
-// Goes over the places of a range and appends the labels that begin there.
+// Walks over the places of a range and appends each label at the first place of the range that it
+// covers.
 class AxisInLayer::Reader {
  public:
   Reader(const AxisInLayer& my_, PlaceRange range_, std::vector<Label>& out_)
@@ -157,16 +158,17 @@ class AxisInLayer::Reader {
   using LabelNode = ShownDimension::LabelNode;
   static constexpr unsigned int kNone = ShownDimension::kNone;
 
-  // Appends the labels of dimension `k`, outermost first, but for those that reach back to the
-  // place before, which has category `beforeLeaf` with the innermost label `beforeLabel`. Adds the
-  // dimension's digit to `base`, the first site with the same outer categories.
+  // Appends the labels of dimension `k`, outermost first, except those that also cover the place
+  // before. That place has category `beforeLeaf` with the innermost label `beforeLabel`; both are
+  // kNone if no label can cover both places. Adds the dimension's digit to `base`, the first site
+  // with the same outer categories.
   void ReadDimension(unsigned long k, unsigned int beforeLabel, unsigned int beforeLeaf) {
     const ShownDimension& shown = dimensions[k].shown;
     const std::vector<LabelNode>& labels = shown.Labels();
     chain.clear();
     for (unsigned int i = shown.Leaves()[digits[k]].label; i != kNone; i = labels[i].parent) {
       if (beforeLeaf != kNone && labels[i].first <= beforeLeaf) {
-        break;  // and all that is around it
+        break;  // and so do all labels around it
       }
       chain.push_back(i);
     }
@@ -219,7 +221,8 @@ class AxisInLayer::Reader {
     label.behind = extent.last > range.last;
   }
 
-  // Returns the place of the first site at or behind `at`, looking from place `from` outwards.
+  // Returns the place of the first site at or behind `at`. Searches from place `from` in both
+  // directions with doubled steps.
   [[nodiscard]] Place PlaceFrom(Site at, Place from) const {
     if (my.list == nullptr) {
       return at;
@@ -263,7 +266,7 @@ class AxisInLayer::Reader {
     return true;
   }
 
-  // Returns whether the label around a blank reaches over it.
+  // Returns whether the label around a blank covers it.
   [[nodiscard]] bool IsReached(unsigned long k, const LabelNode& blank) const {
     if (blank.parent == kNone) {
       return false;
@@ -273,7 +276,7 @@ class AxisInLayer::Reader {
            (my.list != nullptr && IsBare(k, blank.parent, ExtentOf(k, around)));
   }
 
-  // Joins a blank with those beside it that nothing shown separates.
+  // Extends a blank over neighbouring blanks of the same label if no shown label is between them.
   void Widen(unsigned long k, const LabelNode& blank, PlaceRange& extent) const {
     const Site inner = dimensions[k].inner;
     const Site all = dimensions[k].shown.Leaves().size() * inner;
@@ -315,7 +318,7 @@ std::vector<Label> AxisInLayer::FirstLabels() const {
       labels.clear();
       Labels({first, std::min(places, first + kAtOnce)}, labels);
       for (const Label& label : labels) {
-        // Most texts refer to nothing.
+        // Most texts have no metadata, and so no footnotes.
         if (label.text != nullptr && label.text->hasMeta()) {
           found.push_back(label);
         }

@@ -1,5 +1,5 @@
 // One axis as a view shows it: the combinations of its dimensions' categories in mixed radix, and
-// what of it one layer shows, with the labels.
+// the part of it that one layer shows, with the labels.
 
 #ifndef DISPLAY_SHOWNAXISDATA_H
 #define DISPLAY_SHOWNAXISDATA_H
@@ -14,8 +14,8 @@ class OmPivotTable;
 
 namespace om {
 
-// A *site* numbers a combination of categories that are shown, the innermost dimension's varying
-// fastest; a *place* counts those sites that a layer shows.
+// A *site* is the number of a combination of shown categories; the innermost dimension varies
+// fastest. A *place* is the number of a site among the sites that a layer shows.
 using Site = unsigned long long;
 using Digits = std::vector<unsigned int>;
 
@@ -24,7 +24,7 @@ class ShownAxis {
   struct Dimension {
     int index;  // in the table
     ShownDimension shown;
-    Site inner;  // sites for each category
+    Site inner;  // number of sites of each category
   };
 
   ShownAxis(const OmPivotTable& table, const PuppetVector<short>& axis, bool keepHidden,
@@ -34,8 +34,8 @@ class ShownAxis {
   [[nodiscard]] const std::vector<Dimension>& Dimensions() const noexcept { return dimensions; }
   [[nodiscard]] Site Sites() const noexcept { return sites; }
   void SetDigits(Site site, Digits& digits) const;
-  // Moves from `site` to a later one. Returns the outermost dimension whose digit changed, and
-  // gives what that was.
+  // Changes `digits` from those of `site` to those of the later site `to`. Returns the outermost
+  // dimension whose digit changed, and sets `old` to the previous value of that digit.
   [[nodiscard]] unsigned long Advance(Site site, Site to, Digits& digits, unsigned int& old) const;
   // Writes the subscripts of the categories.
   void Fill(const Digits& digits, std::vector<int>& subscripts) const;
@@ -54,20 +54,20 @@ class AxisInLayer {
   AxisInLayer() = default;
   // Shows all sites.
   explicit AxisInLayer(const ShownAxis& axis);
-  // Shows `count` sites, which are ascending and outlive this.
+  // Shows the `count` sites at `listed`, which must be ascending and outlive this object.
   AxisInLayer(const ShownAxis& axis, const Site* listed, Place count);
 
   [[nodiscard]] Place Places() const noexcept { return places; }
   [[nodiscard]] unsigned int Levels() const noexcept { return levels; }
-  // Returns the levels of a dimension, and the first of these.
+  // Return the number of label levels of a dimension, and the first of them.
   [[nodiscard]] unsigned int LevelsOf(unsigned long k) const { return dimensionLevels[k]; }
   [[nodiscard]] unsigned int FirstLevelOf(unsigned long k) const { return firstLevels[k]; }
   [[nodiscard]] const ShownAxis& Axis() const noexcept { return *axis; }
   [[nodiscard]] Site SiteAt(Place place) const { return list == nullptr ? place : list[place]; }
-  // Appends the labels that reach into the range, place by place.
+  // Appends the labels that cover a place of the range, place by place.
   void Labels(PlaceRange range, std::vector<Label>& out) const;
-  // Returns labels, no blanks, with at least the first one of every node that is shown; place by
-  // place, but of several dimensions in turn.
+  // Returns labels for a search of footnotes, without blanks: at least the first label of every
+  // shown node whose text has metadata. Their order is not defined.
   [[nodiscard]] std::vector<Label> FirstLabels() const;
 
  private:

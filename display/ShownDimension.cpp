@@ -5,7 +5,7 @@
 
 namespace om {
 
-// A node on the way down, and what it means for the labels below it.
+// A node of the path from the root, and its effect on the labels below it.
 struct ShownDimension::Step {
   ConstNode node;
   unsigned int next = 0;       // child
@@ -16,7 +16,7 @@ struct ShownDimension::Step {
 
 ShownDimension::ShownDimension(const OmDimension& dimension, bool keepHidden, Role role)
     : root(dimension.Root().record) {
-  // As in OmDimHeader, which is empty then, whatever the tree holds.
+  // If NumCategories() is 0, nothing is shown, whatever the tree contains, as in OmDimHeader.
   if (dimension.NumCategories() != 0) {
     Walk(dimension, keepHidden, role);
   }
@@ -36,8 +36,9 @@ ShownDimension::ShownDimension(const OmDimension& dimension, bool keepHidden, Ro
   Index();
 }
 
-// Walks the tree depth first. The way from the root is kept here, because trees may be deeper than
-// the stack; each node of it is settled once, so that depth costs nothing per leaf.
+// Walks the tree depth first. The path from the root is a vector, because trees may be deeper than
+// the stack. Each of its nodes is settled once, at its first leaf, so that depth costs nothing per
+// leaf.
 void ShownDimension::Walk(const OmDimension& dimension, bool keepHidden, Role role) {
   std::vector<Step> way(1);
   way[0].node = dimension.Root();
@@ -151,7 +152,7 @@ std::pair<unsigned int, unsigned int> ShownDimension::Find(int subscript) const 
   }
   const auto at = [this](unsigned long i) { return leaves[bySubscript[i]].subscript; };
   const unsigned long size = bySubscript.size();
-  // As a rule the subscripts are 0, 1, 2, …, each once.
+  // Usually the subscripts are 0, 1, 2, …, each once.
   auto first = static_cast<unsigned long>(subscript);
   if (first >= size || at(first) != subscript || (first != 0 && at(first - 1) == subscript)) {
     first = static_cast<unsigned long>(

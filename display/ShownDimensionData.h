@@ -1,5 +1,5 @@
 // One dimension as a view shows it: its categories in display order, and the labels over them as a
-// forest. A category takes 44 bytes, a group 32.
+// forest. A category needs 44 bytes, a group 32.
 
 #ifndef DISPLAY_SHOWNDIMENSIONDATA_H
 #define DISPLAY_SHOWNDIMENSIONDATA_H
@@ -22,19 +22,19 @@ class ShownDimension {
   enum class Role : unsigned char {
     kLayers,       // a hidden group that hides labels does not end them, as in the layer heading
     kHead,         // it does, as in the row and column headings
-    kCornerNamed,  // likewise, and the root is no label
+    kCornerNamed,  // it does, and the root is not a label
   };
 
-  // What stands between a label and the categories that it covers.
+  // Whether further labels are between a label and the categories that it covers.
   enum class Below : unsigned char {
-    kLabels,   // all of them have further labels
-    kSome,     // some have
-    kNothing,  // none has; the label may reach over all further levels
+    kLabels,   // for all of its categories
+    kSome,     // for some of them
+    kNothing,  // for none; the label may cover all further levels
   };
 
   struct Leaf {
     int subscript;
-    unsigned int label;  // the innermost one: its own, or the blank that it is in
+    unsigned int label;  // the innermost one: its own, or the blank that covers it
   };
 
   // A label, or a blank: a run of categories without labels of their own below one label.
@@ -43,7 +43,7 @@ class ShownDimension {
     unsigned int depth;    // of the record
     unsigned int parent;   // the label around this one, or kNone
     unsigned int first;    // of the categories that it covers
-    unsigned int last;     // behind the last one
+    unsigned int last;     // one past the last
     unsigned int level;
     Below below;
   };
@@ -63,19 +63,19 @@ class ShownDimension {
   [[nodiscard]] ConstNode Category(unsigned int leaf) const noexcept;
   // Returns the labels over a category, outermost first.
   [[nodiscard]] std::vector<ConstNode> LabelsOf(unsigned int leaf) const;
-  // Returns the categories that carry a subscript, as positions in BySubscript().
+  // Returns the categories with that subscript, as a range of positions in BySubscript().
   [[nodiscard]] std::pair<unsigned int, unsigned int> Find(int subscript) const noexcept;
   [[nodiscard]] const std::vector<unsigned int>& BySubscript() const noexcept {
     return bySubscript;
   }
-  // Returns whether a category that is left out carries a subscript.
+  // Returns whether a hidden category that is left out has that subscript.
   [[nodiscard]] bool IsHidden(int subscript) const noexcept;
   // Returns whether a category is without a subscript.
   [[nodiscard]] bool AnyWithout() const noexcept { return bySubscript.size() != leaves.size(); }
 
  private:
   struct Step;
-  // A category in a blank, which no label leads to.
+  // A category in a blank. Its record is in no LabelNode.
   struct Bare {
     unsigned int leaf;
     unsigned int depth;
@@ -91,7 +91,7 @@ class ShownDimension {
   std::vector<LabelNode> labels;
   std::vector<Bare> bare;                 // ordered by leaf
   std::vector<unsigned int> bySubscript;  // the leaves with a subscript, ordered by it
-  std::vector<int> hidden;                // subscripts that are left out, ordered
+  std::vector<int> hidden;                // subscripts of categories that are left out, ordered
   unsigned int levels = 0;
 };
 

@@ -193,7 +193,7 @@ void TableView::Renew() {
 
 void TableView::Renew(const ViewOptions& options) {
   auto fresh = std::make_unique<Data>(Table(), options);
-  // By its subscripts, because the nodes that the old model knows may be gone.
+  // By its subscripts, because the nodes of the old model may be destroyed.
   const std::vector<int>& stood = _my->subscripts;
   Location location;
   location.absence = Absence::kNoLeaf;

@@ -13,8 +13,8 @@ bool AnyNegative(const std::vector<int>& subscripts) {
   return std::any_of(subscripts.begin(), subscripts.end(), [](int s) { return s < 0; });
 }
 
-// Pairs of a layer and a row or column in it, each once. They may come any number of times; the
-// memory is that of twice the different ones.
+// A set of pairs of a layer and a row or column in it. A pair may be added any number of times:
+// memory is needed for at most twice as many pairs as are different, or for 2^16.
 class SitePairs {
  public:
   void Add(Site layer, Site site) {
@@ -27,7 +27,7 @@ class SitePairs {
     }
   }
 
-  // Gives the lists of the layers. With `layers` empty, sets these first.
+  // Moves the pairs to one list per layer. If `layers` is empty, fills it first.
   void MoveTo(std::vector<Site>& layers, FilledSites::Lists& lists) {
     Compact();
     if (layers.empty()) {
@@ -122,7 +122,7 @@ void ViewModel::FindFilled() {
       return;
     }
     for (const Site layer : at.Layers()) {
-      // The rows tell the layers, too.
+      // The rows also determine the list of layers, so they are added in any case.
       for (const Site row : at.Rows()) {
         inRows.Add(layer, options.skipEmptyRows ? row : 0);
       }
@@ -162,8 +162,8 @@ void ViewModel::WalkCells(
     }
     return;
   }
-  // The iterators are at their end at once where the first way down the store leads to nulls. There
-  // may be cells elsewhere, and nothing tells but to ask for each that could be shown.
+  // A null that was stored first ends the iterators at once, although there may be cells behind it.
+  // So every cell that could be shown is looked up.
   std::vector<int> subscripts(table->NDimensions(), 0);
   Digits digits;
   for (Site layer = 0; layer != layers.Sites(); ++layer) {

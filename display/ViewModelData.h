@@ -1,5 +1,5 @@
-// What a view found out about its table: the three axes, and which places hold cells. Views share
-// it and never change it.
+// What a view knows about its table: the three axes, and which places have cells. Copies of a view
+// share it and never change it.
 
 #ifndef DISPLAY_VIEWMODELDATA_H
 #define DISPLAY_VIEWMODELDATA_H
@@ -47,14 +47,15 @@ struct ViewModel {
   [[nodiscard]] AxisInLayer ColumnsOf(Site layer) const {
     return options.skipEmptyColumns ? Listed(columns, filled.columns, layer) : AxisInLayer(columns);
   }
-  // Returns the cell that the subscripts address, or null, also where one is negative.
+  // Returns the cell that the subscripts address, or null; null also if one is negative.
   [[nodiscard]] OmCellText* Cell(const std::vector<int>& subscripts) const;
   // Calls `visit` for every stored cell.
   void WalkCells(
       const std::function<void(const std::vector<int>& subscripts, OmCellText& cell)>& visit) const;
-  // Returns where some subscripts stand, by site; nothing is left out for being empty.
+  // Returns the place of some subscripts as sites, also in empty rows, columns and layers.
   [[nodiscard]] Location Locate(const std::vector<int>& subscripts, bool layersOnly) const;
-  // Replaces the sites of a location by numbers of what is shown, and says what is left out.
+  // Replaces the sites of a location by places. Sets its absence to kEmpty if one of them is left
+  // out.
   void Number(Location& location, bool layersOnly) const;
 
   OmPivotTable* table;
@@ -62,8 +63,8 @@ struct ViewModel {
   ShownAxis layers;
   ShownAxis rows;
   ShownAxis columns;
-  // By dimension of the table, where it decides about the subscript, which is the last of its
-  // entries in layers, rows and columns; null where it is on no axis.
+  // For each dimension of the table, the axis entry whose category determines the subscript: the
+  // last of its entries in layers, rows and columns. Null if it is on no axis.
   std::vector<const ShownAxis::Dimension*> deciding;
   bool anyWithout = false;  // whether a category is without a subscript
   FilledSites filled;
@@ -75,14 +76,15 @@ struct ViewModel {
                                    Site layer) const;
 };
 
-// Finds all places at which a stored cell is shown, whether or not they are left out for being
-// empty: more than one where several categories carry a subscript, and where a dimension is listed
-// again and the other entry decides.
+// Finds all sites at which a stored cell is shown, also those that are left out as empty. There are
+// several if several categories have the same subscript, and if the axes list a dimension again in
+// an entry that does not determine the subscript.
 class CellSites {
  public:
   explicit CellSites(const ViewModel& model_) : model(model_) {}
 
-  // Returns whether the cell is shown at all; every combination of the three lists shows it then.
+  // Returns whether the cell is shown at all. If so, it is shown at every combination of the three
+  // lists.
   bool Find(const std::vector<int>& subscripts);
   [[nodiscard]] const std::vector<Site>& Layers() const noexcept { return layers; }
   [[nodiscard]] const std::vector<Site>& Rows() const noexcept { return rows; }
@@ -99,14 +101,14 @@ class CellSites {
   std::vector<Site> more;
 };
 
-// Returns a number that changes with all that IsOutdated() sees.
+// Returns a hash of everything that IsOutdated() detects.
 [[nodiscard]] std::uint64_t Fingerprint(OmPivotTable& table);
 
 // A view: a model, and the current layer.
 struct TableView::Data {
   Data(OmPivotTable& table, const ViewOptions& options);
 
-  // Stands at the layer that the table stores, or else at the first, if there is any.
+  // Switches to the layer that the table stores, or else to the first, if there is any.
   void Start();
   void SwitchLayer(Place to);
   // Writes the cells of a part of the current layer, row by row.
@@ -126,7 +128,7 @@ struct TableView::Data {
   std::shared_ptr<const ViewModel> model;
   Place layer = 0;
   std::vector<int> subscripts;  // of the current layer's categories, 0 for the other dimensions
-  AxisInLayer rows;             // without places where there is no layer
+  AxisInLayer rows;             // without places if there is no layer
   AxisInLayer columns;
 };
 

@@ -13,14 +13,14 @@
 #if defined(OM_HARDENING) && OM_HARDENING
 // Defined by a library that was built with OM_HARDENING on.
 extern "C" OM_PLATFORM_API const char libomplatform_with_OM_HARDENING_on;
-// References it. Retained where linkers drop unused data.
+// References it; `retain` keeps the reference if the linker drops unused data.
 [[gnu::used, gnu::retain,
   gnu::visibility("hidden")]] inline const char* const kOmPlatformHardeningOn =
     &libomplatform_with_OM_HARDENING_on;
 #else
 // Defined by a library that was built with OM_HARDENING off.
 extern "C" OM_PLATFORM_API const char libomplatform_with_OM_HARDENING_off;
-// References it. Retained where linkers drop unused data.
+// References it; `retain` keeps the reference if the linker drops unused data.
 [[gnu::used, gnu::retain,
   gnu::visibility("hidden")]] inline const char* const kOmPlatformHardeningOff =
     &libomplatform_with_OM_HARDENING_off;

@@ -1,11 +1,10 @@
 """Prints how many lines and branches of the library proper were reached, and each place that was not, with its reason.
 
-usage: coverage_report.py JSON LCOV FILES     what llvm-cov exports in two formats; the library's list of files
+usage: coverage_report.py JSON LCOV FILES     two exports of llvm-cov; the library's list of files
 
 Lines and branches are those of the source, as the compiler counts them; instances of a template count together. The
-reasons stand in tests/coverage.toml. A reason covers its line and the missed ones that follow each other around it;
-they count as reached. The goals are all lines, 98 of 100 branches,
-and no reason without such a place.
+reasons are in tests/coverage.toml. A reason covers its line and the run of missed lines around it; these count as
+reached. The goals are all lines, 98 of 100 branches, and no reason without a missed place.
 """
 
 import collections
@@ -58,7 +57,7 @@ def main():
         return lines[number - 1].strip()
 
     def explained(file, numbers):
-        """Whether a waiver covers one of the lines; it is then used."""
+        """Returns whether a waiver covers one of the lines, and marks it as used."""
         matching = [w for w in waivers if file.endswith(w["file"])
                     and any(w["code"] in code_of(file, number) for number in numbers)]
         for waiver in matching:
@@ -70,7 +69,7 @@ def main():
                         ("branches", list(branch_counts(exported)))):
         ways = sorted(way for way in ways if way[0] in wanted)
         total = reached = sum(len(counts) for *_, counts in ways)
-        runs = []  # a file, the missed lines that follow each other, how often one was missed
+        runs = []  # a file, a run of missed lines, the number of misses
         for file, number, counts in ways:
             missed = counts.count(0)
             if not missed:
@@ -84,12 +83,12 @@ def main():
             known = explained(file, numbers)
             reached -= 0 if known else missed
             for number in dict.fromkeys(numbers):
-                print(f"{title:8} {'explained' if known else 'untried  '} {file}:{number}: {code_of(file, number)}")
+                print(f"{title:8} {'explained' if known else 'missed   '} {file}:{number}: {code_of(file, number)}")
         totals[title] = reached, total
 
     stale = [w for w in waivers if not w.get("used")]
     for waiver in stale:
-        print(f"waiver   without such a place: {waiver['file']}: {waiver['code']}")
+        print(f"waiver   without a missed place: {waiver['file']}: {waiver['code']}")
     for title, (reached, total) in totals.items():
         print(f"{title:8} {reached} of {total} ({100 * reached / total:.2f} %)")
     lines, branches = totals["lines"], totals["branches"]

@@ -12,7 +12,7 @@ import subprocess
 import sys
 
 # What can be asked of a class and is no property of it, what sets something for others, and containers.
-LEFT_OUT = re.compile(r"::(NDimensions|SizeVector|getNumCells|FirstCell|Print|Kind|setHelper|Region)\(|::Data::|^std::"
+LEFT_OUT = re.compile(r"::(NDimensions|SizeVector|getNumCells|StoredCells|FirstCell|Print|Kind|setHelper|Region)\(|::Data::|^std::"
                       r"|^Om(\w*Vector|VectorTreeData|Dimension|Composite)\b")
 MEMBER = re.compile(r"(?P<owner>.*)::(?P<name>\w+)\((?P<arguments>.*)\)(?P<constant> const)?$")
 

@@ -7,7 +7,7 @@
 
 #include "backend/tables/om/Assert.h"
 
-// Digit k goes to the k-th of its positions. Nothing here is checked in a release build.
+// Writes digit k at the k-th position. Nothing here is checked in a release build.
 class OmIndexProjector {
  public:
   // Has no positions.
@@ -16,8 +16,8 @@ class OmIndexProjector {
   // Replaces the positions.
   void Set(const std::vector<int>& positions_) { positions = positions_; }
 
-  // Writes digits[k] to out[positions[k]] for every k, and leaves the other entries. There have to
-  // be as many digits as positions, and every position has to be an index of `out`.
+  // Writes digits[k] to out[positions[k]] for every k, and leaves the other entries. There must be
+  // as many digits as positions, and every position must be an index of `out`.
   template <typename DigitVector, typename IndexVector>
   void Spread(const DigitVector& digits, IndexVector& out) const;
 

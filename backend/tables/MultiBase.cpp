@@ -29,7 +29,8 @@ std::vector<unsigned int> MultiBase::Digits(unsigned long long value) const {
     digits[i] = static_cast<unsigned int>(value % bases[i]);
     value /= bases[i];
   }
-  // Where the walk came to the first base, its digit takes all that is left, unreduced on purpose.
+  // If the loop reached the first base, its digit is the remaining quotient, not reduced, on
+  // purpose (see the header).
   digits[i] = static_cast<unsigned int>(value);
   return digits;
 }

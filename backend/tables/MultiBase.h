@@ -20,20 +20,20 @@ class OM_API MultiBase {
   [[nodiscard]] unsigned int Size() const noexcept;
   [[nodiscard]] std::vector<unsigned int> Bases() const;
 
-  // Returns the digits of a place. The first digit is never reduced, on purpose: a place at or
-  // beyond the product of the bases shows as a first digit at or beyond its base. A base of 0 that
-  // the division meets ends the process.
+  // Returns the digits of a place. The first digit is never reduced modulo its base, on purpose: by
+  // a first digit at or beyond its base om::TableView recognises a place that is too large.
+  // Dividing by a base of 0 ends the process.
   [[nodiscard]] std::vector<unsigned int> Digits(unsigned long long value) const;
-  // Returns the place of some digits, which are not held against their bases. Ends the process
-  // unless there is one digit a base, and at least one.
+  // Returns the place that has these digits. A digit is not checked against its base. Ends the
+  // process unless there are as many digits as bases, and at least one.
   [[nodiscard]] unsigned long long Value(const std::vector<unsigned int>& digits) const;
 
  private:
   std::vector<unsigned int> bases;
 };
 
-// Returns the product of the elements, 1 where there are none. An element is widened with its sign,
-// and an overflow wraps.
+// Returns the product of the elements, 1 if there are none. Each element is converted to 64 bits
+// with its sign; an overflow wraps.
 template <typename Container>
 unsigned long long Product(const Container& elements);
 

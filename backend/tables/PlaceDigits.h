@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <vector>
 
-// Gives the digits of MultiBase one at a time, without an allocation. It differs in one point: a
-// base of 0 counts as 1 here, and ends no process.
+// Returns single digits of the places of a MultiBase with the same bases, without an allocation.
+// One difference: a base of 0 counts as 1 here and does not end the process.
 class PlaceDigits {
  public:
   // Has no digits.
@@ -22,16 +22,16 @@ class PlaceDigits {
     }
   }
 
-  // Returns whether every place has a number, that is whether their count fits 64 bits.
+  // Returns whether the number of places fits 64 bits.
   [[nodiscard]] bool Fits() const noexcept { return fits; }
-  // Returns what digit `k` counts for in the number of a place, modulo 2 to the 64th.
+  // Returns the weight of digit `k`, the product of the bases behind it, modulo 2^64.
   [[nodiscard]] unsigned long long Weight(unsigned long k) const { return digits[k].weight; }
-  // Returns digit `k` of a place. The first one is not reduced: it is at or beyond its base where
-  // the place is beyond the last.
+  // Returns digit `k` of a place. The first digit is not reduced modulo its base: a place beyond
+  // the last one has a first digit at or beyond its base.
   [[nodiscard]] unsigned int Digit(unsigned long long place, unsigned long k) const {
     const One& digit = digits[k];
     if (!digit.fits) {
-      return 0;  // it counts for more than any number
+      return 0;  // its weight is larger than any place
     }
     const unsigned long long quotient = digit.weight == 1 ? place : place / digit.weight;
     return static_cast<unsigned int>(k == 0 ? quotient : quotient % digit.base);

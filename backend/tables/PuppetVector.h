@@ -1,5 +1,5 @@
-// PuppetVector, the list of values behind an axis: a vector with a value for the places that it
-// lacks.
+// PuppetVector, the list of dimension indices of an axis: a vector with a default value for every
+// index beyond its end.
 
 #ifndef BACKEND_TABLES_PUPPETVECTOR_H
 #define BACKEND_TABLES_PUPPETVECTOR_H
@@ -7,8 +7,7 @@
 #include <stdexcept>
 #include <vector>
 
-// Reading beyond the end gives the default; writing beyond the end fills up with it. Copies and
-// moves carry the values and the default.
+// Copies and moves include the default.
 template <typename T>
 class PuppetVector {
  public:
@@ -26,9 +25,11 @@ class PuppetVector {
   [[nodiscard]] const_iterator begin() const noexcept { return values.begin(); }
   [[nodiscard]] const_iterator end() const noexcept { return values.end(); }
 
-  // Returns the value at `i`, or the default where there is none.
+  // Returns the value at `i`, or the default if there is none.
   const T& operator[](unsigned long i) const { return i < values.size() ? values[i] : value; }
-  // Returns the value at `i`, after appending the default until there is one.
+  // Appends the default until there is a value at `i`, and returns it. Reading through this
+  // operator lengthens the vector too, on purpose: getDimensionIndex() of the display headings
+  // depends on it.
   T& operator[](unsigned long i) {
     if (i >= values.size()) {
       if (i >= values.max_size()) {
@@ -40,7 +41,7 @@ class PuppetVector {
   }
 
   void push_back(T v) { values.push_back(v); }
-  // Puts a value in front of a position. Returns its place.
+  // Inserts a value in front of a position. Returns the position of the value.
   iterator insert(const_iterator position, T v) { return values.insert(position, v); }
   // Removes one value. Returns the position of the one after it.
   iterator erase(const_iterator position) { return values.erase(position); }

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""Turns a header of this library into what Doxygen takes for documented.
+"""Converts a header of this library to a form that Doxygen reads as documented.
 
 The headers are commented for readers of code: plain // comments, one for a run of declarations that
-belong together, and none where a name of the conventions says it all. Doxygen wants a comment of its own
-on every declaration. This filter gives it that, line by line, so that line numbers stay:
+belong together, and none if a conventional name is clear by itself. Doxygen needs a comment of its own on
+every declaration. This filter writes it line by line, so that line numbers stay the same:
 
 - the first comment of a file describes the file; a comment right above a declaration describes that and
   the declarations that follow without a gap; one at the end of a line describes the line;
-- a class or macro without a comment is what its file is about;
+- a class or macro without a comment gets the comment of its file;
 - what has no comment and follows a convention (accessor pairs, constructors, destructors, deleted
-  functions) gets the sentence that the convention stands for. All else is left for Doxygen to complain.
+  functions) gets the sentence of that convention. For everything else Doxygen reports an error.
 """
 
 import re
@@ -17,25 +17,25 @@ import sys
 
 SCOPE = re.compile(r'(\b(?:class|struct|union|enum|namespace)\b|extern "C")(?![^{]*[)=][^{]*$)')
 CONVENTIONS = [
-    (r'= delete;', 'Not offered.'),
+    (r'= delete;', 'Deleted.'),
     (r'~\w+\(', 'Destroys the object with what it owns.'),
     (r'^using (\w+) = (.+);', r'Short for `\2`.'),
     (r'\boverride\b', None),
     (r'^friend\b', None),
     (r'\bvoid Visit\((?:const )?(\w+)&', r'Receives an `\1`.'),
     (r'^enum (?:class )?(\w+)', 'The kinds of {}.'),
-    (r'operator==\(', 'Tells whether the two are equal.'),
-    (r'operator<\(', 'Tells whether the first comes before the other.'),
-    (r'operator!=\(', 'Tells whether the two differ.'),
-    (r'operator=\(', 'Takes over the value of the other.'),
-    (r'operator\*\(\)|operator->\(\)', 'Returns what this stands for.'),
+    (r'operator==\(', 'Returns whether the two are equal.'),
+    (r'operator<\(', 'Returns whether the first comes before the other.'),
+    (r'operator!=\(', 'Returns whether the two differ.'),
+    (r'operator=\(', 'Assigns the value of the other.'),
+    (r'operator\*\(\)|operator->\(\)', 'Returns the object that this refers to.'),
     (r'operator--\(|operator\+\+\(', 'Moves by one.'),
     (r'operator\[\]\(', 'Returns the element at that position.'),
-    (r'operator (new|delete)\(', 'Takes the memory from a region, or gives it back.'),
+    (r'operator (new|delete)\(', 'Allocates memory from a region, or releases it.'),
     (r'\b(?:get|Get)(\w+)\(\)', 'Returns the {}.'),
     (r'\b(?:set|Set)(\w+)\([^,)]+\)', 'Sets the {}.'),
     (r'\b(?:add|set|Set)(\w+)\(const char\* \w+, unsigned int length\)', 'Appends a chunk to the {}.'),
-    (r'^bool (\w+)\(\)', 'Tells the flag “{}”.'),
+    (r'^bool (\w+)\(\)', 'Returns the flag “{}”.'),
     (r'^void (\w+)\(bool ', 'Sets the flag “{}”.'),
     (r'^void (\w+)\([^,()]+\)', 'Sets the {}.'),
     (r'\b(\w+)\(\)( const)?( noexcept)?\s*(;|\{|= )', 'Returns the {}.'),
@@ -66,10 +66,10 @@ class Filter:
     def __init__(self, lines):
         self.lines = lines
         self.out = []
-        self.scopes = []         # for each open brace: whether declarations stand in it
+        self.scopes = []         # for each open brace: whether it contains declarations
         self.classes = []        # names of the open classes, in step with scopes
         self.enums = []          # which of them are enumerations
-        self.statement = ''      # what was read of the statement that is open
+        self.statement = ''      # the part read so far of the current statement
         self.about = ''          # the comment of the file
         self.group = None        # the comment of the run of declarations
 
@@ -116,7 +116,7 @@ class Filter:
         if self.scopes and self.classes and self.classes[-1]:
             name = self.classes[-1]
             if re.match(r'(explicit |constexpr )*' + name + r'\(const ' + name + r'(<T>)?& other\)', declaration):
-                return 'A copy.' if '= delete' not in declaration else 'Not offered.'
+                return 'A copy.' if '= delete' not in declaration else 'Deleted.'
             if re.match(r'(explicit |constexpr )*' + name + r'\(', declaration) and '= delete' not in declaration:
                 return 'Makes an object from what the arguments say.'
         for pattern, text in CONVENTIONS:
@@ -196,7 +196,7 @@ class Filter:
             declaring, depth = self.declaring(), len(self.scopes)
             self.scan(code)
             if len(self.scopes) > depth or re.match(r'(public|private|protected):', stripped):
-                self.group = None  # what was said of a class is not said of its members
+                self.group = None  # the comment of a class is not that of its members
             code = code.replace('[[nodiscard]] ', '')
             if comment and declaring:
                 # Further lines of the comment at the end of this one.

@@ -1,16 +1,17 @@
 #!/usr/bin/env python3
-"""Holds the guides against the programs that they quote.
+"""Checks that the guides quote the current sources and output of the snippets.
 
 usage: check.py [--update] PROGRAMS        PROGRAMS is the folder with the built snippets
 
-A guide quotes source between two lines `// [name]` (`# [name]` in CMake files), and output as a whole:
+A guide quotes source between two lines `// [name]` (`# [name]` in CMake files), and the complete output:
 
     <!-- snippet: table.cpp#cells -->
     <!-- output: table -->
-    <!-- failure: misuse -->      what a program says that an assertion ends
+    <!-- failure: misuse -->      the message of a program that an assertion ends
 
-each followed by a fenced block. Paths start at docs/snippets. Every fenced block of C++ in docs has to be such
-a quotation, and every link on the pages here and at the top has to lead somewhere. With --update the blocks are written instead of compared.
+each followed by a fenced block. Paths start at docs/snippets. Every fenced block of C++ in docs must be such a
+quotation, and every link on the pages in docs and in the root folder must lead to a file. With --update the blocks are
+written instead of compared.
 """
 
 import pathlib
@@ -44,7 +45,7 @@ def failure(programs, name):
     done = subprocess.run([programs / name], capture_output=True, text=True, timeout=60)
     if done.returncode >= 0:
         raise SystemExit(f'{name} does not fail')
-    # Neither where the sources are nor where in them belongs on a page.
+    # Folders and line numbers do not belong on a page.
     return re.sub(r'^\S*/(\w+\.(?:h|cpp)):\d+', r'\1:<line>', done.stderr, flags=re.M)
 
 
@@ -76,7 +77,7 @@ def main():
             wrong += 1
         loose = re.findall(r'```cpp\n(.*?)```', MARKER.sub('', text), re.S)
         for code in loose if guide.parent == HERE.parent else []:
-            print(f'{guide.name}: C++ that nothing compiles: {code.splitlines()[0]}')
+            print(f'{guide.name}: C++ that no program compiles: {code.splitlines()[0]}')
             wrong += 1
         for target in re.findall(r'\]\(([^)#:]+?)(?:#[^)]*)?\)', text):
             if not (guide.parent / target).exists():
@@ -86,11 +87,11 @@ def main():
             if update:
                 guide.write_text(fresh)
             else:
-                print(f'{guide.name} and what it quotes differ; docs/snippets/check.py --update mends that')
+                print(f'{guide.name} and what it quotes differ; docs/snippets/check.py --update corrects the page')
                 wrong += 1
     sources = {path.name for path in HERE.glob('*.cpp')}
     for name in sorted({path[:-4] for path, _ in quoted if path in sources} - set(outputs)):
-        outputs[name] = output(programs, name)  # no page shows it, but it has to run
+        outputs[name] = output(programs, name)  # no page shows it, but it must run
     for name in sorted(sources - {path for path, _ in quoted}):
         print(f'{name}: quoted by no guide')
         wrong += 1

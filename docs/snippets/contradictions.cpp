@@ -39,7 +39,7 @@ int main() {
   // [table]
 
   // [document]
-  // Says which entries of a document cannot be shown as they were meant.
+  // Lists the entries of a document that are shown wrongly.
   for (const om::Finding& finding : om::Contradictions(document)) {
     if (finding.weight == om::Finding::Weight::kShownWrongly) {
       std::cerr << finding << '\n';

@@ -33,7 +33,7 @@ int main() {
   for (const char* const region : {"North", "South"}) {
     towns.AddNewChild(towns.Root(), Cell(region), OmDimensionNode::kNoSubscript, true);
   }
-  auto north = towns.Root()[0];  // taken when both groups are there: adding moves siblings
+  auto north = towns.Root()[0];  // made after both groups were added: adding moves siblings
   towns.AddNewChild(north, Cell("Oslo"), 0, false);
   towns.AddNewChild(north, Cell("Bergen"), 1, false);
   auto south = towns.Root()[1];
@@ -78,7 +78,7 @@ int main() {
   // [delete]
   auto gone = towns.Root()[0];
   towns.Delete(gone);    // the group and all below it
-  towns.Relocate(true);  // before handles are taken for the next change
+  towns.Relocate(true);  // before handles for the next change are made
   gone = towns.Root()[0][3];
   towns.Delete(gone);
   towns.Relocate(true);

@@ -38,7 +38,7 @@ int main() {
   procedure.Child(new OmTextBlock(OmStringCell("Notes"), "2,201 cases read."));
   auto results = procedure.Child(new OmHeading(OmStringCell("Results")));
   std::unique_ptr<OmPivotTable> counts = Counts();
-  auto table = results.Child(std::move(counts));  // the same, and safe where memory runs out
+  auto table = results.Child(std::move(counts));  // the same, and safe if memory runs out
   results.Child(new OmTextBlock(OmStringCell("Log"), "Done."));
   // [items]
 
@@ -52,7 +52,7 @@ int main() {
   PrintOutline(document);
 
   // [prune]
-  document.Prune(results);  // deletes the heading and all that is under it
+  document.Prune(results);  // deletes the heading and everything below it
   // [prune]
   std::cout << "-- pruned\n";
   PrintOutline(document);

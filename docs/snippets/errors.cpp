@@ -25,7 +25,7 @@ int main() {
   } catch (const OMSException& error) {
     std::cout << error.what() << '\n';
   }
-  table.Rows().push_back(0);  // the table is as it was, and the mistake can be mended
+  table.Rows().push_back(0);  // the table is unchanged, and the mistake can be corrected
   table.EndTable();
   // [axes]
 

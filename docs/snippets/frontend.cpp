@@ -58,7 +58,7 @@ struct Line {
   std::deque<ConstNode*> categories;
 };
 
-// Whether a row or column is left out: a heading numbers hidden categories like any others.
+// Whether a row or column is left out. A heading numbers hidden categories too.
 bool IsHidden(const Line& line) {
   for (const ConstNode* const category : line.categories) {
     if (category != nullptr && (*category)->Hide()) {
@@ -107,7 +107,7 @@ std::vector<unsigned int> Owners(const Heading& heading,
 
 // [spans]
 // Whether label `i` of two neighbours is one label that spans both: it is the same node, below the
-// same categories of all dimensions farther out. These count even where their labels are hidden.
+// same categories of all outer dimensions. These count even if their labels are hidden.
 bool IsShared(const Line& a, const Line& b, unsigned long i, unsigned int owner) {
   if (a.labels[i] == nullptr || b.labels[i] == nullptr || *a.labels[i] != *b.labels[i]) {
     return false;
@@ -120,7 +120,7 @@ bool IsShared(const Line& a, const Line& b, unsigned long i, unsigned int owner)
   return true;
 }
 
-// Returns how many lines label `i` of line `from` spans, or 0 where an earlier line's label does.
+// Returns how many lines label `i` of line `from` spans, or 0 if an earlier line's label covers it.
 unsigned long Span(const std::vector<Line>& lines, unsigned long from, unsigned long i,
                    unsigned int owner) {
   if (from != 0 && IsShared(lines[from - 1], lines[from], i, owner)) {
@@ -143,7 +143,7 @@ void ShowGrid(OmPivotTable& table, OmDisplayLayerHeading& layers) {
   const auto rowOwners = Owners(rows, &OmDisplayRowHeading::VisibleWidth);
 
   std::cout << "<table>\n";
-  // Without a dimension on the columns there is a line all the same, for the corner.
+  // Without a dimension on the columns there is one line, for the corner.
   for (unsigned long i = 0; i == 0 || i < columnOwners.size(); ++i) {
     const bool last = i + 1 >= columnOwners.size();
     std::cout << "<tr>";

@@ -20,7 +20,7 @@ OmDimension* Add(OmPivotTable& table, const char* name, const std::vector<const 
 
 // [label]
 std::string Label(const OmDisplayLayerHeading::ConstNode* node) {
-  // A null stands where a dimension shows fewer labels than its neighbours.
+  // Null if a dimension shows fewer labels here than elsewhere.
   return node != nullptr && (*node)->Text() != nullptr ? (*node)->Text()->Text() : "";
 }
 // [label]
@@ -98,11 +98,11 @@ int main() {
 
   // [hidden]
   std::cout << "-- the first town hidden\n";
-  // A hidden category keeps its place and its cells; what goes is its label.
+  // A hidden category keeps its place and its cells; only its label is not shown.
   OmDimension* const town = table.Dimension(1);
   town->Root().Begin()->Hide(true);
   {
-    // The table changed, so the headings are built anew.
+    // The table changed, so it needs new headings.
     OmDisplayLayerHeading fresh(table, false);
     fresh.SwitchLayer(0);
     Show(table, fresh, false);

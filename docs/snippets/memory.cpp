@@ -17,7 +17,7 @@ int main() {
     numbers.push_back(i);
   }
   std::cout << region.LiveBlocks() << " blocks, room for " << numbers.capacity() << " numbers\n";
-  delete text;  // a block knows its region: plain delete returns it to where it came from
+  delete text;  // a block knows its region, so plain delete releases it there
   numbers.clear();
   std::cout << region.LiveBlocks() << " blocks\n";
   // [region]

@@ -13,7 +13,7 @@ namespace {
 // Returns a text with the markers of its footnotes, which its metadata lists.
 std::string Marked(const OmPivotTable& table, const OmCellText& text) {
   std::string marked = text.Text();
-  if (text.hasMeta()) {  // getMeta() asks for metadata that is there
+  if (text.hasMeta()) {  // getMeta() requires it
     for (const int note : text.getMeta().Footnotes()) {
       const OmCellText* const marker = table.Footnotes()[static_cast<unsigned long>(note)].Marker();
       marked += "^" + (marker != nullptr ? marker->Text() : "*");
@@ -66,7 +66,7 @@ int main() {
   const int note = table.Footnote(OmFootnote(&text, &marker, nullptr), false);
   OmCellMetaData meta;
   meta.Footnotes().push_back(note);
-  table.Cell({0, 1})->setMeta(meta);  // the cell of the saved in second class refers to it
+  table.Cell({0, 1})->setMeta(meta);  // the cell of those saved in second class
   // [footnotes]
 
   // [formats]

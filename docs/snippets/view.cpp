@@ -67,7 +67,7 @@ void WriteLabel(const std::string& text, om::Place rows, om::Place columns) {
   std::cout << ">" << text << "</th>";
 }
 
-// The corner stands beside the first row of column labels, over all of them.
+// The corner is in the first row of column labels and spans all of these rows.
 void WriteHead(const om::TableView& view, const om::VisibleFootnotes& notes) {
   const std::vector<om::Label> labels = view.ColumnLabels({0, view.Columns()});
   for (unsigned int level = 0; level != view.ColumnLevels(); ++level) {

@@ -8,17 +8,16 @@
 
 class OmMemoryRegion;
 
-// Has to be the last member of its owner. Then what a block holds behind the owner starts where the
-// characters end, and a copy whose owner was made with Size() trailing bytes keeps its characters
-// there. Empty strings need no block.
+// Must be the last member of its owner: a copy stores its characters directly behind itself, in the
+// Size() trailing bytes that its owner was allocated with. Empty strings need no block.
 //
-// Invariant: the characters are at `chars`, which is null, the end of this object, or a block of
-// its own.
+// Invariant: `chars` is null, or the address behind this object, or that of a block of its own.
 class OmCellChars {
  public:
   // Copies both strings into a block of `region`, null for the default heap.
   OmCellChars(std::string_view first, std::string_view second, OmMemoryRegion* region);
-  // Copies `other` behind this object, where its owner has to have other.Size() bytes.
+  // Copies the characters of `other` directly behind this object. The owner must have been
+  // allocated with `trailing` bytes behind it, which must be other.Size().
   OmCellChars(const OmCellChars& other, unsigned long trailing) noexcept;
   OmCellChars(const OmCellChars&) = delete;
   OmCellChars& operator=(const OmCellChars&) = delete;

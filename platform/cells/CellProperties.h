@@ -6,7 +6,7 @@
 
 #include <string>
 
-// A plain record. What is not set is left to the table's look.
+// A plain record. The table's look determines what is not set.
 class OmCellProperties {
  public:
   enum class Horizontal : unsigned char { kUnset, kLeft, kCenter, kRight, kDecimal, kMixed };
@@ -15,11 +15,11 @@ class OmCellProperties {
   // A colour as 0xRRGGBB.
   static constexpr int kNoColor = -1;
 
-  std::string fontFamily;  // empty where not set
-  int fontSize = -1;       // in points; -1 where not set
+  std::string fontFamily;  // empty if not set
+  int fontSize = -1;       // in points; -1 if not set
   int textColor = kNoColor;
   int backgroundColor = kNoColor;
-  int decimalOffset = -1;  // in points, from the right edge; -1 where not set
+  int decimalOffset = -1;  // in points, from the right edge; -1 if not set
   Horizontal horizontal = Horizontal::kUnset;
   Vertical vertical = Vertical::kUnset;
   bool bold = false;

@@ -39,7 +39,7 @@ short CompareNumbers(double a, double b) {
   return ThreeWay(a, b);
 }
 
-// Hands on what a text says of its kind.
+// Passes a text on to a ConstVisitor.
 class Reader : public OmCellText::Visitor {
  public:
   explicit Reader(OmCellText::ConstVisitor& to_) noexcept : to(to_) {}
@@ -59,8 +59,8 @@ class Reader : public OmCellText::Visitor {
 
 void OmCellText::Accept(ConstVisitor& visitor) const {
   Reader reader(visitor);
-  // The kinds have one virtual function that tells them apart, and it is for texts that may be
-  // changed. It only passes the text on.
+  // The only virtual function that dispatches on the kind takes a mutable text. It does not change
+  // it.
   const_cast<OmCellText*>(this)->Accept(reader);
 }
 
@@ -138,7 +138,7 @@ void OmCellText::setMeta(const OmCellMetaData& meta) {
   OmMemoryRegion* const region =
       old != nullptr ? old->Region()
                      : reinterpret_cast<OmMemoryRegion*>(home & ~(kNoMeta | kWhole));
-  // Copied before the old one goes: it may be `meta`.
+  // Copied before the old metadata is deleted, because that may be `meta`.
   home = reinterpret_cast<unsigned long>(NewMeta(meta, region));
   if (old != nullptr) {
     DeleteMeta(old);

@@ -10,21 +10,22 @@ namespace {
 
 using Record = OmVectorTreeData<OmCellText*>;
 
-// Returns a text as a composite that this file takes apart itself, or null: composites that hold
-// composites may be deeper than the stack.
+// Returns a text as a nested composite, or null if it is none. This file walks nested composites
+// itself, because they may be deeper than the stack.
 const OmComposite* Nested(const OmCellText* text) {
   return text != nullptr && typeid(*text) == typeid(OmComposite)
              ? static_cast<const OmComposite*>(text)
              : nullptr;
 }
 
-// What a walk over a composite and those in it meets: the text of a record with the record's depth
-// in its own tree, null where there is none. The parts of a composite follow it, and then its end.
+// One step of a walk over a composite and its nested composites: the text of a record, or null,
+// with the record's depth in its own tree. A nested composite is followed by its own parts, then by
+// a Part with `end`.
 struct Part {
   unsigned int level;
   bool end;
   const OmCellText* text;
-  // The part of the whole text.
+  // The range of its text in Parts::text.
   unsigned long from;
   unsigned long to;
 };
@@ -40,12 +41,12 @@ struct Parts {
 
 Parts PartsOf(const OmComposite& composite) {
   constexpr unsigned long kOwn = ~0UL;
-  // A record, and the child that comes next; its own text comes first.
+  // A record, and the index of its next child; kOwn if its own text is next.
   struct Step {
     const Record* record;
     unsigned int level;
     unsigned long next;
-    unsigned long nested;  // the part of the composite whose root this is
+    unsigned long nested;  // index of the nested composite whose root this is, or kOwn
   };
   Parts parts;
   std::vector<Part>& list = parts.list;
@@ -79,8 +80,8 @@ Parts PartsOf(const OmComposite& composite) {
   return parts;
 }
 
-// A part that ends its list, has no text or stands higher comes first. What stands in front of the
-// two is equal, and so are the whole texts.
+// Compares part `i` of two composites whose texts and earlier parts are equal. A list that ends
+// here, a part without a text and a part of lower depth come first.
 short ComparePart(const Parts& a, const Parts& b, unsigned long i) {
   if (i >= a.list.size() || i >= b.list.size()) {
     return static_cast<short>((i < a.list.size()) - (i < b.list.size()));
@@ -99,7 +100,8 @@ short ComparePart(const Parts& a, const Parts& b, unsigned long i) {
   if (Nested(one.text) == nullptr || Nested(other.text) == nullptr) {
     return one.text->Compare(*other.text);
   }
-  // Their parts follow.
+  // The parts of the two nested composites follow in the lists. Their texts are equal if their
+  // ranges are, because the texts of the two composites are.
   if (one.from == other.from && one.to == other.to) {
     return 0;
   }
@@ -107,9 +109,10 @@ short ComparePart(const Parts& a, const Parts& b, unsigned long i) {
   return static_cast<short>((order > 0) - (order < 0));
 }
 
-// Copies the texts and the tree of `from`. What is there when it fails is a valid composite.
+// Copies the texts and the tree of `from`. If it throws, `to` is a valid composite.
 void CloneInto(OmComposite& to, const OmComposite& from, OmMemoryRegion* region) {
-  // Records that are still to be copied, with their copies. Those do not move, for there is room.
+  // Records that are still to be copied, with their copies. The copies do not move, because room is
+  // reserved.
   std::vector<std::pair<const Record*, Record*>> todo{{&from.Tree(), &to.Tree()}};
   while (!todo.empty()) {
     const auto [source, copy] = todo.back();
@@ -133,9 +136,9 @@ void CloneInto(OmComposite& to, const OmComposite& from, OmMemoryRegion* region)
   }
 }
 
-// Deletes the texts of a tree, and those of composites in it one by one. Takes neither memory nor
-// stack: the way back is in the links, and that of the root of a nested tree leads to the record
-// that holds the composite. A record without a text is one whose own text is deleted.
+// Deletes the texts of a tree and of its nested composites, without allocation and without
+// recursion. It returns to a parent by the links; the root of a nested tree is linked to the record
+// that holds the composite. A record whose text was deleted has null.
 void DeleteTexts(Record& root) noexcept {
   Record* record = &root;
   for (;;) {
@@ -152,14 +155,15 @@ void DeleteTexts(Record& root) noexcept {
       record = record->Children().begin();
       continue;
     }
-    // Up to where something is left.
+    // Go up to the next record that has something left to delete.
     for (bool left = false; !left;) {
       if (record == &root) {
         return;
       }
       Record* const above = record->Parent();
       if (above->Data() != nullptr) {
-        // All texts of the composite there are gone.
+        // `record` was the root of the nested composite of `above`. All texts of that one are
+        // deleted.
         delete above->Data();
         above->Data() = nullptr;
         record = above;
@@ -178,8 +182,7 @@ void DeleteTexts(Record& root) noexcept {
 
 OmComposite::OmComposite(OmMemoryRegion* region) : OmCellText(region), tree(nullptr, region) {}
 
-// The composite is complete before anything is copied: where copying fails, it is destroyed as it
-// is.
+// The delegated constructor has completed the composite: if copying throws, its destructor runs.
 OmComposite::OmComposite(const OmComposite& other, OmMemoryRegion* region) : OmComposite(region) {
   if (other.hasMeta()) {
     setMeta(other.getMeta());

@@ -8,18 +8,18 @@
 #include "backend/tables/om/VectorTree.h"
 #include "platform/cells/CellText.h"
 
-// The text is that of all parts joined, in pre-order. Composites whose texts are equal go by their
-// parts and the depths of these.
+// The text is the texts of all parts, joined in pre-order. Composites whose texts are equal are
+// ordered by their parts and the depths of these.
 //
-// A composite owns the texts in its tree: what is deleted from the tree without being deleted
-// itself passes to the caller. Each record has a text of its own or null; the root has null at
-// first. Comparing composes the texts, which may find no memory. Nothing recurses, neither over the
-// levels of a tree nor over composites in composites; one of a derived class counts as any other
-// text.
+// A composite owns the texts in its tree. If a caller removes a record from the tree and does not
+// delete its text, the caller owns the text. Each record has a text of its own or null; the root
+// has null at first. Comparing composes the texts, so it may throw std::bad_alloc. Nothing recurses
+// over the levels of a tree or over nested composites; a nested composite of a derived class is
+// treated like any other text.
 class OM_PLATFORM_API OmComposite : public OmCellText {
  public:
-  // The tree will live in `region`, null for the default heap. Its texts may live anywhere that
-  // outlives the composite.
+  // The tree is allocated in `region`, null for the default heap. Its texts may be in any region
+  // that outlives the composite.
   explicit OmComposite(OmMemoryRegion* region = nullptr);
   ~OmComposite() override;
 

@@ -10,7 +10,7 @@
 #include "platform/cells/CellChars.h"
 #include "platform/cells/CellText.h"
 
-// The text is the label, or the formatted value where the label is empty.
+// The text is the label, or the formatted value if the label is empty.
 class OM_PLATFORM_API OmNumDataValue : public OmCellText {
  public:
   OmNumDataValue(double value_, std::string_view label,

@@ -33,14 +33,14 @@ std::string OmNumber::Text(double value, const Qualtex_Format& format) {
   if (std::isnan(value)) {
     return ".";
   }
-  // A sign, the digits of the largest number, a point and as many decimals as a format can ask for.
+  // A sign, the digits of the largest number, a point and as many decimals as a format can have.
   constexpr int kDecimals = std::numeric_limits<unsigned char>::max();
   char digits[2 + std::numeric_limits<double>::max_exponent10 + 1 + kDecimals];
   const char* first = std::begin(digits);
   const char* const last = std::to_chars(std::begin(digits), std::end(digits), value,
                                          std::chars_format::fixed, format.Decimals())
                                .ptr;
-  // What is rounded to zero has no sign.
+  // A number that is rounded to zero has no sign.
   if (*first == '-' &&
       std::all_of(first + 1, last, [](char digit) { return digit == '0' || digit == '.'; })) {
     ++first;

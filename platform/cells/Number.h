@@ -9,14 +9,14 @@
 #include "backend/tables/om/Format.h"
 #include "platform/cells/CellText.h"
 
-// A number that is none (NaN) is missing, and its text is ".". The text of every other number is in
-// fixed notation with the decimals of the format, whatever the locale.
+// NaN is a missing value, with the text ".". The text of every other number is in fixed notation
+// with the decimals of the format, whatever the locale.
 class OM_PLATFORM_API OmNumber : public OmCellText {
  public:
-  // Has the default format, with no decimals where the number is a whole one: 203 shows as "203",
-  // and 2.5 as "2.50".
+  // Has the default format, with no decimals if the number is an integer: 203 shows as "203", and
+  // 2.5 as "2.50".
   explicit OmNumber(double value_) noexcept : OmNumber(value_, FormatOf(value_)) {}
-  // Metadata, the only thing that a number holds outside itself, will live in `region`.
+  // Metadata, the only memory that a number owns, will be allocated in `region`.
   explicit OmNumber(double value_, const Qualtex_Format& format_,
                     OmMemoryRegion* region = nullptr) noexcept
       : OmCellText(region), value(value_), format(format_) {}
@@ -31,15 +31,15 @@ class OM_PLATFORM_API OmNumber : public OmCellText {
   [[nodiscard]] double Value() const noexcept { return value; }
   [[nodiscard]] const Qualtex_Format& Format() const noexcept { return format; }
 
-  // Returns the text of a number without making one.
+  // Returns the text of an OmNumber without constructing one.
   [[nodiscard]] static std::string Text(double value, const Qualtex_Format& format);
 
  protected:
   [[nodiscard]] Key OrderKey(std::string& composed) const override;
 
  private:
-  // Returns the format of a number that was given none. Inline and without a library's function,
-  // because every cell of a table may ask for it.
+  // Returns the format of a number that was constructed without one. Inline and without a library
+  // call, because it may run for every cell of a table.
   [[nodiscard]] static Qualtex_Format FormatOf(double value) noexcept {
     constexpr double kAllWhole = 9007199254740992;  // 2^53: no larger number has a fraction
     const bool small = value > -kAllWhole && value < kAllWhole;

@@ -9,7 +9,7 @@
 #include "platform/cells/CellChars.h"
 #include "platform/cells/CellText.h"
 
-// The flag is kept and copied for the producer of the text; nothing here reads it.
+// The flag is stored and copied for the producer of the text; nothing here reads it.
 class OM_PLATFORM_API OmStringCell : public OmCellText {
  public:
   explicit OmStringCell(std::string_view text, OmMemoryRegion* region = nullptr,

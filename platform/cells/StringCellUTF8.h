@@ -1,4 +1,4 @@
-// OmStringCellUTF8, a plain text that is UTF-8 whatever encoding the back end works in.
+// OmStringCellUTF8, a plain text in UTF-8, whatever the encoding of the back end.
 
 #ifndef PLATFORM_CELLS_STRINGCELLUTF8_H
 #define PLATFORM_CELLS_STRINGCELLUTF8_H

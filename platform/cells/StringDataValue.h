@@ -9,7 +9,7 @@
 #include "platform/cells/CellChars.h"
 #include "platform/cells/CellText.h"
 
-// The text is the label, or the value where the label is empty.
+// The text is the label, or the value if the label is empty.
 class OM_PLATFORM_API OmStringDataValue : public OmCellText {
  public:
   OmStringDataValue(std::string_view value, std::string_view label,

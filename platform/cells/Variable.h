@@ -9,7 +9,7 @@
 #include "platform/cells/CellChars.h"
 #include "platform/cells/CellText.h"
 
-// The text is the label, or the name where the label is empty.
+// The text is the label, or the name if the label is empty.
 class OM_PLATFORM_API OmVariable : public OmCellText {
  public:
   OmVariable(std::string_view name, std::string_view label, OmMemoryRegion* region = nullptr);

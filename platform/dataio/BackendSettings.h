@@ -1,4 +1,4 @@
-// BackendSettings, what the back end tells a table about the session that it runs in.
+// BackendSettings, the settings of the back end's session that tables need.
 
 #ifndef PLATFORM_DATAIO_BACKENDSETTINGS_H
 #define PLATFORM_DATAIO_BACKENDSETTINGS_H
@@ -8,7 +8,7 @@
 
 #include "platform/Export.h"
 
-// A plain value. Settings that nobody filled set no limit that a table could reach.
+// A plain value. Default settings have no limit that a table could reach.
 class OM_PLATFORM_API BackendSettings {
  public:
   BackendSettings();
@@ -28,8 +28,8 @@ class OM_PLATFORM_API BackendSettings {
   void setLocale(const std::string& name);
 
  private:
-  // First, because assignment goes in this order and only this member can fail: nothing changes
-  // then.
+  // First, because members are assigned in this order and only this assignment can fail: then
+  // nothing has changed yet.
   std::string locale;
   long long maxCells = std::numeric_limits<long long>::max();
   bool fastTables = false;

@@ -10,7 +10,7 @@
 
 namespace {
 
-// A conversion of the system's library.
+// An open conversion of iconv.
 class Conversion {
  public:
   Conversion(const char* to, const char* from) noexcept : descriptor(iconv_open(to, from)) {}
@@ -24,11 +24,11 @@ class Conversion {
 
   [[nodiscard]] bool IsOpen() const noexcept { return descriptor != reinterpret_cast<iconv_t>(-1); }
 
-  // Replaces `out` by the converted `text`. Returns false if the system knows of a loss. It does
-  // not know of each: it drops tag characters, and several tables have substitutes.
+  // Replaces `out` by the converted `text`. Returns false if iconv reports a loss. It does not
+  // report every loss: it drops tag characters, and several tables have substitutes.
   bool Convert(std::string_view text, std::string& out) {
-    // All at once, from the start again if the room was too small: only a conversion in one piece
-    // reports whether anything was lost.
+    // In one call, and again from the start if the room was too small: only a conversion in one
+    // call reports whether anything was lost.
     out.assign(text.size() + 16, '\0');
     std::size_t room = out.size();
     while (!ConvertInto(text, out.data(), room)) {
@@ -43,10 +43,10 @@ class Conversion {
   }
 
  private:
-  // Converts into `room` bytes at `to`, with what brings the code page back to its initial state.
-  // `room` becomes what is left of it.
+  // Converts into `room` bytes at `to`, and appends the bytes that return to the initial shift
+  // state. Reduces `room` to the bytes left.
   bool ConvertInto(std::string_view text, char* to, std::size_t& room) {
-    // A conversion that failed half-way left the descriptor in the middle of a character.
+    // Resets the descriptor, which a failed conversion leaves in the middle of a character.
     iconv(descriptor, nullptr, nullptr, nullptr, nullptr);
     auto* from = const_cast<char*>(text.data());
     std::size_t bytes = text.size();
@@ -69,8 +69,8 @@ struct QualtexMBConverter {
 
 namespace {
 
-// Letters and digits with the punctuation of registered names. Empty names, which mean the
-// process's own encoding, and suffixes that ask for losses are not among them.
+// Accepts letters, digits and the punctuation of registered names. Rejects the empty name, which
+// means the encoding of the process, and suffixes that allow losses.
 bool IsCodePageName(const char* name) {
   const auto isLetterOrDigit = [](char c) {
     return ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z') || ('0' <= c && c <= '9');
@@ -84,8 +84,9 @@ bool IsCodePageName(const char* name) {
   return *name == '\0';
 }
 
-// Returns the bytes of the character that `text` starts with, or 0 if it starts with none. The
-// system's own reader lets surrogates and numbers beyond Unicode through to pages of 4-byte units.
+// Returns the number of bytes of the character at the start of `text`, or 0 if there is no valid
+// one. iconv does not check this: it converts surrogates and numbers beyond Unicode into encodings
+// with 4-byte units.
 std::size_t CharacterSize(std::string_view text) {
   const auto byte = [text](std::size_t i) {
     return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
@@ -104,7 +105,7 @@ std::size_t CharacterSize(std::string_view text) {
       return 0;
     }
   }
-  // Overlong forms, surrogates, and what is beyond the last code point.
+  // Overlong forms, surrogates, and values beyond the last code point.
   const unsigned second = byte(1);
   const bool excluded = (lead == 0xe0 && second < 0xa0) || (lead == 0xed && second > 0x9f) ||
                         (lead == 0xf0 && second < 0x90) || (lead == 0xf4 && second > 0x8f);
@@ -122,8 +123,8 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
-// Characters that stand for one another: the shared places of Japanese pages, and the duplicates
-// that Unicode itself calls the same characters and that the Vietnamese page reads back as one.
+// Pairs of characters that count as equal: the shared codes of Japanese pages, and pairs that are
+// equivalent in Unicode and that the Vietnamese page converts back to one of them.
 constexpr std::string_view kSame[][2] = {{"\\", "\u00a5"},
                                          {"~", "\u203e"},
                                          {"\u0340", "\u0300"},
@@ -136,8 +137,8 @@ bool AreSame(std::string_view a, std::string_view b) {
          });
 }
 
-// Returns true if each character of `text` is held when it is converted alone. Then it is held
-// among others, where it may come back composed with its neighbours.
+// Returns true if no character of `text` is lost when it is converted by itself. Then none is lost
+// in the text either: there it may come back composed with its neighbours.
 bool HoldsEachAlone(QualtexMBConverter& converter, std::string_view text) {
   std::string there, back;
   while (!text.empty()) {

@@ -1,4 +1,4 @@
-// icuTracker, what texts are tied to so that their readers know the encoding.
+// icuTracker, the encoding tracker that texts are tied to, so that their readers know the encoding.
 
 #ifndef PLATFORM_SUPPORT_ICUTRACKER_H
 #define PLATFORM_SUPPORT_ICUTRACKER_H

@@ -387,7 +387,7 @@ class OutlineNode(Printer):
 class CellIterator(Printer):
     def show(self):
         try:
-            data = self.value['cursor'].dereference()
+            data = self.value['cursor']['_M_ptr'].dereference()
             cell = data['cell']
             if not int(cell):
                 return 'cells: the end'

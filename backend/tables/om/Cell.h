@@ -1,12 +1,12 @@
-// om::Cell, the short way to a text or a number where a cell text is asked for:
+// om::Cell, a short way to make a cell text from a string or a number:
 //
 //   using om::Cell;
 //   OmDimension* fate = table.AddDimension(Cell("Fate"));
 //   fate->Child(fate->Root(), Cell("Saved"), 0, false);
 //   table.Cell({0}, Cell(203));
 //
-// The functions that take a cell text do not take plain texts and numbers themselves, on purpose: a
-// plain 0 is a null pointer too, and a cell that is set to null is cleared.
+// Functions with a cell-text parameter do not accept plain strings and numbers, on purpose: a
+// literal 0 is also a null pointer, and setting a cell to null clears it.
 
 #ifndef BACKEND_TABLES_OM_CELL_H
 #define BACKEND_TABLES_OM_CELL_H
@@ -24,7 +24,7 @@ template <typename Text>
 concept PlainText =
     std::is_convertible_v<const Text&, std::string_view> && !std::is_null_pointer_v<Text>;
 
-// What a number can be made of. Flags and characters are no numbers.
+// What a number can be made of. bool and the character types are not numbers.
 template <typename Value>
 concept PlainNumber =
     std::is_arithmetic_v<Value> && !std::is_same_v<Value, bool> && !std::is_same_v<Value, char> &&
@@ -37,8 +37,7 @@ template <PlainText Text>
   return OmStringCell(text);
 }
 
-// Returns a number without a format of its own. A whole number beyond 2^53 is rounded to one that a
-// double holds.
+// Returns a number without a format of its own. An integer beyond 2^53 is rounded to a double.
 template <PlainNumber Value>
 [[nodiscard]] OmNumber Cell(Value value) {
   return OmNumber(static_cast<double>(value));

@@ -16,8 +16,8 @@ void DoSwapBytes(char* p, unsigned int n) {
   }
 }
 
-// Takes the values of a map-information record from its front and never reads past its end. The
-// record comes from outside the process.
+// Reads the values of a map-information record in order, and never past its end: the record comes
+// from outside the process.
 class MapInfoReader {
  public:
   explicit MapInfoReader(const std::string& record) : at(record.data()), left(record.size()) {
@@ -26,7 +26,8 @@ class MapInfoReader {
     reversed = mark != 1;
   }
 
-  // Reads a string behind its length. Where it is not whole, leaves `s` alone and returns false.
+  // Reads a length and the string after it. If the string is incomplete, returns false and does not
+  // change `s`.
   template <typename Length>
   bool Read(std::string& s) {
     Length length = 0;
@@ -103,8 +104,8 @@ void OmChart::Accept(Visitor& v) {
   v.Visit(*this);
 }
 
-// Chunks are appended without reserving the exact room for each: append makes the room itself, and
-// grows it by a factor, where an exact reservation may cost a copy of the whole for every chunk.
+// Chunks are appended without reserve(): append grows the capacity by a factor, while an exact
+// reservation could copy all bytes again for every chunk.
 
 void OmChart::SetXmlDescription(const char* data, unsigned int length) {
   _my->xmlDescription.append(data, length);
@@ -141,7 +142,7 @@ void OmChart::Done(const char* data) {
 }
 
 void OmChart::deleteData() {
-  // Gives the memory back, which clear() would keep.
+  // Releases the memory, which clear() would keep.
   std::string().swap(_my->xmlData);
 }
 
@@ -232,7 +233,7 @@ bool OmChart::hasMap() const {
 
 void OmChart::getMapInfo(std::string& s1, std::string& s2, std::string& s3, std::string& s4) const {
   MapInfoReader reader(_my->mapInfo);
-  // The widths of the lengths alternate. The first string that is not whole ends the reading.
+  // Reading stops at the first incomplete string.
   static_cast<void>(reader.Read<std::uint32_t>(s1) && reader.Read<std::uint16_t>(s2) &&
                     reader.Read<std::uint32_t>(s3) && reader.Read<std::uint16_t>(s4));
 }

@@ -1,7 +1,7 @@
 // OmChart, the output item that carries a chart.
 //
 // A container: a producer fills it, large payloads in chunks of any size, and a consumer reads it
-// back. It neither draws nor interprets what it holds, the map information apart. Appending costs
+// back. It neither draws nor interprets what it holds, except the map information. Appending costs
 // amortised constant time per byte, however small the chunks are.
 
 #ifndef BACKEND_TABLES_OM_CHART_H
@@ -19,13 +19,13 @@
 enum ChartXMLContentSubType : int { kChartSubTypeNone = 0 };
 
 // All strings are byte strings and may hold zero bytes. A setter that takes a pointer and a length
-// appends that many bytes and needs no terminator. Where memory runs out, what arrived before
-// stays.
+// appends that many bytes and needs no terminator. If memory runs out, the bytes appended before
+// remain.
 class OM_API OmChart : public OmOutputPart {
  public:
-  // Converts the title into the code page, unless that is empty. Whatever the kind of `title`, the
-  // item's is a string cell then, and its text is in that code page, not in UTF-8. Where the title
-  // cannot be converted, the cell has the unconverted text. A later SetTitle converts nothing.
+  // If `localeCodePage` is not empty, the item's title is a string cell with the text of `title`
+  // converted into that code page, so it is not UTF-8. If the text cannot be converted, the cell
+  // has the unconverted text. SetTitle does not convert.
   OmChart(const OmCellText& title, const std::string& localeCodePage, long long chartId);
   ~OmChart() override;
 
@@ -36,16 +36,16 @@ class OM_API OmChart : public OmOutputPart {
 
   virtual void SetXmlDescription(const char* data, unsigned int length);
   virtual void SetXmlUncompressedLength(unsigned int length);
-  // Makes room for that many bytes of XML, which arrive compressed through SetXmlDescription.
+  // Reserves room for that many bytes of compressed XML, which SetXmlDescription appends.
   virtual void SetXmlCompressedLength(unsigned int length);
   virtual void SetBinaryDataStream(const char* data, unsigned int length);
   virtual void SetImageStream(const char* data, unsigned int length);
   virtual void SetViZJSON(const char* data, unsigned int length);
   virtual void SetImageSubType(ChartXMLContentSubType subType);
-  // Ends the delivery. Takes two 32-bit integers from the eight bytes at `data`, in the machine's
-  // byte order: what GetEditable and GetEditor return.
+  // Ends the delivery. Reads two 32-bit integers in the machine's byte order from the eight bytes
+  // at `data`; GetEditable and GetEditor return them.
   virtual void Done(const char* data);
-  // Empties the binary data stream alone, for a consumer that has taken it.
+  // Clears only the binary data stream, for a consumer that has copied it, and releases its memory.
   void deleteData();
 
   [[nodiscard]] const std::string& GetXmlDescription() const;
@@ -53,7 +53,7 @@ class OM_API OmChart : public OmOutputPart {
   [[nodiscard]] const std::string& GetImageData() const;
   [[nodiscard]] const std::string& GetViZJSONData() const;
   [[nodiscard]] ChartXMLContentSubType GetChartSubType() const;
-  // Has no value before Done, and must not be read then.
+  // Must not be called before Done, which sets the value.
   [[nodiscard]] int GetEditable() const;
   // Is 1 before Done.
   [[nodiscard]] int GetEditor() const;
@@ -62,12 +62,12 @@ class OM_API OmChart : public OmOutputPart {
 
   // --- Data files ------------------------------------------------------------------------------
 
-  // A file is announced by its name, then its content arrives in one chunk or more. Names and
-  // contents correspond by position. A chunk extends the last content while there are as many
-  // contents as names, and at least one; it starts a content otherwise.
+  // A file's name is added first, then its content in one or more chunks. Names and contents
+  // correspond by position. A chunk is appended to the last content if there are as many contents
+  // as names, and at least one; otherwise it starts a new content.
   void addCSVFileName(const char* name, unsigned int length);
   void addCSVFileContent(const char* data, unsigned int length);
-  // Whether a name was announced.
+  // Whether a name was added.
   [[nodiscard]] bool hasCSVFile() const;
   [[nodiscard]] const std::vector<std::string>& getCSVFileNames() const;
   [[nodiscard]] const std::vector<std::string>& getCSVFiles() const;
@@ -83,10 +83,10 @@ class OM_API OmChart : public OmOutputPart {
 
   void SetMapInfo(const char* data, unsigned int length);
   [[nodiscard]] bool hasMap() const;
-  // Reads the four strings of the map information: a 16-bit byte-order mark, then each string
-  // behind its length, of 32, 16, 32 and 16 bits, without padding. A mark other than 1 means that
-  // the bytes of every length are reversed. A string that the record does not hold whole, and those
-  // behind it, are left as they were.
+  // Reads the four strings of the map information. The record is a 16-bit byte-order mark, then
+  // each string after its length, an integer of 32, 16, 32 and 16 bits; there is no padding. If the
+  // mark is not 1, the bytes of every length are reversed. A string that is incomplete in the
+  // record, and the strings after it, are not changed.
   void getMapInfo(std::string& s1, std::string& s2, std::string& s3, std::string& s4) const;
 
   // --- Templates and options -------------------------------------------------------------------

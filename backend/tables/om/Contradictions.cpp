@@ -37,7 +37,7 @@ std::string Some(Count count, const char* one, const char* several) {
   return std::to_string(count) + " " + (count == 1 ? one : several);
 }
 
-// Returns a text in quotation marks and on one line, with a blank in front; nothing for null.
+// Returns a text in quotation marks and on one line, after a space; nothing for null.
 std::string Quoted(const OmCellText* text) {
   if (text == nullptr) {
     return "";
@@ -120,9 +120,9 @@ class Leaves {
            std::binary_search(subscripts.begin(), subscripts.end(), subscript);
   }
 
-  unsigned long size;  // the places that the dimension takes
+  unsigned long size;  // number of places of the dimension
   unsigned long count = 0;
-  unsigned long limit = 0;  // the largest subscript that a header takes
+  unsigned long limit = 0;  // the largest subscript that a header accepts
   Several below, aboveLimit, beyondSize, shared, missing;
   Count none = 0;
 
@@ -161,7 +161,7 @@ class Leaves {
     return found;
   }
 
-  // Finds what is wrong between one subscript and the next, and leaves each once.
+  // Finds shared and missing subscripts, and removes duplicates.
   void Compare() {
     long expected = 0;
     for (auto subscript = subscripts.begin(); subscript != subscripts.end();) {
@@ -182,7 +182,7 @@ class Leaves {
   }
 
   Subscripts subscripts;  // ascending
-  long ascending = 0;     // all below it are there
+  long ascending = 0;     // leaves have all subscripts below it
 };
 
 std::string More(Count count) {
@@ -420,7 +420,7 @@ class TableCheck {
 
   const OmPivotTable& table;
   std::vector<Leaves> leaves;
-  std::vector<std::array<Count, kAxes.size()>> times;  // on each axis, by dimension
+  std::vector<std::array<Count, kAxes.size()>> times;  // entries on each axis, by dimension
   std::vector<Finding> findings;
 };
 

@@ -1,22 +1,21 @@
-// Contradictions(), what is wrong with a table, a dimension or a document that no other call
-// notices: numbers of the caller's own that contradict each other. A table with a contradiction is
-// shown with wrong cells, or with none, and nothing says so.
+// Contradictions(), which finds errors in a table, a dimension or a document that no other call
+// reports: numbers given by the caller that contradict each other. A table with a contradiction is
+// shown with wrong cells or without cells, and no error is reported.
 //
 //   for (const om::Finding& finding : om::Contradictions(table)) {
 //     std::cerr << finding << '\n';  // shown wrongly: dimension 0 "Class": on no axis
 //   }
 //
-// Meant for the tests of what fills tables, and for builds with hardening. It can be called at any
-// time, but a table that is not filled yet has findings that go away with the rest: ask after
-// EndTable().
+// Meant for tests of code that fills tables, and for hardened builds. Call it after EndTable(): a
+// table that is not complete has findings that disappear later.
 //
-// The cost is one walk over the categories, with a sort where their subscripts do not ascend in
-// display order, and one over the stored cells, a step for each dimension of each cell; for a
-// document one walk over its entries, and those for each table. The memory is a few words for each
-// category and each entry. Nothing recurses. Nothing is changed, and where memory runs out,
-// std::bad_alloc passes.
+// Costs one walk over the categories, with a sort if their subscripts do not ascend in display
+// order, and one walk over the stored cells, with a step for each dimension of each cell. For a
+// document: one walk over its entries, and this for each table. Allocates a few words for each
+// category and each entry. Does not recurse and changes nothing. Throws std::bad_alloc if memory
+// runs out.
 //
-// It reads contradictory numbers, not broken objects: items and dimensions have to be alive, and
+// It finds contradictory numbers, not invalid objects: items and dimensions have to exist, and
 // other threads must not use them.
 
 #ifndef BACKEND_TABLES_OM_CONTRADICTIONS_H
@@ -39,16 +38,16 @@ namespace om {
 //
 // A leaf, below, is a category that display lists: all records above it are groups. Leaves are in
 // display order, the order of the tree. A dimension has NumCategories() places on its axis, and
-// leaf number p stands at place p.
+// leaf number p is at place p.
 struct Finding {
   // What contradicts what. The enumerators are in the order in which findings are listed. Each
   // comment ends with the fields that are set besides `kind`, `weight`, `count` and `sentence`.
   enum class Kind : unsigned char {
     // --- An entry of a document; all of these and all findings of its table set `entry`.
-    // The first entry is not at level 0, another one above that, or more than one level below the
-    // entry before it.
+    // The first entry is not at level 0, or another entry has a negative level or is more than one
+    // level deeper than the entry before it.
     kWrongLevel,
-    // A further entry is at level 0: no walk from the root's node reaches it.
+    // An entry other than the first is at level 0: no walk from the root's node reaches it.
     kBesideRoot,
     // The item is at an earlier entry too; the document would delete it twice. index: that entry.
     kRepeatedItem,
@@ -61,19 +60,21 @@ struct Finding {
     // Leaves have no subscript, or one that is negative as an int: no cell can be there, and
     // OmPivotTable::Cell throws for what the headings fill in.
     kNoSubscript,
-    // Leaves have a subscript above OmDimHeader::kLargestSubscript, or four times the number of
-    // leaves where that is more, so that no heading can be built. subscript: the first of them.
+    // Leaves have a subscript above the limit, so that no heading can be constructed. The limit is
+    // OmDimHeader::kLargestSubscript, or four times the number of leaves if that is more.
+    // subscript: the first of them.
     kSubscriptAboveLimit,
     // Leaves have a subscript at or beyond the number of places. Headings with skipEmpty may leave
-    // out rows that hold nothing but cells of these. subscript: the first of them.
+    // out rows that have only cells of these. subscript: the first of them.
     kSubscriptBeyondSize,
-    // Subscripts are given to more than one leaf each: those show the same cells. subscript: the
-    // lowest of them.
+    // Several leaves have the same subscript, and show the same cells. subscript: the lowest of
+    // them.
     kSharedSubscript,
-    // Subscripts below the largest one are given to no leaf. A leftover. subscript: the lowest.
+    // No leaf has some of the subscripts below the largest one. A leftover. subscript: the lowest.
     kSubscriptGap,
-    // There are more places than leaves. Without skipEmpty the others are shown without a label,
-    // and with the cells of other places. OmDimension::Delete of any but the last category does it.
+    // There are more places than leaves. Without skipEmpty the places beyond the leaves are shown
+    // without a label, and with the cells of other places. This happens after OmDimension::Delete
+    // of any category but the last.
     kPlaceWithoutLeaf,
     // There are more leaves than places; the last leaves are never shown.
     kLeafWithoutPlace,
@@ -87,27 +88,28 @@ struct Finding {
     kRepeatedOnAxis,
 
     // --- An axis; all of these set `axis`.
-    // Entries are -1, for which building a heading throws. index: position of the first.
+    // Entries are -1, for which constructing a heading throws. index: position of the first.
     kPlaceholder,
-    // Entries name no dimension, for which building a heading throws. index: position of the first.
+    // Entries name no dimension, for which constructing a heading throws. index: position of the
+    // first.
     kUnknownDimension,
-    // The axis has more places than 64 bits count: their numbers wrap. `count` is 1.
+    // The number of places of the axis exceeds 64 bits and wraps. `count` is 1.
     kTooManyPlaces,
     // `count` layers are at or beyond 2^31: without skipEmpty they cannot be switched to.
     kTooManyLayers,
 
     // --- The cells; all of these set `cell`, to the first one in the order of the iterators.
-    // Cells are stored where no leaf has one of the subscripts; they are never shown. A leftover.
+    // Cells are stored at a subscript that no leaf has; they are never shown. A leftover.
     // dimension, subscript: the first of that cell that no leaf has.
     kCellWithoutLeaf,
     // All `count` cells are never shown, because a dimension has no leaf. dimension.
     kNoLeafForCells,
-    // A null was stored before all `count` cells. Iterators find none of them, and neither do
-    // headings with skipEmpty of a sparse table; OmPivotTable::NextCell does.
+    // A null that was stored first hides all `count` cells: iterators find none of them, and
+    // neither do headings with skipEmpty of a sparse table. OmPivotTable::NextCell finds them.
     kHiddenCells,
 
     // --- The footnotes.
-    // Footnotes have no text, as one whose adding failed. index: the first of them.
+    // Footnotes have no text, as after a failed call that added one. index: the first of them.
     kFootnoteWithoutText,
   };
 
@@ -115,12 +117,12 @@ struct Finding {
   enum class Weight : unsigned char {
     // What is shown is wrong or incomplete, or showing it fails.
     kShownWrongly,
-    // What is shown is right, but that with skipEmpty an empty row or column may stay. Legal, and
-    // what deleting a category leaves behind; elsewhere often the trace of a wrong subscript.
+    // What is shown is right, except that with skipEmpty an empty row or column may remain. Legal,
+    // and normal after deleting a category; otherwise often the sign of a wrong subscript.
     kLeftover,
   };
 
-  // kNone where a finding is not about an axis.
+  // kNone if a finding is not about an axis.
   enum class Axis : unsigned char { kNone, kRows, kColumns, kLayers };
 
   // The kind of the contradiction.
@@ -128,7 +130,8 @@ struct Finding {
   Weight weight = Weight::kShownWrongly;
   // Position in OmOutputTree::List(), 0 for the root; -1 outside a document.
   long entry = -1;
-  // Index in the table; -1 where it is about none, and for a dimension that was asked about alone.
+  // Index in the table; -1 if the finding is about no dimension, or if the dimension was checked by
+  // itself.
   int dimension = -1;
   Axis axis = Axis::kNone;
   // As the kind says; -1 for none.
@@ -148,13 +151,13 @@ struct Finding {
 // Writes "shown wrongly: " or "leftover: " and the sentence, without the end of the line.
 OM_API std::ostream& operator<<(std::ostream& out, const Finding& finding);
 
-// Returns what is wrong with a table, nothing where it can be shown as it was meant. The order is
-// that of the kinds; findings of one kind are in the order of dimensions, then of axes.
+// Returns the findings of a table, none if it is shown correctly. They are ordered by kind, then by
+// dimension, then by axis.
 [[nodiscard]] OM_API std::vector<Finding> Contradictions(const OmPivotTable& table);
-// Returns what is wrong with a dimension by itself, in the order of the kinds.
+// Returns the findings of a dimension by itself, ordered by kind.
 [[nodiscard]] OM_API std::vector<Finding> Contradictions(const OmDimension& dimension);
-// Returns what is wrong with a document, which is not changed: entry by entry the findings of the
-// entry, then those of its table. The table of an item that is there twice is listed once.
+// Returns the findings of a document, which is not changed: for each entry its own findings, then
+// those of its table. A table that is in two entries is checked once.
 [[nodiscard]] OM_API std::vector<Finding> Contradictions(OmOutputTree& document);
 
 }  // namespace om

@@ -11,7 +11,7 @@ struct OmDendrix::Data {
   std::uint32_t xmlUncompressedLength = 0;
   std::string uncompressedXml;
   std::string uncompressedDisplayXml;
-  const std::string& source;  // the caller's own string, on purpose
+  const std::string& source;  // the caller's string, not a copy, on purpose
 };
 
 OmDendrix::OmDendrix(const OmCellText& title_, const std::string& s)

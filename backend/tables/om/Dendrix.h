@@ -10,10 +10,10 @@
 #include "backend/tables/om/OutputPart.h"
 
 // A container of byte strings. Setters that take a pointer and a length append a chunk of any
-// bytes, at amortised constant time per byte; where memory runs out, what arrived before stays.
+// bytes, at amortised constant time per byte; if memory runs out, the bytes appended before remain.
 class OM_API OmDendrix : public OmOutputPart {
  public:
-  // Keeps a reference to `s`, not a copy, on purpose: whoever gives it a meaning keeps the string
+  // Keeps a reference to `s`, not a copy, on purpose: the callers that read it keep the string
   // alive as long as the item. Nothing in this library reads it.
   OmDendrix(const OmCellText& title, const std::string& s);
   ~OmDendrix() override;
@@ -24,7 +24,7 @@ class OM_API OmDendrix : public OmOutputPart {
   // Producers and consumers define the types. It is -1 at first.
   virtual void SetTreeType(int type);
   virtual void SetPath(const char* data, unsigned int length);
-  // Each call also sets the uncompressed length, so the last one counts.
+  // Each call also replaces the uncompressed length.
   virtual void SetCompressedXML(const char* data, unsigned int length,
                                 unsigned int uncompressedLength);
   virtual void SetUncompressedXML(const char* data, unsigned int length);

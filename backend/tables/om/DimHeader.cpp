@@ -42,8 +42,8 @@ OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
 
 OmDimHeader::~OmDimHeader() = default;
 
-// Walks the tree depth first. The way from the root is kept here rather than read from the nodes'
-// links to their parents: those may be stale, and trees may be deeper than the stack.
+// Walks the tree depth first. Keeps the path from the root in a vector of its own: the nodes' links
+// to their parents may be stale, and trees may be deeper than the stack.
 void OmDimHeader::CollectNodes(ConstNode node) {
   std::vector<Step> way{{node, 0}};
   while (!way.empty()) {
@@ -69,7 +69,8 @@ void OmDimHeader::AddLeaf(const std::vector<Step>& way) {
     if (!node->Hide()) {
       ++levels;
     }
-    // Nothing at and below a group that hides its labels counts, on purpose.
+    // A group that hides its labels, and all below it, has no label levels, on purpose: the row and
+    // column headings end a list of labels there.
     if (node->IsGroup() && node->HideLabels()) {
       levels = 0;
     }

@@ -8,10 +8,10 @@
 
 namespace {
 
-// What a search in the index of a parent finds.
+// The result of a search in the index of a parent.
 struct Found {
   unsigned long place;  // of the first entry that is not less than the probe
-  int position;         // of the child that is neither less nor greater, or -1
+  int position;         // of the child that equals the probe, or -1
 };
 
 Found Search(const OmDimension::ConstNode& parent, const OmDimensionNode& probe) {
@@ -139,7 +139,7 @@ OmDimension::Node OmDimension::Append(const Node& parent_, OmDimensionNode& node
   ++changes;
   OmVector<int>& index = parent_->ChildIndex();
   const unsigned long position = index.size();
-  // The room comes first, so that nothing fails once the child is there.
+  // Reserve first, so that nothing can fail after the child was added.
   if (index.capacity() == position) {
     index.reserve(OmVector<int>::NextSize(position));
   }
@@ -155,7 +155,7 @@ void OmDimension::Delete(Node& node) {
   ++changes;
   const Node above = node.Parent();
   const unsigned int pos = node - above.Begin();
-  // Before anything is changed, because it takes memory.
+  // Before anything is changed, because it allocates.
   const unsigned int largest = MaxSubscript(Root(), node);
   OmVectorTree::Delete(node);
 
@@ -163,7 +163,8 @@ void OmDimension::Delete(Node& node) {
   for (unsigned long i = 0; i < index.size();) {
     const auto entry = static_cast<unsigned int>(index[i]);
     if (entry == pos) {
-      // The entry at `pos`, not the one at `i`: on purpose, and the same in the order of insertion.
+      // Erases the entry at `pos`, not the matching one at `i`, on purpose (see the header). In the
+      // order of insertion they are the same.
       index.erase(index.begin() + std::min<unsigned long>(pos, index.size()));
       continue;
     }
@@ -241,7 +242,7 @@ void OmDimension::InsertChild(const OmDimensionNode& node, std::vector<Node*> no
   OmVectorTree::InsertChild(CopyInto(Region(), node), std::move(nodes));
 }
 
-// The indexes stay right as they are copied, because the children are cloned in their order.
+// The copied indexes stay correct, because the children are cloned in order.
 void OmDimension::CloneBelow(const ConstNode& source) {
   // Records whose children are still to be cloned, with their clones.
   std::vector<std::pair<ConstNode, Node>> todo{{source, Root()}};
@@ -251,7 +252,7 @@ void OmDimension::CloneBelow(const ConstNode& source) {
     for (ConstNode child = from.Begin(); child != from.End(); ++child) {
       OmVectorTree::Child(to, OmDimensionNode(*child, Region()));
     }
-    // None of them moves any more.
+    // These records do not move after this.
     for (unsigned long i = 0; i != from.Count(); ++i) {
       if (from[i].HasChild()) {
         todo.push_back({from[i], to[i]});
@@ -260,8 +261,8 @@ void OmDimension::CloneBelow(const ConstNode& source) {
   }
 }
 
-// The groups' own subscripts are ignored, and 0 stands for no category. `left` is left out, with
-// all below it.
+// Returns the largest subscript of the categories below `node`, 0 if there are none. Ignores the
+// subscripts of groups, and `left` with all records below it.
 unsigned int OmDimension::MaxSubscript(const ConstNode& node, const ConstNode& left) {
   unsigned int largest = 0;
   for (std::vector<ConstNode> todo{node}; !todo.empty();) {

@@ -45,8 +45,8 @@ void OmDimensionNode::Print(unsigned int level) const {
   for (unsigned int i = 0; i != level; ++i) {
     std::cout << "  ";
   }
-  // Only the low 32 bits, so that a missing subscript shows as -1. Numbers go as texts, whatever
-  // the stream would make of them.
+  // Only the low 32 bits, so that a missing subscript shows as -1. Numbers are converted to strings
+  // first, so that the flags of the stream do not change them.
   std::cout << "Subscript: " << std::to_string(static_cast<int>(subscript))
             << ", Group: " << YesOrNo(group) << ", hide: " << YesOrNo(hide)
             << ", hideLabels: " << YesOrNo(hideLabels);

@@ -8,7 +8,7 @@
 #include "backend/tables/om/Vector.h"
 #include "platform/cells/CellText.h"
 
-// Owns a text, or none. Dereferencing does not test for none in a release build.
+// Owns a text, or is null. Dereferencing null is not checked in a release build.
 class OmCellTextPtr {
  public:
   explicit OmCellTextPtr(OmCellText* p) noexcept : text(p) {}
@@ -61,7 +61,7 @@ class OM_API OmDimensionNode {
   // The label; may be null.
   [[nodiscard]] OmCellText* Text() noexcept { return text.get(); }
   [[nodiscard]] const OmCellText* Text() const noexcept { return text.get(); }
-  // The place of a category along its dimension.
+  // The number of a category in cell addresses.
   [[nodiscard]] unsigned long Subscript() const noexcept { return subscript; }
   void Subscript(unsigned long value) noexcept { subscript = value; }
   [[nodiscard]] bool IsGroup() const noexcept { return group; }
@@ -72,19 +72,19 @@ class OM_API OmDimensionNode {
   // 0 ascending, 1 descending, 2 not sorted.
   [[nodiscard]] int SortOrder() const noexcept { return sortOrder; }
   void SortOrder(int value) noexcept { sortOrder = value; }
-  // Positions of the record's children, in the order of their payloads. It says where to find them;
-  // the children themselves stay where they were added.
+  // Positions of the record's children, sorted by their payloads, for searching. The children
+  // themselves stay in the order in which they were added.
   [[nodiscard]] OmVector<int>& ChildIndex() noexcept { return childIndex; }
   [[nodiscard]] const OmVector<int>& ChildIndex() const noexcept { return childIndex; }
 
-  // Orders groups before categories, and by the label among themselves. The subscript takes no
-  // part. Both labels must be there.
+  // Orders groups before categories, then by label. Ignores the subscript. Neither label may be
+  // null.
   [[nodiscard]] bool operator<(const OmDimensionNode& other) const;
-  // Unlike the order it looks at the subscript too, on purpose: two categories with one label are
-  // different nodes. Both labels must be there.
+  // Unlike the order, compares the subscript too, on purpose: two categories with the same label
+  // are different nodes. Neither label may be null.
   [[nodiscard]] bool operator==(const OmDimensionNode& other) const;
 
-  // Writes one line to the standard output, after `level` times two blanks.
+  // Writes one line to the standard output, indented by two spaces per level.
   void Print(unsigned int level) const;
 
  private:

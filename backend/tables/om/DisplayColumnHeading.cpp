@@ -5,7 +5,7 @@
 
 using ConstNode = OmDisplayColumnHeading::ConstNode;
 
-// A row heading's record over the columns; it tells of rows where this heading has columns.
+// The record of a row heading over the column axis: its rows are the columns here.
 struct OmDisplayColumnHeading::Data : OmDisplayRowHeading::Data {
   Data(OmDisplayLayerHeading& layer, bool skipEmpty_)
       : OmDisplayRowHeading::Data(layer, layer.Table().Columns(), layer.Table().Rows(), skipEmpty_,

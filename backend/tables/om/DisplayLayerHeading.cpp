@@ -44,8 +44,7 @@ void OmDisplayLayerHeading::Data::PlaceCalculator::Fill(unsigned long long place
 
 // --- The record ---------------------------------------------------------------------------------
 
-// No layer, no header: what the destructor can take apart whenever the rest of the construction
-// fails.
+// A record without headers, which the destructor can destroy if the rest of the construction fails.
 OmDisplayLayerHeading::Data::Data(OmPivotTable& table_)
     : OmMemoryRegion(false),
       table(&table_),
@@ -96,14 +95,13 @@ void OmDisplayLayerHeading::Data::FindNonEmptyLayers() {
 }
 
 OmDimHeader* OmDisplayLayerHeading::Data::Header(int d) {
-  const auto i =
-      static_cast<unsigned long>(d);  // a negative one is not below the number of headers
+  const auto i = static_cast<unsigned long>(d);  // a negative one is too large then
   OM_HARDEN(i >= headers.size() || headers[i]->IsCurrent(), "OmDisplayLayerHeading::Data::Header");
   return i < headers.size() && headers[i]->IsCurrent() ? headers[i] : nullptr;
 }
 
 bool OmDisplayLayerHeading::Data::CurrentPlace(unsigned long long& place) const {
-  // A restored number may be that of no layer; a negative one is not below the number of layers.
+  // A restored number may have no layer. A negative one becomes larger than any layer number.
   const auto number = static_cast<unsigned long>(currentLayer);
   if (number >= layerCount) {
     return false;
@@ -182,15 +180,15 @@ void OmDisplayLayerHeading::Data::FindVisibleLevels(const Places& places,
   for (unsigned long k = 0; k != calc.Dimensions().size(); ++k) {
     const OmDimHeader* const header = Header(calc.Dimensions()[k]);
     if (header == nullptr) {
-      out.push_back(0);  // added or edited since; the entries stay those of the axis
+      out.push_back(0);  // the dimension was edited since; there is one entry per axis dimension
       continue;
     }
-    // As VisibleLevels of the leaves shown, without a list of them: as a rule the first one ends
-    // it.
+    // The result of OmDimHeader::VisibleLevels for the leaves shown, without a list of marks.
+    // Usually the first place ends the loop.
     int levels = places.empty() ? header->maxVisibleLevels : 0;
     for (auto place = places.begin(); place != places.end() && levels < header->maxVisibleLevels;
          ++place) {
-      // A digit may be beyond the leaves where subscripts are missing.
+      // A digit may be beyond the leaves if subscripts are missing.
       const unsigned int digit = calc.Single().Digit(*place, k);
       if (digit < header->visibleLevels.size()) {
         levels = std::max<int>(levels, header->visibleLevels[digit]);
@@ -306,7 +304,7 @@ bool OmDisplayLayerHeading::SwitchLayer(int n) {
 }
 
 bool OmDisplayLayerHeading::NextLayer() {
-  // A restored number may be the largest there is.
+  // Unsigned, because a restored number may be the largest int.
   return SwitchLayer(static_cast<int>(static_cast<unsigned int>(data->currentLayer) + 1U));
 }
 

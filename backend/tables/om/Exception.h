@@ -11,7 +11,7 @@
 // Reports a broken precondition of a public operation: a fixed message that names the operation and
 // the condition that has to hold, and up to two numbers that show the offending values.
 //
-// The library throws it and never catches it. Building one fails only where there is no memory for
+// The library throws it and never catches it. Constructing one fails only if there is no memory for
 // the texts.
 class OM_API OMSException : public std::exception {
  public:
@@ -30,7 +30,7 @@ class OM_API OMSException : public std::exception {
   std::string message;
   double value1;
   double value2;
-  std::string text;  // what what() returns; composed while throwing can still report a failure
+  std::string text;  // result of what(); composed in the constructor, which can still fail
 };
 
 #endif

@@ -1,8 +1,8 @@
-// OM_API marks what the library exports; everything else stays hidden. OM_PRIVATE keeps a nested
-// class, such as a private record, out of what its exported class brings along.
+// OM_API marks what the library exports; everything else stays hidden. OM_PRIVATE hides a nested
+// class, such as a private record, of an exported class.
 //
 // A program and its libraries have to agree about OM_HARDENING; platform/Export.h says how a mixed
-// program fails to link. The platform may be another one, so this library has symbols of its own.
+// program fails to link. The platform is replaceable, so this library defines symbols of its own.
 
 #ifndef BACKEND_TABLES_OM_EXPORT_H
 #define BACKEND_TABLES_OM_EXPORT_H
@@ -13,13 +13,13 @@
 #if defined(OM_HARDENING) && OM_HARDENING
 // Defined by a library that was built with OM_HARDENING on.
 extern "C" OM_API const char libom_with_OM_HARDENING_on;
-// References it. Retained where linkers drop unused data.
+// References it; `retain` keeps the reference if the linker drops unused data.
 [[gnu::used, gnu::retain, gnu::visibility("hidden")]] inline const char* const kOmHardeningOn =
     &libom_with_OM_HARDENING_on;
 #else
 // Defined by a library that was built with OM_HARDENING off.
 extern "C" OM_API const char libom_with_OM_HARDENING_off;
-// References it. Retained where linkers drop unused data.
+// References it; `retain` keeps the reference if the linker drops unused data.
 [[gnu::used, gnu::retain, gnu::visibility("hidden")]] inline const char* const kOmHardeningOff =
     &libom_with_OM_HARDENING_off;
 #endif

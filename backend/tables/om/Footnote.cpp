@@ -12,7 +12,7 @@ std::unique_ptr<OmCellText> CloneOrNull(const OmCellText* text, OmMemoryRegion* 
   return std::unique_ptr<OmCellText>(text != nullptr ? text->Clone(region) : nullptr);
 }
 
-// Deletes the old text before the clone exists: the owner never holds both.
+// Deletes the old text before it clones the new one, so that both never exist at once.
 void Replace(OmCellText*& slot, const OmCellText* text, OmMemoryRegion* region) {
   OM_HARDEN(text == nullptr || text != slot, "OmFootnote -- a text replaced by itself");
   delete std::exchange(slot, nullptr);

@@ -14,8 +14,8 @@ class OmMemoryRegion;
 // Owns its texts, which live in its region (null is the default heap). The region has to outlive
 // it. There is no assignment.
 //
-// A setter deletes the old text before it clones the new one, so it must not be handed the
-// footnote's own text; where the clone fails, the pointer is null.
+// A setter deletes the old text before it clones the new one, so it must not be called with the
+// footnote's own text. If the clone fails, the text is null.
 class OM_API OmFootnote {
  public:
   // Stores clones of `text` and `marker`, each of which may be null. The use count is 0.
@@ -25,22 +25,22 @@ class OM_API OmFootnote {
   OmFootnote& operator=(const OmFootnote&) = delete;
   ~OmFootnote();
 
-  // Null only in a footnote that was built without a text, or after a failed change.
+  // Null only in a footnote that was constructed without a text, or after a failed setter.
   [[nodiscard]] OmCellText* Text() noexcept { return text; }
   [[nodiscard]] const OmCellText* Text() const noexcept { return text; }
   void Text(const OmCellText& t);
 
-  // Null where the footnote has no marker of its own.
+  // Null if the footnote has no marker of its own.
   [[nodiscard]] OmCellText* Marker() const noexcept { return marker; }
   void Marker(const OmCellText* m);
 
-  // A negative count has a meaning to callers and is kept as it stands.
+  // A negative count has a meaning to callers and is stored unchanged.
   [[nodiscard]] int UseCount() const noexcept { return useCount; }
   void UseCount(int count) noexcept { useCount = count; }
-  // Wraps like the 32-bit integer that it is.
+  // Wraps on overflow.
   void AddUse() noexcept { useCount = static_cast<int>(static_cast<unsigned int>(useCount) + 1U); }
 
-  // Compares the texts alone; neither may be null.
+  // Compares only the texts; neither may be null.
   [[nodiscard]] bool operator==(const OmFootnote& other) const;
 
  private:

@@ -4,16 +4,16 @@
 #define BACKEND_TABLES_OM_FORMAT_H
 
 // Four bytes. A width above 40 is cut to 40 unless the format is a string format at that moment; a
-// later change of the type does not bring the old width back.
+// later change of the type does not restore the old width.
 class Qualtex_Format {
  public:
-  // The values follow the product's format catalogue, which this library does not hold. The two
-  // string types are all that it has to tell apart; every value of a byte may be stored.
+  // The values follow the product's format catalogue, which is not part of this library. The
+  // library only distinguishes the two string types from the others; any byte may be stored.
   enum FormatType : unsigned char { kString = 1, kStringHex = 2, kFixed = 5 };
 
   // Keeps the low 16 bits of `width` and the low 8 bits of `decimals`.
   Qualtex_Format(FormatType type_, int width_, int decimals_) {
-    // In this order: the rule for the width looks at the new type.
+    // In this order: the rule for the width depends on the new type.
     Type(type_);
     Width(static_cast<unsigned short>(width_));
     Decimals(static_cast<unsigned char>(decimals_));
@@ -36,7 +36,7 @@ class Qualtex_Format {
   unsigned char decimals = 0;
 };
 
-// The format of a value that nobody gave one. Every source file has its own copy.
+// The format of a value without a format of its own. Every source file has its own copy.
 static const Qualtex_Format kDefaultFormat(Qualtex_Format::kFixed, 8, 2);
 
 #endif

@@ -9,7 +9,7 @@ struct FormatArea::Data : OmRegionManaged {
   std::string fontName;
   float fontSize = 0;
   int fontStyle = -1;
-  int marginLeft = 6;  // not 2 as the others, on purpose: the front end counts on it
+  int marginLeft = 6;  // not 2 like the others, on purpose: front ends depend on it
   int marginRight = 2;
   int marginTop = 2;
   int marginBottom = 2;
@@ -23,11 +23,10 @@ struct FormatArea::Data : OmRegionManaged {
   std::string alternateBackgroundColor;
 };
 
-// The default heap is never torn down, so the record stays reachable for as long as the process
-// runs.
+// The default heap is never destroyed, so the record stays reachable until the process ends.
 FormatArea::FormatArea(Area a) : _my(new (nullptr) Data(a)) {}
 
-// Leaves the record alone, on purpose.
+// Does not release the record, on purpose (see the header).
 FormatArea::~FormatArea() = default;
 
 FormatArea::Area FormatArea::getArea() const {

@@ -9,15 +9,15 @@
 
 // A handle on a format record.
 //
-// The record outlives its handle, on purpose: nothing ever releases it, and references to its texts
-// stay good until the process ends. It lives in the default heap, which keeps it reachable. A copy
-// of a handle stands for the same record.
+// The record is never released, on purpose: callers keep references to its texts after the handle
+// is destroyed, and these stay valid until the process ends. It is on the default heap, where leak
+// checkers find it reachable. A copy of a handle refers to the same record.
 //
 // Texts start empty, the size at 0, and the style and the alignments at -1, which means not set.
 class OM_API FormatArea {
  public:
-  // The front end that sets formats defines what each area stands for. Every value may be stored; a
-  // table looks up these nine.
+  // The front end that sets formats defines the meaning of each area. Any value may be stored, but
+  // a table only looks up these nine.
   enum Area : unsigned int {
     kArea0,
     kArea1,

@@ -4,7 +4,7 @@
 #include "backend/tables/om/Vector.h"
 #include "platform/cells/CellText.h"
 
-// Goes through the virtual call, so that a visitor of headings receives procedures too.
+// Calls the virtual overload for headings, so that a visitor of headings receives procedures too.
 void OmOutputPart::Visitor::Visit(OmProcedure& part) {
   Visit(static_cast<OmHeading&>(part));
 }

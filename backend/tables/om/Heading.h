@@ -30,8 +30,8 @@ class OM_API OmHeading : public OmOutputPart {
   OmVector<OmFootnote>* footnotes;
 };
 
-// Its texts and numbers, the outline text apart, have the meaning that the producers and consumers
-// of a document agree on; the library only keeps them.
+// The library only stores its texts and numbers, except the outline text; the producers and
+// consumers of a document agree on their meaning.
 class OM_API OmProcedure : public OmHeading {
  public:
   // The outline text is the text of `title`.
@@ -43,10 +43,10 @@ class OM_API OmProcedure : public OmHeading {
   void Accept(Visitor& v) override;
 
   [[nodiscard]] const std::string& OutlineText() const noexcept { return outlineText; }
-  // Changes the outline text and then the title, for which the rules of SetTitle hold.
+  // Sets the outline text, then the title with SetTitle.
   void setOutlineText(const OmCellText& text);
 
-  // What the constructor was given as `a`, `b` and `c`.
+  // The constructor's `a`, `b` and `c`.
   [[nodiscard]] const std::string& TextA() const noexcept { return textA; }
   void TextA(const std::string& value) { textA = value; }
   [[nodiscard]] const std::string& TextB() const noexcept { return textB; }

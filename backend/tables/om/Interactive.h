@@ -12,13 +12,13 @@
 #include "backend/tables/om/OutputPart.h"
 
 // A container of byte strings. Setters that take a pointer and a length append a chunk of any
-// bytes, at amortised constant time per byte; setters that take a string replace. Where memory runs
-// out, what arrived before stays.
+// bytes, at amortised constant time per byte; setters that take a string replace. If memory runs
+// out, the bytes appended before remain.
 class OM_API OmInteractive : public OmOutputPart {
  public:
-  // Converts the title into the code page, unless that is empty. Whatever the kind of `title`, the
-  // item's is a string cell then, and its text is in that code page, not in UTF-8. Where the title
-  // cannot be converted, the cell has the unconverted text. A later SetTitle converts nothing.
+  // If `localeCodePage` is not empty, the item's title is a string cell with the text of `title`
+  // converted into that code page, so it is not UTF-8. If the text cannot be converted, the cell
+  // has the unconverted text. SetTitle does not convert.
   OmInteractive(const OmCellText& title, const std::string& localeCodePage,
                 long long interactiveId);
   ~OmInteractive() override;
@@ -29,12 +29,12 @@ class OM_API OmInteractive : public OmOutputPart {
   [[nodiscard]] const std::string& LocaleCodePage() const;
   [[nodiscard]] long long getInteractiveId() const;
 
-  // A file is announced by its name, then its content arrives in one chunk or more. Names and
-  // contents correspond by position. A chunk extends the last content while there are as many
-  // contents as names, and at least one; it starts a content otherwise.
+  // A file's name is added first, then its content in one or more chunks. Names and contents
+  // correspond by position. A chunk is appended to the last content if there are as many contents
+  // as names, and at least one; otherwise it starts a new content.
   void addGeoJSONFileName(const char* name, unsigned int length);
   void addGeoJSONFileContent(const char* data, unsigned int length);
-  // Whether a name was announced.
+  // Whether a name was added.
   [[nodiscard]] bool hasGeoJSONFile() const;
   [[nodiscard]] const std::vector<std::string>& getGeoJSONFileNames() const;
   [[nodiscard]] const std::vector<std::string>& getGeoJSONContent() const;

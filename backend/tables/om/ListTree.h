@@ -1,10 +1,10 @@
-// ListTree, an ordered tree that is kept as one doubly linked list.
+// ListTree, an ordered tree that is stored as one doubly linked list.
 //
-// The entries stand in document order, each with its level; the subtree of an entry is the run of
-// deeper entries right behind it. Every operation is a scan forward over that run and costs time in
-// proportion to it, nothing is indexed. The values are opaque: the tree neither copies what they
-// point to nor deletes it; a value is default-constructible and assignable. Nothing checks its
-// arguments in a release build.
+// The entries are in document order, each with its level; the subtree of an entry is the run of
+// deeper entries directly behind it. Every operation scans forward over that run and costs time
+// proportional to its length. The values are opaque: the tree neither copies nor deletes what they
+// point to; they must be default-constructible and assignable. Arguments are not checked in a
+// release build.
 
 #ifndef BACKEND_TABLES_OM_LISTTREE_H
 #define BACKEND_TABLES_OM_LISTTREE_H
@@ -34,7 +34,7 @@ class ListTreeData {
 // Invariants: the first entry is the root, at level 0; an entry is at most one level deeper than
 // the entry before it.
 //
-// An iterator, and a node that carries it, stays valid until its own entry is removed.
+// An iterator, and a node that contains it, is valid until its own entry is removed.
 template <typename T>
 class ListTree {
  public:
@@ -47,26 +47,28 @@ class ListTree {
   // Returns the node of the first entry.
   [[nodiscard]] Node Root();
 
-  // Returns the first place behind `it` whose entry is not deeper than `level`: with the entry's
-  // own level, the place just past its subtree. The end is returned as it is.
+  // Returns the first entry behind `it` that is not deeper than `level`, or the end. With the
+  // entry's own level, this is the position just past its subtree. If `it` is the end, returns the
+  // end.
   [[nodiscard]] iterator SearchForward(iterator it, int level);
 
-  // Makes the children of `n` its following siblings: every descendant moves up one level and stays
-  // where it is in the list.
+  // Makes the children of `n` its following siblings: every descendant moves up one level and keeps
+  // its position in the list.
   void Flatten(Node& n);
-  // Removes the entry of `n` alone; its children take its place. Afterwards `n` stands at the end.
+  // Removes only the entry of `n`; its children take its place. Afterwards `n` is at the end.
   void Erase(Node& n);
   // Removes the entry of `n` and its subtree.
   void Prune(const Node& n);
 
  protected:
-  // Returns the place that a node stands on.
+  // Returns the list position of a node.
   [[nodiscard]] static iterator Place(const Node& n) { return n.iter; }
-  // Moves a node whose entry is gone to the end, where a use of it is noticed. It keeps its level.
+  // Moves a node whose entry was removed to the end, so that a hardened build notices its use. It
+  // keeps its level.
   static void Leave(Node& n) { n.iter = n.tree->list.end(); }
 
  private:
-  // Entries to come, made several at a time. No copy takes them along.
+  // Unused entries, allocated several at a time. A copy of the tree does not copy them.
   struct Spare {
     Spare() = default;
     Spare(const Spare&) {}
@@ -80,9 +82,10 @@ class ListTree {
 
 // A cursor on an entry, or on the end of the list.
 //
-// It keeps the level that its entry had when the cursor was made and navigates by that level alone,
-// so it goes stale where the entry's level changes. This is on purpose. Assignment copies all of
-// it; comparison looks at the place only.
+// It stores the level that its entry had when the cursor was made and navigates by that level
+// alone, so it is stale after the entry's level changes. This is on purpose: Amputate and
+// OmOutputTree::Prune depend on it. Assignment copies position and level; comparison ignores the
+// level.
 template <typename T>
 class ListTree<T>::Node {
  public:
@@ -98,17 +101,17 @@ class ListTree<T>::Node {
   [[nodiscard]] bool operator==(const Node& other) const { return iter == other.iter; }
   [[nodiscard]] bool operator!=(const Node& other) const { return iter != other.iter; }
 
-  // From Begin() to End() by ++ visits exactly the children. Begin() of a leaf is its End(). End()
-  // reads as one level deeper than this node, whatever entry it stands on.
+  // Iterating from Begin() to End() with ++ visits exactly the children. Begin() of a leaf equals
+  // its End(). The level of End() is this node's level plus one, whatever entry is there.
   [[nodiscard]] Node Begin() const;
   [[nodiscard]] Node End() const;
-  // Moves to the next sibling, past the subtree. The level stays what it was.
+  // Moves to the next sibling, past the subtree. The level does not change.
   Node& operator++();
 
   // Appends `value` as the last child and returns its node.
   Node Child(const T& value);
-  // Appends what `value` points to, for a tree that owns its values, as the output tree does. Only
-  // a call that succeeds takes it over: where one fails, `value` is as it was.
+  // Appends the object of `value` and takes ownership of it, for a tree that owns its values, as
+  // the output tree does. If the call fails, `value` is unchanged.
   template <typename Value>
   Node Child(std::unique_ptr<Value>&& value) {
     static_assert(std::is_convertible_v<Value*, T>, "the tree holds pointers to a base of it");
@@ -120,7 +123,7 @@ class ListTree<T>::Node {
  private:
   friend class ListTree<T>;
 
-  // Ends the process where the node stands at the end, in a hardened build only.
+  // Ends the process if the node is at the end, in a hardened build only.
   void CheckEntry([[maybe_unused]] const char* operation) const {
     OM_HARDEN(iter != tree->list.end(), operation);
   }
@@ -150,7 +153,7 @@ void ListTree<T>::Flatten(Node& n) {
   if (n.iter == list.end()) {
     return;
   }
-  // The entry's level counts here, not the one that the cursor keeps.
+  // The entry's level is used here, not the level that the cursor stores.
   const int level = n.iter->Level();
   for (iterator it = std::next(n.iter); it != list.end() && it->Level() > level; ++it) {
     --it->Level();
@@ -209,8 +212,8 @@ typename ListTree<T>::Node ListTree<T>::Node::Child(const T& value) {
   std::list<ListTreeData<T>>& unused = tree->spare.entries;
   const ListTreeData<T> made(level + 1, value);
   if (unused.empty()) {
-    // Scans over a long list wait for memory, and least where entries lie side by side: made one by
-    // one, each would lie behind the item that it is made for.
+    // A scan over a long list is limited by memory latency, so entries are allocated side by side.
+    // Allocated one by one, each entry would lie behind its item.
     const unsigned long several = std::min<unsigned long>(tree->list.size() / 8, 511);
     unused.push_back(made);
     try {

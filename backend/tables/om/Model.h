@@ -10,7 +10,7 @@
 #include "backend/tables/om/OutputPart.h"
 
 // A container of byte strings. Setters append a chunk of any bytes, at amortised constant time per
-// byte; where memory runs out, what arrived before stays.
+// byte; if memory runs out, the bytes appended before remain.
 class OM_API OmModel : public OmOutputPart {
  public:
   // How the model is delivered. Producers and consumers define further values.
@@ -24,7 +24,7 @@ class OM_API OmModel : public OmOutputPart {
 
   virtual void SetPMML(const char* data, unsigned int length);
   virtual void SetBinaryDataStream(const char* data, unsigned int length);
-  // The two containers make the model's type 1, each time.
+  // Each call also sets the model type to kModelContainer.
   virtual void SetPMMLContainer(const char* data, unsigned int length);
   virtual void SetStatXMLContainer(const char* data, unsigned int length);
   [[nodiscard]] const std::string& GetPMML() const;

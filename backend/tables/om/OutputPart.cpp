@@ -3,12 +3,12 @@
 #include <utility>
 
 #include "backend/tables/om/Assert.h"
-#include "backend/tables/om/Format.h"  // every source of plain items has its copy of the default
+#include "backend/tables/om/Format.h"  // on purpose: sources of plain items have a copy of kDefaultFormat
 #include "platform/cells/CellText.h"
 
 namespace {
 
-// Hands on what an item says of its kind.
+// Passes an item on to a ConstVisitor.
 class Reader : public OmOutputPart::Visitor {
  public:
   explicit Reader(OmOutputPart::ConstVisitor& to_) noexcept : to(to_) {}
@@ -42,11 +42,11 @@ void OmOutputPart::SetTitle(const OmCellText& title_) {
 
 void OmOutputPart::Accept(ConstVisitor& v) const {
   Reader reader(v);
-  // The items have one virtual function that tells their kind, and it is for items that may be
-  // changed. It only passes the item on.
+  // The only virtual function that dispatches on the kind takes a mutable item. It does not change
+  // it.
   const_cast<OmOutputPart*>(this)->Accept(reader);
 }
 
-// The overloads with a body stand with the kinds that they know: Heading.cpp and TextBlock.cpp.
+// The overloads with a default body are defined in Heading.cpp and TextBlock.cpp.
 OmOutputPart::Visitor::~Visitor() = default;
 OmOutputPart::ConstVisitor::~ConstVisitor() = default;

@@ -1,5 +1,5 @@
-// OmOutputPart, the base of every item of an output document, and the visitor that tells the kinds
-// apart.
+// OmOutputPart, the base of every item of an output document, and the visitors that distinguish
+// their kinds.
 //
 // An item is a container: it draws nothing, writes nothing and does not know its place in a
 // document.
@@ -32,25 +32,25 @@ class OM_API OmOutputPart {
   OmOutputPart(const OmOutputPart&) = delete;
   OmOutputPart& operator=(const OmOutputPart&) = delete;
   // Destructors of items may throw, though the library's own do not: an output tree that is being
-  // destroyed ignores what they throw. A class with an item as a member declares its own destructor
-  // noexcept where its base asks for that.
+  // destroyed ignores what they throw. A class that has an item as a member and a base with a
+  // noexcept destructor has to declare its own destructor noexcept.
   virtual ~OmOutputPart() noexcept(false);
 
   // Calls the Visit overload of the item's own kind.
   virtual void Accept(Visitor& v) = 0;
-  // The same for an item that is only read. Goes through the function above, which changes no item.
+  // The same for a const item. Calls the function above, which does not change the item.
   void Accept(ConstVisitor& v) const;
 
-  // The item keeps the ownership. Never null, except after a failed SetTitle. In UTF-8, but for
-  // what an item with a code page was made with.
+  // Owned by the item. Null only after a failed SetTitle. In UTF-8, except the title that the
+  // constructor of an item with a code page has converted.
   [[nodiscard]] OmCellText* Title() noexcept { return title; }
   [[nodiscard]] const OmCellText* Title() const noexcept { return title; }
   // Stores a clone of `title`. The old title is deleted first, so `title` must not be the item's
-  // own; where the clone fails, the item is left without a title.
+  // own. If the clone fails, the item has no title.
   void SetTitle(const OmCellText& title);
 
-  // A word (0 at first) and two flags (true at first) for the front end, which gives them their
-  // meaning. The library only keeps them.
+  // A word (0 at first) and two flags (true at first) for the front end, which defines their
+  // meaning. The library only stores them.
   [[nodiscard]] std::uint64_t UserWord() const noexcept { return userWord; }
   void UserWord(std::uint64_t value) noexcept { userWord = value; }
   [[nodiscard]] bool FirstFlag() const noexcept { return firstFlag; }
@@ -85,8 +85,8 @@ class OM_API OmOutputPart::Visitor {
   virtual void Visit(OmInteractive& part) = 0;
 };
 
-// Visits an item that is only read, with the same defaults. A class of its own, so that the
-// functions of Visitor, and their order, stay what visitors are compiled for.
+// Visits a const item, with the same defaults. A class of its own, because new functions in Visitor
+// would break the binary interface of compiled visitors.
 class OM_API OmOutputPart::ConstVisitor {
  public:
   virtual ~ConstVisitor();

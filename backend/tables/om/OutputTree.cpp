@@ -26,14 +26,14 @@ void DeletePart(OmOutputPart*& slot) {
   delete std::exchange(slot, nullptr);
 }
 
-// Lets this file see the place that a node stands on.
+// Gives this file access to the list position of a node.
 struct Places : ListTree<OmOutputPart*> {
   using ListTree<OmOutputPart*>::Place;
 };
 
 #if defined(OM_HARDENING) && OM_HARDENING
 
-// Whether an object is on the stack of this thread; false where that cannot be told.
+// Whether an object is on the stack of this thread; false if that is unknown.
 bool IsOnStack([[maybe_unused]] const void* object) noexcept {
 #if defined(__GLIBC__)
   struct Stack {
@@ -56,9 +56,9 @@ bool IsOnStack([[maybe_unused]] const void* object) noexcept {
 #endif
 }
 
-// Looks at the items of the entries from `first` to `last`, which are about to be deleted. Takes no
-// memory from the ordinary heap, since a tree that is destroyed must not, and does without where
-// there is none.
+// Checks the items of the entries from `first` to `last`, which are about to be deleted. Allocates
+// with malloc, because the destructor of a tree must not call operator new. Checks nothing if there
+// is no memory.
 void CheckItems(std::list<ListTreeData<OmOutputPart*>>& list, Places::iterator first,
                 Places::iterator last) {
   struct Free {
@@ -93,8 +93,8 @@ void CheckItems(std::list<ListTreeData<OmOutputPart*>>&, Places::iterator, Place
 
 #endif
 
-// The text block with the entry that it will have. Everything that can fail for want of memory
-// comes before anything is deleted.
+// The text block and its future list entry. The constructor makes all allocations, before anything
+// is deleted.
 class Replacement {
  public:
   Replacement(const OmCellText& title, const std::string& message)
@@ -118,7 +118,7 @@ class Replacement {
 
 Node ReplaceItem(Node node, const std::string& message) {
   OM_HARDEN(*node != nullptr, "Amputate");
-  // An item has no title only where setting one failed.
+  // An item has no title only after a failed SetTitle.
   const OmStringCell none("");
   const OmCellText* const title = (*node)->Title();
   Replacement block(title != nullptr ? *title : none, message);
@@ -145,8 +145,8 @@ Node ReplaceContent(Node node, const OmCellText* title, const std::string& messa
 
 }  // namespace
 
-// The heading follows the entry, because nobody would delete it if there were no memory for the
-// entry.
+// The entry is made before the heading: without memory for the entry, nothing would delete the
+// heading.
 OmOutputTree::OmOutputTree() : ListTree<OmOutputPart*>(nullptr) {
   List().front().Data() = new OmHeading(OmStringCell("Output", nullptr, true));
 }
@@ -157,18 +157,18 @@ OmOutputTree::~OmOutputTree() {
     try {
       delete entry.Data();
     } catch (...) {
-      // The rest of the document is deleted all the same.
+      // Ignored, so that the rest of the document is deleted too.
     }
   }
 }
 
-// The same as pruning each child of `n` in turn and then `n`, written without recursion and without
-// an allocation. What stands first in a subtree is removed before what follows it, so the entry in
-// front of a removed one is its parent.
+// Has the result of pruning each child of `n` in turn and then `n`, without recursion and without
+// an allocation. The first entries of a subtree are removed first, so the entry in front of a
+// removed one is its parent.
 //
-// Cursors navigate by the level that they were made with: `n` by its own, and the cursor that runs
-// over siblings by that of the first one. The entries are on their way out, so a sibling is given
-// that level.
+// Cursors navigate by the level that they were made with: `n` by its own, a cursor over siblings by
+// that of the first sibling. Therefore each following sibling gets the level of the first one; it
+// is removed next anyway.
 void OmOutputTree::Prune(Node& n) {
   const iterator top = Place(n);
   OM_HARDEN(top != List().end(), "OmOutputTree::Prune");

@@ -11,14 +11,14 @@
 #include "backend/tables/om/OutputPart.h"
 
 // Owns the items of its entries and deletes them through their virtual destructors. An entry may
-// hold null. The tree costs no stack in its depth.
+// hold null. No operation recurses, however deep the outline is.
 //
-// So an item is made with `new`, and stands in one entry of one tree. An item does not know where
-// it stands: before it deletes items, a hardened build looks for those that two entries of this
-// tree hold, and for those on the stack of the thread.
+// So an item must be made with `new`, and be in one entry of one tree only. Before it deletes
+// items, a hardened build checks that none of them is in two entries of this tree or on the stack
+// of the thread.
 //
-// Prune and Erase let an exception of an item's destructor pass. The entry of that item then holds
-// null, and what was not yet removed stays in the tree.
+// Prune and Erase do not catch exceptions of item destructors. The entry of that item is null then,
+// and the entries that were not yet removed stay in the tree.
 class OM_API OmOutputTree : public ListTree<OmOutputPart*> {
  public:
   // Holds the root entry, an OmHeading with the title "Output".
@@ -29,26 +29,26 @@ class OM_API OmOutputTree : public ListTree<OmOutputPart*> {
   ~OmOutputTree();
 
   // Removes `n` with its subtree and deletes their items, children before their parent, in document
-  // order. Afterwards `n` stands at the end. Other nodes on what was removed must not be used.
+  // order. Afterwards `n` is at the end. Other nodes on removed entries must not be used.
   void Prune(Node& n);
-  // Deletes the item of `n` and removes its entry; its children take its place. Afterwards `n`
-  // stands at the end.
+  // Deletes the item of `n` and removes its entry; its children take its place. Afterwards `n` is
+  // at the end.
   void Erase(Node& n);
 };
 
-// Replaces what is at or below `node` by a text block that says `message`; the tree has to be an
-// OmOutputTree. The level that the node keeps decides how:
+// Replaces the item at `node`, or everything below it, by a text block with the text `message`. The
+// tree has to be an OmOutputTree. Node::Level() decides:
 //
-// Below the top of the outline (level above 1), the item at the node is deleted and its entry goes.
-// Its children and, behind them, the text block take its place. The block has the item's title, and
-// `title` is not used. Returns the entry behind the node's: the first of those children, or the
-// block.
+// Level 2 or deeper: the item is deleted and its entry removed. Its children and, after them, the
+// text block take its place. The block has the item's title; `title` is not used. Returns the node
+// of the first of those children, or of the block if there are none.
 //
-// For the root and the items directly under it, the item stays, everything below it is deleted, and
-// the text block becomes its only child, titled `*title`. Returns the block's node.
+// Level 0 or 1, the root and the items directly below it: the item stays, everything below it is
+// deleted, and the text block with the title `*title` becomes its only child. Returns the node of
+// the block.
 //
-// Where memory runs out, the tree is as it was. Where a destructor throws, nothing leaks, and the
-// tree holds what was not yet deleted; an item that was deleted leaves null in its entry.
+// If memory runs out, the tree is unchanged. If a destructor throws, nothing leaks: the tree keeps
+// what was not yet deleted, and the entry of a deleted item is null.
 OM_API ListTree<OmOutputPart*>::Node Amputate(ListTree<OmOutputPart*>::Node node,
                                               const OmCellText* title, const std::string& message);
 

@@ -1,5 +1,5 @@
-// What the items with payloads share: the rule that pairs announced files with their chunks, and
-// the title in a code page. Not for callers of the library.
+// Functions shared by the items with payloads: how chunks are assigned to files, and the conversion
+// of a title into a code page. Not for callers of the library.
 
 #ifndef BACKEND_TABLES_OM_PAYLOADDATA_H
 #define BACKEND_TABLES_OM_PAYLOADDATA_H
@@ -9,16 +9,15 @@
 
 class OmOutputPart;
 
-// Adds a chunk to the contents of files, which correspond to `names` by position. It extends the
-// last content while every announced file has one, and starts a content otherwise, also where no
-// name was announced at all. Several names announced at once therefore make as many chunks start a
-// content.
+// Adds a chunk to the contents of files, which correspond to `names` by position. The chunk is
+// appended to the last content if there are as many contents as names, and at least one. Otherwise
+// it starts a new content, also if there is no name. So if several names are added at once, each of
+// the next chunks starts a content until every name has one.
 void AddFileContent(std::vector<std::string>& contents, const std::vector<std::string>& names,
                     const char* data, unsigned int length);
 
 // Replaces the title of `part` by a string cell with the title's text in the named code page, or
-// with the unconverted text where it cannot be converted. An empty code page leaves the title
-// alone.
+// with the unconverted text if it cannot be converted. Does nothing if the code page is empty.
 void ConvertTitle(OmOutputPart& part, const std::string& codePage);
 
 #endif

@@ -5,9 +5,9 @@
 // index of each dimension to the rows, columns or layers, set cells, add footnotes, call
 // EndTable(). The display headings then read it and never change it.
 //
-// Every text, category, cell and footnote but the item's title is copied into a memory region that
-// the table owns, so the table's memory is charged to the table and gone with it. Setting and
-// finding a cell costs one pointer step per dimension.
+// Every text, category, cell and footnote except the item's title is copied into a memory region
+// that the table owns, so the table's memory is charged to the table and released with it. Setting
+// and finding a cell costs one pointer step per dimension.
 
 #ifndef BACKEND_TABLES_OM_PIVOTTABLE_H
 #define BACKEND_TABLES_OM_PIVOTTABLE_H
@@ -34,10 +34,10 @@ class icuTracker;
 
 // One thread at a time uses a table and the headings made from it.
 //
-// A text that is handed in is copied; callers keep what they pass. A text of the table itself must
-// not be handed back to the setter that replaces it: the old text is deleted before the new one is
-// copied. Where that copy fails, the text is null afterwards. Integer properties are -1 until they
-// are set, but the language and the two modes, which are 0.
+// Texts passed in are copied; callers keep theirs. A setter must not be called with the table's own
+// text that it replaces: the old text is deleted before the new one is copied. If that copy fails,
+// the text is null. Integer properties are -1 until they are set, except the language and the two
+// modes, which are 0.
 class OM_API OmPivotTable : public OmOutputPart {
  public:
   struct OM_PRIVATE Data;
@@ -48,18 +48,20 @@ class OM_API OmPivotTable : public OmOutputPart {
   // A vector of one level of the cell store (PointerVector.h).
   using PointerVector = OmPointerVector;
 
-  // A template name of "Warnings" or "Notes" makes the table one of warnings or of notes, for good.
+  // A template name of "Warnings" or "Notes" marks the table as one of warnings or of notes
+  // permanently.
   OmPivotTable(const OmCellText& title, const OmCellText& templateName, bool hasSplits);
-  // Lets nothing out, so that tables can be members and stand in test fixtures. Where the
-  // destructor of a class derived from this one throws, the process ends.
+  // Does not throw, so that tables can be members of any class. If the destructor of a derived
+  // class throws, the process ends.
   ~OmPivotTable() noexcept override;
 
   using OmOutputPart::Accept;
   void Accept(Visitor& visitor) override;
 
-  // Ends construction: the three axes together have to list as many entries as there are
-  // dimensions. Where they do not, entries of -1 are removed; throws OMSException where that does
-  // not help. Where the numbers agree from the start, entries of -1 stay, on purpose.
+  // Ends construction. The three axes together must have as many entries as there are dimensions.
+  // If they do not, entries of -1 are removed; if that does not help, throws OMSException. If the
+  // numbers agree from the start, entries of -1 stay, on purpose: the removal only repairs a
+  // mismatch.
   void EndTable();
 
   // --- Titles -----------------------------------------------------------------------------------
@@ -83,21 +85,21 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // Adds an empty dimension, and returns it; the table owns it. Its index is NDimensions() - 1,
   // which is also the subscript of its root. Cells that are stored already move to subscript 0 of
-  // the new dimension. Where it fails, the table is as it was.
+  // the new dimension. If it fails, the table is unchanged.
   OmDimension* AddDimension(const OmCellText& name);
   // Adds a copy of `dimension`, whose root needs a label.
   OmDimension* AddDimension(const OmDimension& dimension);
-  // Gives a table without dimensions copies of all of `other`'s. Axes and cells are not copied, the
-  // subscripts of the roots are kept, and no tracker is attached, on purpose. Throws OMSException
-  // where this table has dimensions.
+  // Adds copies of all dimensions of `other` to a table without dimensions. Axes and cells are not
+  // copied. Unlike AddDimension, keeps the subscripts of the roots and ties no text to a tracker,
+  // on purpose: the copies are exact. Throws OMSException if this table has dimensions.
   void CopyDimensions(const OmPivotTable& other);
   // Returns the index of the first dimension of that name, or -1.
   [[nodiscard]] int FindDimension(const OmCellText& name) const;
-  // Throws OMSException where there is no dimension `which`.
+  // Throws OMSException if there is no dimension `which`.
   [[nodiscard]] OmDimension* Dimension(int which);
   [[nodiscard]] const OmDimension* Dimension(int which) const;
   [[nodiscard]] unsigned long NDimensions() const noexcept;
-  // Returns the number of categories of dimension `which`. Throws OMSException where there is none.
+  // Returns the number of categories of dimension `which`. Throws OMSException if there is none.
   [[nodiscard]] int Size(int which) const;
   // Returns the number of categories of every dimension.
   [[nodiscard]] std::vector<int> SizeVector() const;
@@ -113,13 +115,13 @@ class OM_API OmPivotTable : public OmOutputPart {
 
   // --- Cells ------------------------------------------------------------------------------------
 
-  // Stores a copy of `cell`, or null, at one subscript per dimension; the metadata of a cell that
-  // is replaced goes over to the new one. Returns false where getNumCells() was above the limit of
-  // the settings before the call: the cell is not stored and the table is scratched. Throws
+  // Stores a copy of `cell`, or null, at one subscript per dimension. The new cell gets the
+  // metadata of the cell that it replaces. If getNumCells() was above the limit of the settings
+  // before the call, returns false, does not store the cell and scratches the table. Throws
   // OMSException on a wrong number of subscripts or a negative one, and in a table without
   // dimensions.
   //
-  // Where a copy fails, null is stored; where only the metadata finds no room, the new cell is
+  // If the copy fails, null is stored; if only the copy of the metadata fails, the new cell is
   // stored without it. A null that was stored first hides the cells behind it from the iterators.
   bool Cell(const std::vector<int>& subscripts, const OmCellText* cell);
   bool Cell(const std::vector<int>& subscripts, const OmCellText& cell);
@@ -127,10 +129,10 @@ class OM_API OmPivotTable : public OmOutputPart {
   // subscripts or a negative one.
   [[nodiscard]] OmCellText* Cell(const std::vector<int>& subscripts);
   [[nodiscard]] const OmCellText* Cell(const std::vector<int>& subscripts) const;
-  // Deletes a cell, and the vectors of the store that it leaves empty. Only for subscripts at which
-  // a cell was set before.
+  // Deletes a cell, and the vectors of the store that become empty. Only for subscripts at which a
+  // cell was set before.
   void deleteCell(const std::vector<int>& subscripts);
-  // Returns the number of calls of the setter, whatever became of them; not the number of cells.
+  // Returns the number of calls of the setter, failed ones included; not the number of cells.
   [[nodiscard]] int getNumCells() const noexcept;
   // Returns how many cells are stored.
   [[nodiscard]] unsigned long StoredCells() const noexcept;
@@ -139,51 +141,52 @@ class OM_API OmPivotTable : public OmOutputPart {
   [[nodiscard]] Iterator FirstCell();
   [[nodiscard]] ConstIterator FirstCell() const;
   // Moves `subscripts` to the next stored cell in the order of the iterators and returns that cell;
-  // without a next one it returns null and leaves `subscripts` empty. A walk starts with empty
-  // subscripts. Unlike an iterator it finds the cells behind a null that was stored first, and the
-  // table may change between two calls. A call costs about as much as asking for a cell. Throws
-  // OMSException on a wrong number of subscripts, unless there are none, or a negative one.
+  // if there is none, returns null and clears `subscripts`. A walk starts with empty subscripts.
+  // Unlike an iterator it finds the cells behind a null that was stored first, and the table may
+  // change between two calls. A call costs about as much as a lookup of a cell. Throws OMSException
+  // on a wrong number of subscripts, unless there are none, or on a negative one.
   [[nodiscard]] const OmCellText* NextCell(std::vector<int>& subscripts) const;
 
   // --- Footnotes --------------------------------------------------------------------------------
 
-  // Adds a footnote, or counts another use of the one with the same text unless `alwaysNew`; its
-  // marker becomes the one of `note`, also where that is none. Returns the footnote's index. A new
-  // footnote has one use; a negative use count is taken over as it is, on purpose. `note` needs a
-  // text. Where a copy fails, a footnote without a text stays in the list.
+  // Adds a footnote and returns its index. If there is one with the same text and `alwaysNew` is
+  // false, counts another use of that one instead, and replaces its marker by the one of `note`,
+  // even by none. A new footnote has one use, unless `note` has a negative use count, which is
+  // copied, on purpose: it has a meaning to callers. `note` must have a text. If a copy fails, a
+  // footnote without a text stays in the list.
   //
-  // Costs about one comparison for each doubling of the list, and one for each text that is of none
-  // of the platform's simple kinds: only such a text knows what it equals. Where `note` has one,
-  // and after the writable list was handed out, it costs a comparison with each footnote.
+  // Costs a number of comparisons logarithmic in the length of the list, and one for each footnote
+  // whose text is not of one of the platform's simple kinds, because other kinds define their own
+  // equality. If the text of `note` is of another kind, and after a call of the non-const
+  // Footnotes(), it costs a comparison with each footnote.
   int Footnote(const OmFootnote& note, bool alwaysNew);
-  // Reading through a constant table keeps Footnote fast.
+  // The non-const function makes Footnote slow from then on: read through a const table.
   [[nodiscard]] OmVector<OmFootnote>& Footnotes() noexcept;
   [[nodiscard]] const OmVector<OmFootnote>& Footnotes() const noexcept;
-  // Tells that the caller dropped footnotes; the table itself never does.
+  // Records that the caller removed footnotes; the table itself never does.
   void RemovedFootnotes(bool removed) noexcept;
   [[nodiscard]] bool HasRemovedFootnotes() const noexcept;
 
   // --- Settings and text-encoding trackers ------------------------------------------------------
 
-  // Keeps a copy. The first settings with fast tables make the table's trackers and tie to them the
-  // texts that the table holds, its cells, corner text and caption excepted; later ones keep the
-  // trackers.
+  // Stores a copy. The first settings with fast tables create the table's trackers and tie the
+  // texts of the table to them, except its cells, corner text and caption. Later settings do not
+  // change the trackers.
   void setBackendSettings(const BackendSettings& settings);
   [[nodiscard]] const BackendSettings& getBackendSettings() const noexcept;
-  // Null until made; both may be the same object.
+  // Null until created; both may be the same object.
   [[nodiscard]] icuTracker* getICUTracker() const noexcept;
   [[nodiscard]] icuTracker* getU8Tracker() const noexcept;
-  // Ties a text to the table's tracker, where there is one.
+  // Ties a text to the table's tracker, if there is one.
   void setHelper(OmCellText& cell);
 
   // --- Area formats -----------------------------------------------------------------------------
 
-  // Takes ownership of `format` and deletes the one of the same area; above area 8, where no lookup
-  // finds a format, the old one stays until the table goes. Null is ignored. The same object must
-  // not be handed in twice.
+  // Takes ownership of `format` and deletes the previous one of the same area. For an area above 8,
+  // which no lookup finds, the previous one is kept until the table is destroyed. Null is ignored.
+  // The same object must not be passed twice.
   void setAreaFormat(FormatArea* format);
-  // The same. Only a call that succeeds takes the format over: where one fails, `format` is as it
-  // was.
+  // The same. If the call fails, `format` is unchanged.
   void setAreaFormat(std::unique_ptr<FormatArea>&& format);
   // Returns the format of an area, or null; always null for an area above 8.
   [[nodiscard]] FormatArea* getAreaFormat(FormatArea::Area area) const;
@@ -258,7 +261,7 @@ class OM_API OmPivotTable : public OmOutputPart {
   [[nodiscard]] std::map<unsigned long long, unsigned short>& emptyCellStyles() noexcept;
   [[nodiscard]] const std::vector<OmCellProperties>& getCellStyles() const noexcept;
   [[nodiscard]] std::vector<OmCellProperties>& cellStyles() noexcept;
-  // Appends to a list that is separated by commas; a comma goes in front unless the list is empty.
+  // Appends to a comma-separated list.
   void addMiscProperty(std::string property);
   [[nodiscard]] const std::string& getMiscProperties() const noexcept;
 
@@ -267,15 +270,14 @@ class OM_API OmPivotTable : public OmOutputPart {
   // Writes titles, dimensions, cells and footnotes to the standard output. The table title must be
   // set: without one, the process ends. Numbers do not depend on the state of the stream.
   void Print() const;
-  // Writes the store below `v`, which stands at `depth` (0 is the root) and at `index` in its
-  // parent.
+  // Writes the store below `v`, which is at `depth` (0 is the root) and at `index` in its parent.
   void PrintCells(PointerVector* v, unsigned long depth, unsigned long index) const;
 
  private:
-  friend class OmDisplayLayerHeading;  // walks the store where asking for cell by cell would be
-                                       // slow
+  friend class OmDisplayLayerHeading;  // walks the store: looking up each cell would be slow
 
-  // What reading a cell needs of the private record, so that it costs no call.
+  // The part of the private record that reading a cell needs, declared here so that reading is
+  // inline.
   struct OM_PRIVATE Cells {
     OmMemoryRegion region{false};
     OmVector<OmDimension*> _dimensions{
@@ -301,7 +303,7 @@ inline OmCellText* OmPivotTable::FindCell(const std::vector<int>& subscripts) co
   while (element != nullptr && s != first) {
     element = static_cast<const PointerVector*>(element)->At(*--s);
   }
-  // On the way to a cell no subscript is negative.
+  // A negative subscript never leads to a cell, so only this case needs the check.
   if (element == nullptr &&
       std::any_of(first, first + subscripts.size(), [](int i) { return i < 0; })) {
     Refuse(subscripts);

@@ -36,7 +36,7 @@ void RemovePlaceholders(PuppetVector<short>& axis) {
   }
 }
 
-// Adds a level to the cell store, and takes it away again unless committed.
+// Adds a level to the cell store, and removes it again unless committed.
 class RaisedStore {
  public:
   explicit RaisedStore(OmPivotTable::Data& table_) : table(table_) { table.AddCellDimension(); }
@@ -85,7 +85,7 @@ std::vector<int> OmPivotTable::Data::SizeVector() const {
 void OmPivotTable::Data::ReindexAxis() {
   const unsigned long ndim = _dimensions.size();
   const auto count = [this] { return layers.size() + columns.size() + rows.size(); };
-  // Placeholders stay where the numbers agree already: they go only to mend a mismatch.
+  // Placeholders are removed only to repair a mismatch, on purpose (see EndTable).
   if (ndim != count()) {
     RemovePlaceholders(layers);
     RemovePlaceholders(columns);
@@ -120,7 +120,7 @@ void OmPivotTable::CopyDimensions(const OmPivotTable& other) {
       _my->AddCellDimension();
     }
   } catch (...) {
-    // A table without dimensions holds no cells, so the store has no level to give back.
+    // A table without dimensions has no cells, so the store has no level to remove.
     for (OmDimension* const dimension : dimensions) {
       delete dimension;
     }

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Returns an address as a stream in its first state writes it.
+// Returns an address as a stream with default flags writes it.
 std::string Address(const void* p) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
@@ -54,12 +54,12 @@ void OmPivotTable::Print() const {
 }
 
 void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned long index) const {
-  // The same index stands at every step of the indentation, on purpose.
+  // Every step of the indentation has the same index, on purpose: readers of the dump expect it.
   for (unsigned long step = 0; step < depth; ++step) {
     std::cout << "    [" << std::to_string(index) << "] ";
   }
   if (depth >= _my->_dimensions.size()) {
-    // Below the last level of vectors stand the cells.
+    // Below the last level of vectors are the cells.
     void* const element = v;
     auto* const cell = static_cast<OmCellText*>(element);
     std::cout << Address(element);
@@ -72,7 +72,7 @@ void OmPivotTable::PrintCells(PointerVector* v, unsigned long depth, unsigned lo
   OM_HARDEN(v != nullptr, "OmPivotTable::PrintCells");
   std::cout << Address(v) << std::endl;
   for (unsigned long i = 0; i < v->size(); ++i) {
-    // Read as a constant, since to be written to would mark a slot as used.
+    // Reads through the const operator: the other one marks the slot as used.
     PrintCells(static_cast<PointerVector*>(std::as_const(*v)[i]), depth + 1, i);
   }
 }

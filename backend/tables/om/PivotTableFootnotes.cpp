@@ -12,11 +12,11 @@
 
 namespace {
 
-// Up to so many footnotes, a walk is as quick as a search.
+// Up to this many footnotes, a linear search is as fast as the index.
 constexpr unsigned long kFew = 16;
 
-// Whether a text is of one of the platform's kinds whose comparison is a total order, and of no
-// class derived from it. A composite may hold anything.
+// Whether a text is of one of the platform's kinds whose comparison is a total order, and not of a
+// derived class. A composite may contain any text.
 bool IsOrdered(const OmCellText& text) {
   const std::type_info& kind = typeid(text);
   return kind == typeid(OmStringCell) || kind == typeid(OmStringCellUTF8) ||
@@ -31,14 +31,14 @@ bool OmPivotTable::FootnotePlaces::Before::Less(const OmCellText& a, const OmCel
 }
 
 unsigned long OmPivotTable::FootnotePlaces::Walk(const OmFootnote& note) const {
-  // A footnote without a text is what a failed call left behind.
+  // A failed call leaves a footnote without a text.
   const OmFootnote* const found = std::find_if(
       list.begin(), list.end(),
       [&note](const OmFootnote& other) { return other.Text() != nullptr && other == note; });
   return static_cast<unsigned long>(found - list.begin());
 }
 
-// Takes in the footnotes that came since the last search.
+// Enters the footnotes that were added since the last search into the index.
 void OmPivotTable::FootnotePlaces::CatchUp() {
   for (; known != list.size(); ++known) {
     const OmCellText* const text = list[known].Text();
@@ -95,7 +95,7 @@ int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
   const auto index = static_cast<int>(entry - footnotes.begin());
 
   if (entry != footnotes.end()) {
-    // The latest marker wins, also where that is none.
+    // The latest marker replaces the old one, even if it is null.
     if (entry->Marker() != marker) {
       entry->Marker(marker);
     }
@@ -106,7 +106,7 @@ int OmPivotTable::Footnote(const OmFootnote& note, bool alwaysNew) {
     return index;
   }
 
-  // The entry stays in the list, empty, where one of the copies below fails.
+  // If a copy below fails, the entry stays in the list.
   entry = footnotes.push_back(OmFootnote(nullptr, nullptr, &_my->region));
   entry->Text(*text);
   setHelper(*entry->Text());

@@ -42,11 +42,11 @@ void propagateICUTracker(OmVectorTree<OmCellText*>::Node& n, icuTracker* inherit
   using Record = OmVectorTreeData<OmCellText*>;
   const Record* const top = n.record;
   const Record* before = top;
-  icuTracker* t = inherited;  // that of the records beside `before`
+  icuTracker* t = inherited;  // the tracker of `before` and its siblings
   for (Record* record = n.record->Next(top); record != nullptr; record = record->Next(top)) {
     const Record* above = record->Parent();
     if (above != before && above != before->Parent()) {
-      // Back up: the nearest record with a cell says it again.
+      // Back at a higher level: its tracker is that of the nearest record above with a text.
       while (above->Data() == nullptr && above != top) {
         above = above->Parent();
       }
@@ -79,7 +79,8 @@ void OmPivotTable::setBackendSettings(const BackendSettings& settings) {
   if (my.icu == nullptr && my.fastTable) {
     my.icu = new icuTracker(settings.getUnicode(), settings.getLocale());
     my.helper.setTracker(my.icu);
-    // The corner text and the caption are not visited here: those that are set later are.
+    // The corner text and the caption are not visited here, on purpose: their setters visit them
+    // when they are set after this call.
     if (Title() != nullptr) {
       Title()->Accept(my.helper);
     }

@@ -1,9 +1,10 @@
 #include "backend/tables/om/TextBlock.h"
 
-#include "backend/tables/om/Format.h"  // every source of plain items has its copy of the default
+#include "backend/tables/om/Format.h"  // on purpose: sources of plain items have a copy of kDefaultFormat
 #include "platform/cells/StringCell.h"
 
-// Goes through the virtual call, so that a visitor of text blocks receives page titles too.
+// Calls the virtual overload for text blocks, so that a visitor of text blocks receives page titles
+// too.
 void OmOutputPart::Visitor::Visit(OmPageTitle& part) {
   Visit(static_cast<OmTextBlock&>(part));
 }

@@ -21,7 +21,8 @@ class OM_API OmTextBlock : public OmOutputPart {
   // Empty at first. The library adds nothing to it: it is there for the block's users.
   [[nodiscard]] std::list<std::string>& Lines() noexcept { return lines; }
   [[nodiscard]] const std::list<std::string>& Lines() const noexcept { return lines; }
-  // True where the title was exactly "Log" when the block was made; a later title changes nothing.
+  // True if the title was exactly "Log" when the block was constructed; a later title does not
+  // change it.
   [[nodiscard]] bool IsLog() const noexcept { return isLog; }
   [[nodiscard]] const std::string& Text() const noexcept { return text; }
 

@@ -6,7 +6,7 @@
 #include "platform/cells/Number.h"
 
 OmNumber* OmUtility::GetFirstNumber(OmVectorTree<OmCellText*>::ConstNode node) {
-  // A node on the way down, and the child that is looked at next.
+  // A node of the path, and the index of its next child.
   struct Step {
     OmVectorTree<OmCellText*>::ConstNode node;
     unsigned int child;

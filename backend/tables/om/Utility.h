@@ -12,10 +12,9 @@ class OmNumber;
 
 class OM_API OmUtility {
  public:
-  // Returns the first number among the descendants, in pre-order, or null where there is none. The
-  // value of the node itself, or of the composite's root, is not looked at. The composite keeps the
-  // ownership. Costs no stack in the depth of the tree; throws std::bad_alloc where there is no
-  // memory for the way down.
+  // Returns the first number among the descendants in pre-order, or null if there is none. The
+  // value of the node itself, or of the composite's root, is not examined. The composite owns the
+  // number. Does not recurse; throws std::bad_alloc if there is no memory for the path.
   [[nodiscard]] static OmNumber* GetFirstNumber(OmVectorTree<OmCellText*>::ConstNode node);
   [[nodiscard]] static OmNumber* GetFirstNumber(const OmComposite& composite);
 };

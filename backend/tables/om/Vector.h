@@ -2,9 +2,9 @@
 // base of objects that are placed in a memory region.
 //
 // Every block comes from one OmMemoryRegion, so that a table's memory is charged to the table and
-// gone with it. The vector is simpler than std::vector on purpose: elements are moved as bytes,
+// released with it. The vector is simpler than std::vector on purpose: elements are moved as bytes,
 // never through a copy or move constructor. An element may therefore hold no pointer into itself or
-// into its neighbours, unless its owner mends that pointer after each move. Appending costs
+// into its neighbours, unless its owner corrects that pointer after each move. Appending costs
 // amortised constant time; inserting and erasing cost one memory move. Indexing is not checked in a
 // release build, and there is no assignment.
 
@@ -21,14 +21,14 @@
 #include "platform/memory/MemoryRegion.h"
 
 // The base of objects that are created inside a region with `new (region) T(...)`. A null region
-// means the default heap. `delete` returns the object to wherever it came from.
+// means the default heap. `delete` releases the object to the region that it came from.
 class OmRegionManaged {
  public:
   static void* operator new(unsigned long size, OmMemoryRegion* region) {
     return OmMemoryRegion::SelectHeap(region)->Allocate(size);
   }
   static void operator delete(void* block) noexcept { OmMemoryRegion::Release(block); }
-  // Runs where a constructor throws inside the placement new above.
+  // Called if the constructor throws in a placement new expression.
   static void operator delete(void* block, OmMemoryRegion*) noexcept {
     OmMemoryRegion::Release(block);
   }
@@ -41,7 +41,7 @@ class OmRegionManaged {
 template <typename T>
 class OmVectorBase {
  public:
-  // Holds no elements, and room for `n` of them. A null region means the default heap.
+  // Allocates room for `n` elements and holds none. A null region means the default heap.
   OmVectorBase(OmMemoryRegion* region, unsigned long n);
   OmVectorBase(const OmVectorBase&) = delete;
   OmVectorBase& operator=(const OmVectorBase&) = delete;
@@ -62,16 +62,17 @@ class OmVectorTreeData;
 
 // A vector of elements that may be moved as bytes.
 //
-// Where an allocation or a copy fails, the elements are unchanged. The region has to outlive the
+// If an allocation or a copy fails, the elements are unchanged. The region has to outlive the
 // vector. Any call that grows the vector invalidates pointers to its elements.
 template <typename T>
 class OmVector : public OmVectorBase<T> {
  public:
   explicit OmVector(OmMemoryRegion* region);
   OmVector(long n, const T& value, OmMemoryRegion* region);
-  // Holds the `n` bytes at `s`, and no terminator.
+  // Copies the `n` bytes at `s`, without a terminator.
   OmVector(const char* s, unsigned long n, OmMemoryRegion* region) requires std::is_same_v<T, char>;
-  // A copy takes exactly the room that its elements need, in the region of `other` or in `region`.
+  // A copy allocates exactly the room that its elements need, in the region of `other` or in
+  // `region`.
   OmVector(const OmVector& other);
   OmVector(const OmVector& other, OmMemoryRegion* region);
   OmVector& operator=(const OmVector&) = delete;
@@ -89,35 +90,36 @@ class OmVector : public OmVectorBase<T> {
   [[nodiscard]] const T& operator[](unsigned long i) const;
   [[nodiscard]] T& back();
 
-  // Makes room for exactly `n` elements where there is room for fewer. Never shrinks.
+  // Reallocates to room for exactly `n` elements if there is room for fewer. Never shrinks.
   void reserve(unsigned long n);
   // Returns the first of 4, 8, 16, 32, … that is greater than `n`.
   [[nodiscard]] static unsigned long NextSize(unsigned long n);
-  // Appends a copy of `value`, which may be one of the vector's own elements. Returns its place.
+  // Appends a copy of `value`, which may be one of the vector's own elements. Returns a pointer to
+  // the copy.
   T* push_back(const T& value);
-  // Puts a copy of `value` in front of `position`, and returns its place. `value` must be no
-  // element of this vector: it is read after the elements have moved.
+  // Inserts a copy of `value` in front of `position`, and returns a pointer to the copy. `value`
+  // must not be an element of this vector: it is read after the elements have moved.
   T* insert(T* position, const T& value);
-  // Destroys the element at `position`. At or past the end there is none to destroy: the last
-  // element is dropped as it stands, which is on purpose.
+  // Destroys and removes the element at `position`. At or past the end it removes the last element
+  // without destroying it, on purpose: OmDimension::Delete depends on it.
   void erase(T* position);
   void erase(T* from, T* to);
-  // Appends copies of `value`, or drops elements from the end, until there are `n`.
+  // Appends copies of `value`, or removes elements from the end, until there are `n`.
   void resize(unsigned long n, T value);
-  // Destroys the elements and gives the block back; the region stays.
+  // Destroys the elements and releases the block.
   void clear();
-  // Runs the destructor of every element, first to last, and leaves the pointers as they are.
+  // Runs the destructor of every element, first to last, and does not change size().
   void destroy_elements();
 
  private:
-  // The records of a tree are built, moved and dropped in place.
+  // A tree constructs, moves and removes its records in place.
   template <typename U>
   friend class OmVectorTreeData;
 
   void CopyElements(const OmVector& other);
   void MoveTo(T* block, unsigned long n) noexcept;
-  // Appends an element that is built from `args`, which may refer to the vector's own elements:
-  // they do not move before the new one stands.
+  // Appends an element constructed from `args`. They may refer to elements of this vector, which
+  // move only after the new element is complete.
   template <typename... Args>
   T* Emplace(Args&&... args);
 };
@@ -188,7 +190,7 @@ OmVector<T>::~OmVector() {
   destroy_elements();
 }
 
-// Fills the empty block of a new vector, which the base gives back where a copy throws.
+// Fills the block of a new vector. If a copy throws, the destructor of the base releases the block.
 template <typename T>
 void OmVector<T>::CopyElements(const OmVector& other) {
   if constexpr (std::is_trivially_copyable_v<T>) {
@@ -245,7 +247,7 @@ void OmVector<T>::reserve(unsigned long n) {
   MoveTo(this->AllocateBlock(this->region, n), n);
 }
 
-// Makes `block`, which has room for `n` elements, the vector's own.
+// Moves the elements to `block`, which has room for `n`, and releases the old block.
 template <typename T>
 void OmVector<T>::MoveTo(T* block, unsigned long n) noexcept {
   const unsigned long count = size();

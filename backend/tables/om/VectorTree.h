@@ -1,14 +1,14 @@
 // OmVectorTree, the ordered tree whose records hold their children by value, and its handles Node
 // and ConstNode.
 //
-// All records live in blocks of one region, siblings side by side, so walking children is a walk
-// over an array. A record is moved as bytes whenever its siblings grow or shift; the links from its
-// children to it are mended at once by whoever moved it, with Delete as the one exception.
-// Appending costs amortised one step a sibling; the other changes cost one move of the siblings and
-// one pass over the records below the parent concerned. No operation recurses: copying, printing
-// and Counterpart take memory from the ordinary heap instead, and give it back. The tree promises
-// nothing about handles: every change of structure may leave those on the siblings that it touched,
-// and on their children, pointing elsewhere.
+// All records live in blocks of one region, siblings side by side, so a walk over children is a
+// walk over an array. A record is moved as bytes whenever its siblings grow or shift. The operation
+// that moved it corrects the links from its children to it; Delete is the one exception. Appending
+// costs amortised constant time, and a pass over the grandchildren when a block grows. Every other
+// change costs one move of the siblings and one pass over the records below their parent. No
+// operation recurses: copying, printing and Counterpart allocate a stack on the ordinary heap and
+// release it. Handles are not kept valid: after a change of structure, handles on the siblings
+// concerned, and on their children, may refer to other records.
 
 #ifndef BACKEND_TABLES_OM_VECTORTREE_H
 #define BACKEND_TABLES_OM_VECTORTREE_H
@@ -27,12 +27,11 @@ class OmVectorTree;
 
 // One record of a tree: a payload, the child records and a link to the record that holds this one.
 //
-// T must be movable as bytes, like every element of an OmVector. The copy of a payload is T's own
-// copy, in whatever region T's copy constructor takes. Where an operation fails, the record is as
-// it was.
+// T must be movable as bytes, like every element of an OmVector. A payload is copied by T's copy
+// constructor, which chooses the region. If an operation fails, the record is unchanged.
 //
 // Invariant: for every child `c`, c.parent == this. Delete of the tree and the plain copy
-// constructor leave records that break it, until Relocate mends them.
+// constructor leave records that break it, until Relocate restores it.
 template <typename T>
 class OmVectorTreeData {
  public:
@@ -41,10 +40,11 @@ class OmVectorTreeData {
   // Has the payload T(nullptr), to be replaced.
   explicit OmVectorTreeData(OmMemoryRegion* region);
   OmVectorTreeData(const T& data_, OmVectorTreeData* parent_, OmMemoryRegion* region);
-  // Copies the record with all records below it, each in the region of its original. All links are
-  // those of the originals on purpose: a copy is to be moved to its place, and relocated there.
+  // Copies the record with all records below it, each in the region of its original. The links
+  // still lead to the originals, on purpose: addChild moves the copy to its place and relocates it
+  // there.
   OmVectorTreeData(const OmVectorTreeData& other);
-  // Copies the record with all records below it into `region`; all links are right.
+  // Copies the record with all records below it into `region`, with correct links.
   OmVectorTreeData(const OmVectorTreeData& other, OmVectorTreeData* parent_,
                    OmMemoryRegion* region);
   OmVectorTreeData& operator=(const OmVectorTreeData&) = delete;
@@ -65,20 +65,21 @@ class OmVectorTreeData {
 
   // Appends a leaf.
   void Child(const T& data_);
-  // Places a copy of `child`, with all below it, in front of the first child whose payload equals
-  // *before; at the end where there is none, or where `before` is null.
+  // Inserts a copy of `child`, with all records below it, in front of the first child whose payload
+  // equals *before; at the end if there is none, or if `before` is null.
   void addChild(const OmVectorTreeData& child, const T* before);
-  // Makes the links of the children right, and with `recursive` those of all records below.
+  // Sets the links of the children to this record, and with `recursive` those of all records below.
   void Relocate(bool recursive) noexcept;
-  // Returns the record that comes next in pre-order below `top`, which is this record or one above
-  // it; null after the last one. Goes by the links up to `top`, and makes those of the children of
-  // this record right.
+  // Returns the next record in pre-order below `top`, which is this record or an ancestor; null
+  // after the last one. Follows the links up to `top`, and sets those of the children of this
+  // record first.
   [[nodiscard]] OmVectorTreeData* Next(const OmVectorTreeData* top) noexcept;
 
  private:
   friend class OmVectorTree<T>;
 
-  // A record outside any tree, whose bytes may leave for one.
+  // A record outside any tree. `held` is false after its bytes were moved into a tree: then it is
+  // not destroyed here.
   class Loose {
    public:
     Loose() noexcept {}
@@ -123,10 +124,10 @@ class OmVectorTreeData {
 
 // The tree; the object is itself the root record.
 //
-// Nodes that an operation finds by the equality of their payloads are the first of their siblings
-// that are equal. Handles passed in must name records of this tree. Where an operation fails, the
-// tree is as it was; where a comparison of payloads fails, the records concerned may stand
-// elsewhere among their siblings. A tree belongs to one thread at a time.
+// An operation that searches for a payload uses the first sibling that is equal. Handles passed in
+// must name records of this tree. If an operation fails, the tree is unchanged, except if a
+// comparison of payloads throws: then the records concerned may have other positions among their
+// siblings. A tree is used by one thread at a time.
 template <typename T>
 class OmVectorTree : public OmVectorTreeData<T> {
  public:
@@ -144,38 +145,38 @@ class OmVectorTree : public OmVectorTreeData<T> {
 
   // Appends a leaf and returns its handle.
   Node Child(const Node& parent_, const T& data_);
-  // Destroys a record, which is not the root, with all below it. The records that move into the gap
-  // are not relocated on purpose: until the caller relocates the parent, the links of their
-  // children point at their old places, and a handle on such a child, also one taken afterwards,
-  // misleads every operation that asks it for its parent. So Relocate(true) comes before the next
-  // change of another record; a hardened build ends the process where it was left out. Afterwards
-  // `node` is the next sibling.
+  // Destroys a record other than the root, with all records below it. The siblings that move into
+  // the gap are not relocated, on purpose: a caller that deletes several siblings relocates once.
+  // Until it calls Relocate(true) on the parent, the children of these siblings have links to the
+  // old places, and an operation that reads the parent of such a child works on the wrong record; a
+  // hardened build ends the process then. Afterwards `node` is the next sibling.
   void Delete(Node& node);
-  // Moves a record in front of the first child of before->Parent() that equals *before; without
-  // `before` to the end of the children of *newParent, or of its own parent where that is null too.
-  // In front of itself means the end. The target must not be the record or lie below it.
+  // Moves a record in front of the first child of before->Parent() that equals *before. If `before`
+  // is null, to the end of the children of *newParent, or of its own parent if that is null too. If
+  // `before` is the record itself, to the end. The new parent must not be the record or below it.
   void moveChild(Node& node, Node* before, Node* newParent);
-  // Exchanges the places of two siblings. Records of two parents are not exchanged across them, on
-  // purpose: each goes in front of the first child of its own parent that equals the sibling after
-  // the other record, as a rule to the end. Neither record may lie below the other.
+  // Exchanges the positions of two siblings. Records of different parents stay with their parents,
+  // on purpose: each moves in front of the first child of its own parent that equals the sibling
+  // after the other record; usually there is none, and it moves to the end. Neither record may be
+  // below the other.
   void swapChildren(Node& a, Node& b);
-  // Adds a leaf in front of `sibling`, or after it where `before` is false. Where `sibling` is the
-  // end of the children, both append.
+  // Adds a leaf in front of `sibling`, or after it if `before` is false. If `sibling` is the end of
+  // the children, appends.
   void InsertChild(const T& data_, Node sibling, Node parent_, bool before);
   // Puts `nodes`, siblings in ascending order, under a new record at the place of the first.
   void InsertChild(const T& data_, std::vector<Node*> nodes);
-  // Puts the children of a record in its place and destroys it. Does nothing for the root and where
-  // the record, or the first sibling that equals it, is a leaf. Afterwards `node` is the sibling
-  // that followed the record.
+  // Replaces a record by its children and destroys it. Does nothing for the root, and if the record
+  // or the first sibling that equals it is a leaf. Afterwards `node` is the sibling that followed
+  // the record.
   void removeChild(Node& node);
 };
 
-// A record and its depth: 0 for the root, one more than the parent's otherwise. Records do not know
-// their depth; it is the handle's alone. ConstNode is the handle on a record that is only read.
+// A record and its depth: 0 for the root, one more than the parent's otherwise. Records do not
+// store their depth; only the handle does. ConstNode is the handle on a record that is only read.
 //
-// A handle owns nothing and checks nothing in a release build. It stays valid while the children
-// that its record is one of are not grown, shifted or destroyed. The handle past the last child of
-// a record compares equal to its End().
+// A handle owns nothing and checks nothing in a release build. It is valid until a sibling of its
+// record is added, moved or removed. The handle past the last child of a record equals the End() of
+// that record.
 template <typename T>
 template <typename Record>
 class OmVectorTree<T>::Handle {
@@ -196,12 +197,12 @@ class OmVectorTree<T>::Handle {
     return record->Data();
   }
   [[nodiscard]] Payload* operator->() const { return &**this; }
-  // The depth takes no part in comparisons.
+  // Ignores the depth.
   [[nodiscard]] bool operator==(const Handle& other) const noexcept {
     return record == other.record;
   }
-  // Returns the number of siblings from `other` to this one: with Begin() of the parent, the
-  // position.
+  // Returns the number of siblings from `other` to this one. With Begin() of the parent as `other`,
+  // this is the position.
   [[nodiscard]] unsigned int operator-(const Handle& other) const noexcept {
     return static_cast<unsigned int>(record - other.record);
   }
@@ -210,7 +211,7 @@ class OmVectorTree<T>::Handle {
   }
   [[nodiscard]] bool HasChild() const noexcept { return record->Size() != 0; }
   [[nodiscard]] bool IsLeaf() const noexcept { return !HasChild(); }
-  // Goes by the depth, not by the link.
+  // Tests the depth, not the link to the parent.
   [[nodiscard]] bool IsRoot() const noexcept { return level == 0; }
   [[nodiscard]] unsigned int Level() const noexcept { return level; }
   // Returns the position of the first child that equals `data`, or -1.
@@ -235,8 +236,8 @@ class OmVectorTree<T>::Handle {
   [[nodiscard]] Handle find(const T& data) const {
     return Handle(record->Children().begin() + record->Find(data, record->Size()), level + 1);
   }
-  // Returns the record of `other` at the same path. Below the records of the path `other` must have
-  // the same shape. Ends the process where this record is none of its parent's children.
+  // Returns the record of `other` at the same path of child positions, which must exist there. Ends
+  // the process if this record is not one of its parent's children.
   [[nodiscard]] Handle Counterpart(OmVectorTree& other) const requires(!std::is_const_v<Record>);
 
   Handle& operator++() noexcept {
@@ -249,9 +250,8 @@ class OmVectorTree<T>::Handle {
     return *this;
   }
   Handle operator--(int) noexcept { return Handle(record--, level); }
-  // Sets the depth from the parent's, for this handle alone: a handle on a child takes its depth
-  // when it is made, so there is nothing to number below, and no operation of the tree depends on
-  // it.
+  // Sets the depth of this handle to one more than its parent's depth. Other handles do not change,
+  // and no operation of the tree depends on this.
   void Renumber() noexcept {
     if (!IsRoot()) {
       level = Parent().level + 1;
@@ -285,8 +285,8 @@ OmVectorTreeData<T>::OmVectorTreeData(const T& data_, OmVectorTreeData* parent_,
                                       OmMemoryRegion* region)
     : data(data_), children(region), parent(parent_) {}
 
-// What the two copies have built when they fail is destroyed by the destructor: the record is
-// complete for the language as soon as the constructor that they delegate to is through.
+// If one of these two copies throws, the destructor destroys what it has copied so far: the object
+// counts as constructed when the delegated constructor has returned.
 template <typename T>
 OmVectorTreeData<T>::OmVectorTreeData(const OmVectorTreeData& other)
     : OmVectorTreeData(other.data, other.parent, other.Region()) {
@@ -307,9 +307,10 @@ OmVectorTreeData<T>::~OmVectorTreeData() {
   }
 }
 
-// Copies the records below `from` to below `to`, which has none. With `relink` they go to the
-// region of `to` and get right links; otherwise region and link are the originals'. The exact room
-// means that no record moves while those below it are copied.
+// Copies the records below `from` to below `to`, which has none. With `relink` the copies are in
+// the region of `to` and have correct links; otherwise they have the regions and links of the
+// originals. Exactly the needed room is reserved, so no record moves while those below it are
+// copied.
 template <typename T>
 void OmVectorTreeData<T>::CopyChildren(const OmVectorTreeData& from, OmVectorTreeData& to,
                                        bool relink) {
@@ -340,15 +341,16 @@ void OmVectorTreeData<T>::MoveBytes(OmVectorTreeData* to, const OmVectorTreeData
   }
 }
 
-// Keeps the order of the plain recursion, but neither its stack nor a stack of its own: the way
-// back is in the links, which are written on the way down because Delete may have left them wrong.
+// Destroys in the order of the plain recursion, without a stack: it returns to a parent by the
+// link, which it sets on the way down because Delete may have left it wrong.
 template <typename T>
 void OmVectorTreeData<T>::DestroyBelow() noexcept {
   OmVectorTreeData* above = this;
   OmVectorTreeData* next = children.begin();
   for (;;) {
     if (next == above->children.end()) {
-      // All children are gone; without them the destructor of `above` has only its own to do.
+      // All children are destroyed. With none left, the destructor of `above` does not call this
+      // function.
       above->children.last = above->children.first;
       if (above == this) {
         return;
@@ -371,9 +373,8 @@ bool OmVectorTreeData<T>::Holds(const OmVectorTreeData* record) const noexcept {
   return children.begin() <= record && record < children.end();
 }
 
-// Whether `record` is this one or lies below it. Searches downwards, for links may be stale, and
-// with a stack of its own, for trees may be deep. For checks before anything changes: it takes
-// memory.
+// Whether `record` is this record or below it. Searches downwards, because links may be stale, and
+// allocates a stack, because trees may be deep: so call it before anything is changed.
 template <typename T>
 bool OmVectorTreeData<T>::IsAbove(const OmVectorTreeData* record) const {
   std::vector<const OmVectorTreeData*> todo{this};
@@ -407,7 +408,7 @@ unsigned long OmVectorTreeData<T>::Find(const T& data_, unsigned long n) const {
   return index;
 }
 
-// Makes room for `n` more children, so that what follows cannot fail.
+// Reserves room for `n` more children, so that adding them cannot fail.
 template <typename T>
 void OmVectorTreeData<T>::MakeRoom(unsigned long n) {
   if (children.capacity() - Size() >= n) {
@@ -419,14 +420,15 @@ void OmVectorTreeData<T>::MakeRoom(unsigned long n) {
   }
 }
 
-// Appends a record that is built from `args`, which may refer to records of this very tree.
+// Appends a record constructed from `args`, which may refer to records of this tree.
 template <typename T>
 template <typename... Args>
 OmVectorTreeData<T>* OmVectorTreeData<T>::Append(Args&&... args) {
   const OmVectorTreeData* const begin = children.begin();
   OmVectorTreeData* const record = children.Emplace(std::forward<Args>(args)...);
   if (children.begin() != begin) {
-    // The children moved. Their own links are right, since this record did not.
+    // The children moved, so the links to them are stale. Their own links are correct, because this
+    // record did not move.
     for (OmVectorTreeData& child : children) {
       child.Relocate(false);
     }
@@ -434,7 +436,7 @@ OmVectorTreeData<T>* OmVectorTreeData<T>::Append(Args&&... args) {
   return record;
 }
 
-// Takes over the bytes of a record as the last child; there must be room.
+// Moves the bytes of a record to the end of the children. There must be room.
 template <typename T>
 OmVectorTreeData<T>* OmVectorTreeData<T>::Adopt(OmVectorTreeData* record) noexcept {
   OmVectorTreeData* const child = children.last++;
@@ -444,7 +446,7 @@ OmVectorTreeData<T>* OmVectorTreeData<T>::Adopt(OmVectorTreeData* record) noexce
   return child;
 }
 
-// Drops the place of a child whose bytes have left.
+// Closes the gap of a child whose bytes were moved away.
 template <typename T>
 void OmVectorTreeData<T>::CloseGap(OmVectorTreeData* gap) noexcept {
   MoveBytes(gap, gap + 1, static_cast<unsigned long>(children.end() - (gap + 1)));
@@ -454,8 +456,8 @@ void OmVectorTreeData<T>::CloseGap(OmVectorTreeData* gap) noexcept {
   }
 }
 
-// Drops the places of children whose bytes have left, in ascending order, in one pass: what stands
-// between two gaps moves up by as many places as there are gaps before it.
+// Closes the gaps of children whose bytes were moved away, in one pass. `nodes` is ascending; a
+// child moves forward by the number of gaps before it.
 template <typename T>
 template <typename Node>
 void OmVectorTreeData<T>::CloseGaps(const std::vector<Node*>& nodes) noexcept {
@@ -495,8 +497,8 @@ void OmVectorTreeData<T>::MoveWithin(unsigned long from, unsigned long to) noexc
 }
 
 // Moves a record to the end of the children of `to`, which is not its parent, and returns its new
-// place. The record's old parent and `to` may be each other's children, so that either may move;
-// the parents are therefore read from links, which are right after each step.
+// address. The old parent may be a child of `to` or the reverse, so either may move: the parents
+// are read from the links, which are correct after each step.
 template <typename T>
 OmVectorTreeData<T>* OmVectorTreeData<T>::Transfer(OmVectorTreeData* record, OmVectorTreeData* to) {
   to->MakeRoom(1);
@@ -511,7 +513,7 @@ OmVectorTreeData<T>* OmVectorTreeData<T>::Transfer(OmVectorTreeData* record, OmV
 template <typename T>
 void OmVectorTreeData<T>::Dissolve(unsigned long index) {
   const unsigned long count = children[index].Size();
-  MakeRoom(count);  // the children come before the group goes
+  MakeRoom(count);  // before anything is moved
   OmVectorTreeData* const place = children.begin() + index;
   Loose group;
   MoveBytes(&group.record, place, 1);
@@ -522,12 +524,12 @@ void OmVectorTreeData<T>::Dissolve(unsigned long index) {
   children.last += count - 1;
 }
 
-// Exchanges two children. Written over the places of the siblings that follow them, so that equal
-// siblings stand in for one another exactly as in a search.
+// Exchanges two children: each moves in front of the first child that equals the sibling after the
+// other one. With equal siblings this may be an earlier one, as in every search of the tree.
 template <typename T>
 void OmVectorTreeData<T>::SwapWithin(unsigned long a, unsigned long b) {
   const unsigned long rest = Size() - 2;
-  // The place among the other children of the one that follows `i` and is not `other`.
+  // The position of the child that follows `i`, counted without `a` and `b`.
   const auto following = [a, b](unsigned long i, unsigned long other) {
     const unsigned long next = i + 1 != other ? i + 1 : i + 2;
     return next - (a < next ? 1 : 0) - (b < next ? 1 : 0);
@@ -535,7 +537,7 @@ void OmVectorTreeData<T>::SwapWithin(unsigned long a, unsigned long b) {
   const unsigned long afterA = following(a, b);
   unsigned long afterB = following(b, a);
 
-  // Out of the way, in the order in which they are placed again.
+  // Move both to the end, in the order in which they are inserted again.
   const bool bFirst = b == a + 1;
   const unsigned long one = bFirst ? b : a;
   const unsigned long two = bFirst ? a : b;
@@ -545,7 +547,7 @@ void OmVectorTreeData<T>::SwapWithin(unsigned long a, unsigned long b) {
   const unsigned long placeOne = afterB != rest ? Find(children[afterB].data, rest) : rest;
   MoveWithin(rest, placeOne);
   if (afterA == rest) {
-    return;  // nothing follows, so the end is where it has to be
+    return;  // no sibling followed `a`, so the second record stays at the end
   }
   const unsigned long sibling = afterA < placeOne ? afterA : afterA + 1;
   MoveWithin(rest + 1, Find(children[sibling].data, rest + 1));
@@ -603,7 +605,7 @@ typename OmVectorTree<T>::Node OmVectorTree<T>::Child(const Node& parent_, const
 template <typename T>
 void OmVectorTree<T>::Delete(Node& node) {
   OmVectorTreeData<T>* const above = node.Parent().record;
-  OM_HARDEN(this->IsAbove(above), "OmVectorTree::Delete");  // or else Relocate was left out
+  OM_HARDEN(this->IsAbove(above), "OmVectorTree::Delete");  // fails if Relocate was not called
   OM_HARDEN(above->Holds(node.record), "OmVectorTree::Delete");
   above->children.erase(node.record);
 }
@@ -622,7 +624,7 @@ void OmVectorTree<T>::moveChild(Node& node, Node* before, Node* newParent) {
   OM_HARDEN(before == nullptr || to->Holds(before->record), "OmVectorTree::moveChild");
   OM_HARDEN(!node.record->IsAbove(to), "OmVectorTree::moveChild");
 
-  // The place of *before, which survives a move of all records.
+  // The position of *before, which stays valid when the records move.
   unsigned long sibling = before != nullptr ? to->Index(before->record) : 0;
   unsigned long last = to->Size();
   if (to == from) {
@@ -662,8 +664,9 @@ void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
     return;
   }
 
-  // One parent may be a child of the other and move with it. The blocks of their children stay, and
-  // the links in them lead to the parents, once they are right behind a Delete.
+  // One parent may be a child of the other and move with it. The blocks of their children do not
+  // move, and the links in them lead to the parents. They are set here first, because Delete may
+  // have left them wrong.
   parentA->Relocate(false);
   parentB->Relocate(false);
   OmVectorTreeData<T>* const besideA = parentA->children.begin();
@@ -672,7 +675,7 @@ void OmVectorTree<T>::swapChildren(Node& a, Node& b) {
   const unsigned long lastB = parentB->Size() - 1;
   besideA->parent->MoveWithin(indexA, lastA);
   besideB->parent->MoveWithin(indexB, lastB);
-  // Where the records stood, now stand the siblings that followed them.
+  // At the old positions of the records are now the siblings that followed them.
   const unsigned long placeA =
       indexB != lastB ? besideA->parent->Find(besideB[indexB].data, lastA) : lastA;
   const unsigned long placeB =
@@ -717,7 +720,7 @@ void OmVectorTree<T>::InsertChild(const T& data_, std::vector<Node*> nodes) {
     group.record.Adopt(nodes[i]->record);
   }
   above->CloseGaps(nodes);
-  // The gaps leave room for the group.
+  // The closed gaps leave room for the group.
   const unsigned long last = above->Size();
   above->Adopt(&group.record);
   group.held = false;

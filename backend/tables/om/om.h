@@ -1,6 +1,6 @@
-// Every public class of the library, and of the platform what a table is filled with: the kinds of
-// cell texts and the settings. For those who like one include; it costs compile time, and a source
-// that needs a few classes includes their headers instead.
+// Includes every public header of the library and, of the platform, the kinds of cell texts and the
+// settings. This costs compile time: a source that needs a few classes should include their headers
+// instead.
 
 #ifndef BACKEND_TABLES_OM_OM_H
 #define BACKEND_TABLES_OM_OM_H
