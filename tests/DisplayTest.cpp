@@ -157,34 +157,6 @@ TEST_F(Display, CountsLayersThatItShows) {
   }
 }
 
-// The iterators are over at once where a null was stored first, and headings see no cell then.
-TEST_F(Display, FindsCellsBehindANullThatWasStoredFirst) {
-  Add("row", 3, table.Rows());
-  Add("column", 3, table.Columns());
-  table.Cell({0, 0}, nullptr);
-  table.Cell({1, 2}, OmNumber(1));
-  ASSERT_EQ(table.FirstCell().Cell(), nullptr);
-  const TableView view(table, {.skipEmptyRows = true, .skipEmptyColumns = true});
-  EXPECT_EQ(view.Rows(), 1U);
-  EXPECT_EQ(view.Subscripts(0, 0), (std::vector<int>{1, 2}));
-}
-
-// A heading of a sparse table keeps a row whose only cell is in another layer, on purpose.
-TEST_F(Display, LeavesOutRowsThatAreEmptyInTheirLayerAlone) {
-  Add("row", 100, table.Rows());
-  Add("layer", 2, table.Layers());
-  table.Cell({3, 0}, OmNumber(1));
-  Add("column", 20, table.Columns());
-  table.Cell({5, 1, 0}, OmNumber(1));
-  ASSERT_TRUE(IsSparse(table));
-  OmDisplayLayerHeading layers(table, false);
-  layers.SwitchLayer(0);
-  EXPECT_EQ(OmDisplayRowHeading(layers, true, true).NRows(), 2U);
-  const TableView view(table, {.skipEmptyRows = true});
-  EXPECT_EQ(view.Rows(), 1U);
-  EXPECT_EQ(view.Subscripts(0, 0), (std::vector<int>{3, 0, 0}));
-}
-
 TEST_F(Display, TellsWhatChanged) {
   OmDimension* const row = Add("row", 2, table.Rows());
   table.Cell({0}, OmNumber(1));

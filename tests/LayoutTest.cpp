@@ -38,6 +38,13 @@ TEST_F(Layout, CutsAndFillsThePathsOfAHeader) {
   EXPECT_EQ(CategoryDisplay(&path, 2, true), (std::vector<ConstNode*>{&path[0], nullptr}));
   EXPECT_EQ(CategoryDisplay(&path, 1, false), std::vector<ConstNode*>{&path[1]});
   EXPECT_EQ(Category(&path), std::vector<ConstNode*>{&path[0]});
+  OmDimension* const deep = Add("deep", 2, table.Rows());
+  deep->AddNewChild(deep->AddNewChild(deep->Root(), *path[0]->Text(), 0, true), *path[0]->Text(), 2,
+                    false);
+  const OmDimHeader levels(deep, nullptr);
+  EXPECT_EQ(levels.VisibleLevels({false, true, false}), 2);
+  EXPECT_EQ(levels.VisibleLevels({true, false, true}), 3);
+  EXPECT_EQ(levels.VisibleLevels({false, false, false}), 0);
 }
 
 // A number beyond 64 bits loses what does not fit, and shows what the rest stands for.
@@ -69,7 +76,12 @@ TEST_F(Layout, TellsPlacesWhoseNumberWraps) {
     EXPECT_EQ(rows.Column(static_cast<int>(c))[0], rows.Row(0)[c]);
   }
   const OmDisplayColumnHeading columns(layers, false);
-  EXPECT_EQ(columns.Row(1), std::deque<ConstNode*>(242, columns.Column(241)[1]));
+  for (int level = 0; level != static_cast<int>(columns.NRows()); ++level) {
+    for (int column = 0; column != 242; ++column) {
+      EXPECT_EQ(columns.Row(level)[static_cast<unsigned long>(column)],
+                columns.Column(column)[static_cast<unsigned long>(level)]);
+    }
+  }
   EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), Places{0});
 }
 
@@ -403,6 +415,7 @@ TEST_F(Layout, ReachesTenThousandLevelsDown) {
 
 TEST(MultiBase, KeepsItsEdges) {
   EXPECT_TRUE(MultiBase().Digits(5).empty());
+  EXPECT_EQ(MultiBase({5, 10}).Size(), 2U);
   EXPECT_EQ(MultiBase({5, 10}).Digits(1ULL << 33), (Digits{858993459, 2}));
   EXPECT_EQ(MultiBase({0, 5}).Digits(7), (Digits{1, 2}));  // the first base is never read
   EXPECT_EQ(MultiBase({0, 5}).Value({3, 9}), 24U);         // nor are digits held against bases

@@ -45,29 +45,6 @@ TEST(OutputItems, OwnTheirTexts) {
   EXPECT_EQ("", (**Amputate(node, nullptr, "an item without a title")).Title()->Text());
 }
 
-TEST(OutputItems, ReadBackWhatIsSet) {
-  OmProcedure part(kText, "a", "b", "c");
-  part.TextA("d"), part.TextB("e"), part.TextC("f"), part.ExtraText("g");
-  part.NumberA(1), part.NumberB(20), part.NumberC(300), part.NumberD(4000);
-  part.UserWord(5), part.FirstFlag(false);
-  EXPECT_EQ("d|e|f|g|1|20|300|4000|5|0|1|",
-            Fields(part.TextA(), part.TextB(), part.TextC(), part.ExtraText(), part.NumberA(),
-                   part.NumberB(), part.NumberC(), part.NumberD(), part.UserWord(),
-                   part.FirstFlag(), part.SecondFlag()));
-  part.SecondFlag(false);
-  EXPECT_FALSE(part.SecondFlag());
-  OmHeading heading(kText);
-  heading.Footnotes().push_back(OmFootnote(&kText, nullptr, nullptr));
-  EXPECT_EQ(1, std::as_const(heading).Footnotes().size());
-  const std::list<std::string> lines{"1", "2"};
-  OmTextBlock block(kText, "1");
-  block.Lines() = lines;
-  EXPECT_EQ(lines, std::as_const(block).Lines());
-  const OmDimension dimension(OmDimensionNode(kText, 0, true, nullptr), nullptr);
-  EXPECT_EQ("text", dimension.Name()->Text());
-  EXPECT_EQ(Qualtex_Format::kFixed, kDefaultFormat.Type());
-}
-
 TEST(OutputItems, KnowALogByItsFirstTitle) {
   for (const auto& [title, isLog] :
        {std::pair("Log", true), {"log", false}, {"Log ", false}, {"", false}}) {

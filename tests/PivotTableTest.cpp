@@ -71,6 +71,13 @@ TEST_F(PivotTable, ReportsBrokenPreconditionsAndCountsEveryCell) {
   EXPECT_EQ(table.NextCell(behind), nullptr);
   behind = {std::numeric_limits<int>::max(), std::numeric_limits<int>::max()};
   EXPECT_TRUE(table.NextCell(behind) == nullptr && behind.empty());
+  EXPECT_TRUE(empty.NextCell(behind) == nullptr && behind.empty());
+  settings.setMaxCells(9);
+  table.setBackendSettings(settings);
+  for (const Subscripts& wrong : {one, Subscripts{0, 0, 0}}) {
+    EXPECT_THROW(table.Cell(wrong, kText), OMSException);
+  }
+  EXPECT_EQ(Cells(table), "0,0=text");
 }
 
 TEST_F(PivotTable, EndTableDropsPlaceholdersOnlyToMendAMismatch) {
@@ -125,6 +132,8 @@ TEST(PointerVector, GrowsAsIfAppendedOneByOne) {
       v.GrowTo(slot);
     }
     EXPECT_EQ(FindNonZero(v, 0), v.size());
+    v.Put(v.size() - 1, &region);
+    EXPECT_EQ(v.back(), &region);
     return v.capacity();
   };
   EXPECT_THROW(OmPointerVector(&region).reserve(~0UL / 2), std::bad_alloc);
@@ -235,6 +244,7 @@ TEST_F(PivotTable, FootnotesAreFoundAmongMany) {
 TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
   const OmFootnote note(&kText, &kText, nullptr);
   OmComposite composite;
+  *composite.Tree().Root() = kText.Clone();
   OmCellText* const part = kText.Clone();
   composite.Tree().Child(composite.Tree().Child(composite.Tree().Root(), nullptr), part);
   const unsigned long blocks = OmMemoryRegion::DefaultHeap()->LiveBlocks();
@@ -267,6 +277,7 @@ TEST_F(PivotTable, KeepsTextsInItsRegionAndTracksAllButTheStatedOnes) {
   table.Cell({1, 0}, composite);
   const auto& stored = dynamic_cast<OmComposite&>(*table.Cell({1, 0}));
   icuTracker* const tracker = table.getICUTracker();
+  EXPECT_EQ((*stored.Tree().Root())->getICUTracker(), tracker);
   EXPECT_EQ((*stored.Tree().Root()[0][0])->getICUTracker(), tracker);
   EXPECT_EQ(Show(table.Cell({0, 0})), "text");
   EXPECT_EQ(OmMemoryRegion::DefaultHeap()->LiveBlocks(), blocks);
@@ -349,13 +360,15 @@ TEST_F(PivotTable, DumpsToTheLetter) {
   testing::internal::CaptureStdout();
   table.Print();
   table.PrintCells(&bottom, 0, 0);
+  table.PrintCells(nullptr, 2, 7);
   std::ostringstream expected;
   expected << "Starting table T\n"
            << "Subscript: 0, Group: yes, hide: no, hideLabels: no, Text: D\n"
            << "Cells\n  Corner Text: corner\n  Caption: caption\n  Footnotes\n      \n      text\n"
            << "Done with table T\n"
            << static_cast<void*>(&bottom) << "\n    [0] " << static_cast<void*>(nullptr)
-           << "\n    [1] " << bottom[1] << " - corner\n";
+           << "\n    [1] " << bottom[1] << " - corner\n    [7]     [7] "
+           << static_cast<void*>(nullptr) << "\n";
   EXPECT_EQ(testing::internal::GetCapturedStdout(), expected.str());
   table.Caption(nullptr);
   EXPECT_EQ(table.Caption(), nullptr);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <limits>
@@ -212,6 +213,39 @@ TEST(Region, RefusesWhatItCannotHold) {
   region.Limit(inUse + 100);
   OmMemoryRegion::Release(last);
   EXPECT_NO_THROW((void)region.Allocate(40));
+  // Blocks of every size count until they are released, and again when they are reused.
+  region.Limit(region.BytesInUse() + 5000000);
+  for (const unsigned long bytes : {40UL, 700UL, 30000UL, 2000000UL}) {
+    for (int round = 0; round != 300; ++round) {
+      std::vector<void*> blocks;
+      for (unsigned long sum = 0; sum + bytes < 4000000 && blocks.size() != 90; sum += bytes) {
+        blocks.push_back(region.Allocate(bytes));
+      }
+      refuses({5000000 - bytes * blocks.size() + 1});
+      std::for_each(blocks.begin(), blocks.end(), OmMemoryRegion::Release);
+    }
+  }
+}
+
+// The pages of the process, as the system counts them, in bytes.
+unsigned long AddressSpace() {
+  unsigned long pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * 4096;
+}
+
+TEST(Region, GivesItsPagesBack) {
+  const unsigned long before = AddressSpace();
+  for (int round = 0; round != 100; ++round) {
+    OmMemoryRegion region(false);
+    OmMemoryRegion::Release(region.Allocate(3000000));
+    (void)region.Allocate(3000000);
+    for (int i = 0; i != 100; ++i) {
+      (void)region.Allocate(30000);
+    }
+  }
+  // A sanitizer keeps what was released.
+  EXPECT_TRUE(AddressSpace() < before + 100000000 || kOwnBlocks);
 }
 
 constexpr double kHuge = std::numeric_limits<double>::infinity();
@@ -400,33 +434,69 @@ TEST(Cells, HoldCompositesInCompositesWithoutStack) {
   EXPECT_EQ(region.LiveBlocks(), 0U);
 }
 
-// The text of a composite decides before its parts do, also where parts that are equal have texts
-// of unequal lengths.
-TEST(Cells, CompareCompositesInCompositesByTheirTexts) {
-  const auto make = [](const std::vector<OmCellText*>& parts) {
-    auto composite = std::make_unique<OmComposite>();
-    for (OmCellText* const part : parts) {
-      composite->Tree().Child(composite->Tree().Root(), part);
+// Depth, text and kind of a record of a composite. One that holds a composite is followed by the
+// records of that one and a mark for its end, which comes before every record.
+struct Flat {
+  auto operator<=>(const Flat&) const = default;
+  bool record = false;
+  int level = 0;
+  bool hasText = false;
+  string text{};
+  bool nests = false;
+};
+
+void Flatten(const OmVectorTreeData<OmCellText*>& from, int level, std::vector<Flat>& out) {
+  const OmCellText* const text = from.Data();
+  const auto* const nested = dynamic_cast<const OmComposite*>(text);
+  out.push_back(
+      {true, level, text != nullptr, text != nullptr ? text->Text() : "", nested != nullptr});
+  if (nested != nullptr) {
+    Flatten(nested->Tree(), 0, out);
+    out.push_back({});
+  }
+  for (const auto& child : from.Children()) {
+    Flatten(child, level + 1, out);
+  }
+}
+
+// A composite of the letters from `text`, in records and composites of any depth.
+OmComposite* RandomComposite(std::mt19937& random, string& text, int depth) {
+  auto* const composite = new OmComposite;
+  auto at = composite->Tree().Root();
+  for (int i = 0; i != 3; ++i) {
+    const unsigned long n = std::min(text.size(), static_cast<unsigned long>(random() % 3));
+    const unsigned int kind = random() % 4;
+    OmCellText* part = nullptr;
+    if (kind == 0 && depth != 0) {
+      part = RandomComposite(random, text, depth - 1);
+    } else if (kind != 1) {
+      part = S(text.substr(0, n));
+      text.erase(0, n);
     }
-    return composite;
-  };
-  const auto number = [](int decimals) {
-    return new OmNumber(3, Qualtex_Format(Qualtex_Format::kFixed, 8, decimals));
-  };
-  const auto shorter = make({make({S("x")}).release(), S("yz")});
-  const auto longer = make({make({S("xy")}).release(), S("z")});
-  EXPECT_LT(shorter->Compare(*longer), 0);
-  EXPECT_GT(longer->Compare(*shorter), 0);
-  const auto whole = make({number(0), make({S(".00x")}).release()});
-  const auto decimals = make({number(2), make({S("x")}).release()});
-  EXPECT_EQ(whole->Text(), decimals->Text());
-  EXPECT_LT(whole->Compare(*decimals), 0);
-  EXPECT_GT(decimals->Compare(*whole), 0);
-  const auto bare = make({make({}).release(), S("x")});
-  const auto filled = make({make({make({}).release()}).release(), S("x")});
-  EXPECT_LT(bare->Compare(*filled), 0);
-  EXPECT_GT(filled->Compare(*bare), 0);
-  EXPECT_EQ(filled->Compare(*Cell(filled->Clone())), 0);
+    auto child = composite->Tree().Child(at, part);
+    at = random() % 2 == 0 ? child : composite->Tree().Root();
+  }
+  return composite;
+}
+
+TEST(Cells, OrderCompositesByTheirTextsAndThenByTheirParts) {
+  std::mt19937 random(std::random_device{}());
+  std::vector<Cell> cells;
+  for (int i = 0; i != 150; ++i) {
+    string text = "aab";
+    cells.emplace_back(RandomComposite(random, text, 3));
+  }
+  for (const Cell& a : cells) {
+    for (const Cell& b : cells) {
+      std::vector<Flat> one, other;
+      Flatten(static_cast<OmComposite&>(*a).Tree(), 0, one);
+      Flatten(static_cast<OmComposite&>(*b).Tree(), 0, other);
+      const auto expected = std::pair(a->Text(), one) <=> std::pair(b->Text(), other);
+      const short order = a->Compare(*b);
+      ASSERT_EQ((order > 0) - (order < 0), (expected > 0) - (expected < 0));
+    }
+    EXPECT_EQ(a->Compare(*Cell(a->Clone())), 0);
+  }
 }
 
 TEST(Converter, ConvertsOrFails) {
@@ -453,6 +523,13 @@ TEST(Converter, ConvertsOrFails) {
       {"UCS-4LE", "\xed\xa0\x80", fails},
       {"UTF-32LE", "\xf4\x90\x80\x80", fails},
       {"UCS-4BE", "\xf8\x88\x80\x80\x80", fails},
+      {"UCS-4BE", "\xf4\x90\x80\x80", fails},
+      {"UCS-4BE", "\xf0\x8f\xbf\xbf", fails},
+      {"UCS-4BE", "\xe0\x9f\xbf", fails},
+      {"UCS-2BE", "\u0080\u07ff\u0800\ud7ff\ue000", "\0\x80\x07\xff\x08\0\xd7\xff\xe0\0"s},
+      {"UCS-4BE", "\U00010000\U0010ffff", "\0\1\0\0\0\x10\xff\xff"s},
+      {"msz_7795.3", "a", "a"},
+      {"MSZ_7795.3", "a", "a"},
       // The system's tables drop tags, and have substitutes, look-alikes and control characters.
       {"CP1252", "a\u00f3\U000e0061", fails},
       {"UTF-32LE", "\U000e0061", "\x61\0\x0e\0"s},
@@ -484,6 +561,13 @@ TEST(Converter, ConvertsOrFails) {
     }
     QualtexMBConverterDelete_A(converter);
   }
+  // The failure comes after the code page has been switched over to its second alphabet.
+  QualtexMBConverter* const converter = QualtexMBConverterNew_A("ISO-2022-JP");
+  string out;
+  EXPECT_NE(QualtexMBU8ToGeneric(converter, out, "\u3042\U000e0061"), 0);
+  EXPECT_EQ(QualtexMBU8ToGeneric(converter, out, "\u3042"), 0);
+  EXPECT_EQ(out, "\x1b$B$\"\x1b(B");
+  QualtexMBConverterDelete_A(converter);
 }
 
 }  // namespace

@@ -368,6 +368,8 @@ TEST(Properties, OfWhatATableHolds) {
     using T = OmDimensionNode;
     T node(kText, 3, true, nullptr);
     EXPECT_EQ("null|-1|0|0|0|2||", Show(T(nullptr)));
+    const OmDimension dimension(node, nullptr);
+    EXPECT_EQ("text", dimension.Name()->Text());
     List<T> of;
     BOTH(Text, "text");
     of.Add({SAME(Subscript, 3, {0, T::kNoSubscript})});
@@ -414,6 +416,9 @@ TEST(Properties, OfThePlatform) {
     of.Add({SAME(Style, -1, {0, 7})});
     BOTH(Footnotes, "").DO(Footnotes().push_back(4), "4,");
     of.Check(meta);
+    T other;
+    other = meta;
+    EXPECT_TRUE(other == meta);
   }
   {
     using T = Qualtex_Format;

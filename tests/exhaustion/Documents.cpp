@@ -1,5 +1,7 @@
 // The table of operations: output items, their formats and their document.
 
+#include <type_traits>
+
 #include "backend/tables/om/om.h"
 #include "platform/cells/CellTexts.h"
 #include "tests/exhaustion/Exhaustion.h"
@@ -17,37 +19,22 @@ const std::string kText = kBytes;
 const OMSException kError(kBytes, 1, 2);
 
 // Hands on what is of two kinds as the other one.
-struct Kinds : OmOutputPart::Visitor {
-  void Visit(OmProcedure& item) override { kinds += 'p', OmOutputPart::Visitor::Visit(item); }
-  void Visit(OmPageTitle& item) override { kinds += 'g', OmOutputPart::Visitor::Visit(item); }
-  void Visit(OmPivotTable&) override { kinds += 't'; }
-  void Visit(OmHeading&) override { kinds += 'h'; }
-  void Visit(OmTextBlock&) override { kinds += 'b'; }
-  void Visit(OmChart&) override { kinds += 'c'; }
-  void Visit(OmDendrix&) override { kinds += 'd'; }
-  void Visit(OmModel&) override { kinds += 'm'; }
-  void Visit(OmInteractive&) override { kinds += 'i'; }
+template <typename Visitor, template <typename> typename Of>
+struct KindsOf : Visitor {
+  void Visit(Of<OmProcedure>& item) override { kinds += 'p', Visitor::Visit(item); }
+  void Visit(Of<OmPageTitle>& item) override { kinds += 'g', Visitor::Visit(item); }
+  void Visit(Of<OmPivotTable>&) override { kinds += 't'; }
+  void Visit(Of<OmHeading>&) override { kinds += 'h'; }
+  void Visit(Of<OmTextBlock>&) override { kinds += 'b'; }
+  void Visit(Of<OmChart>&) override { kinds += 'c'; }
+  void Visit(Of<OmDendrix>&) override { kinds += 'd'; }
+  void Visit(Of<OmModel>&) override { kinds += 'm'; }
+  void Visit(Of<OmInteractive>&) override { kinds += 'i'; }
 
   std::string kinds;
 };
-
-struct ConstKinds : OmOutputPart::ConstVisitor {
-  void Visit(const OmProcedure& item) override {
-    kinds += 'p', OmOutputPart::ConstVisitor::Visit(item);
-  }
-  void Visit(const OmPageTitle& item) override {
-    kinds += 'g', OmOutputPart::ConstVisitor::Visit(item);
-  }
-  void Visit(const OmPivotTable&) override { kinds += 't'; }
-  void Visit(const OmHeading&) override { kinds += 'h'; }
-  void Visit(const OmTextBlock&) override { kinds += 'b'; }
-  void Visit(const OmChart&) override { kinds += 'c'; }
-  void Visit(const OmDendrix&) override { kinds += 'd'; }
-  void Visit(const OmModel&) override { kinds += 'm'; }
-  void Visit(const OmInteractive&) override { kinds += 'i'; }
-
-  std::string kinds;
-};
+using Kinds = KindsOf<OmOutputPart::Visitor, std::type_identity_t>;
+using ConstKinds = KindsOf<OmOutputPart::ConstVisitor, std::add_const_t>;
 
 // An item of every kind but the table.
 struct Items : ExhaustionFixture {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <type_traits>
 
 #include "backend/tables/om/CellStoreData.h"
 #include "backend/tables/om/om.h"
@@ -15,30 +16,21 @@ namespace {
 
 const std::string kLong(40, 'x');
 
-struct Kinds : OmCellText::Visitor {
-  void Visit(OmNumber&) override { kind = 'n'; }
-  void Visit(OmStringCell&) override { kind = 's'; }
-  void Visit(OmStringCellUTF8&) override { kind = 'u'; }
-  void Visit(OmVariable&) override { kind = 'v'; }
-  void Visit(OmNumDataValue&) override { kind = 'd'; }
-  void Visit(OmStringDataValue&) override { kind = 't'; }
-  void Visit(OmComposite&) override { kind = 'c'; }
+// What a kind says to a visitor, one that may change it or a reader.
+template <typename Visitor, template <typename> typename Of>
+struct KindsOf : Visitor {
+  void Visit(Of<OmNumber>&) override { kind = 'n'; }
+  void Visit(Of<OmStringCell>&) override { kind = 's'; }
+  void Visit(Of<OmStringCellUTF8>&) override { kind = 'u'; }
+  void Visit(Of<OmVariable>&) override { kind = 'v'; }
+  void Visit(Of<OmNumDataValue>&) override { kind = 'd'; }
+  void Visit(Of<OmStringDataValue>&) override { kind = 't'; }
+  void Visit(Of<OmComposite>&) override { kind = 'c'; }
 
   char kind = 0;
 };
-
-// What a kind says to a reader.
-struct ConstKinds : OmCellText::ConstVisitor {
-  void Visit(const OmNumber&) override { kind = 'n'; }
-  void Visit(const OmStringCell&) override { kind = 's'; }
-  void Visit(const OmStringCellUTF8&) override { kind = 'u'; }
-  void Visit(const OmVariable&) override { kind = 'v'; }
-  void Visit(const OmNumDataValue&) override { kind = 'd'; }
-  void Visit(const OmStringDataValue&) override { kind = 't'; }
-  void Visit(const OmComposite&) override { kind = 'c'; }
-
-  char kind = 0;
-};
+using Kinds = KindsOf<OmCellText::Visitor, std::type_identity_t>;
+using ConstKinds = KindsOf<OmCellText::ConstVisitor, std::add_const_t>;
 
 // What a kind offers, called as itself.
 template <typename Cell>
@@ -83,6 +75,7 @@ struct Cells : ExhaustionFixture {
     QualtexMBConverter* const converter = QualtexMBConverterNew_A("ISO-8859-1");
     std::string out;
     seen = AsText(QualtexMBU8ToGeneric(converter, out, kLong) == 0);
+    EXPECT_EQ(out == kLong, seen == "1");
     QualtexMBConverterDelete_A(converter);
   }
 
@@ -172,7 +165,9 @@ struct Trees : ExhaustionFixture {
   void Verify() { VerifyTree<OmDimensionNode>(tree); }
   void Copies() {
     Record child(node, nullptr, &region), same(tree), other(tree, nullptr, nullptr);
-    seen = Show(Tree::ConstNode(&same, 0)) + Show(Tree::ConstNode(&other, 0));
+    std::string shown = Show(Tree::ConstNode(&same, 0));
+    EXPECT_TRUE(shown == State() && shown == Show(Tree::ConstNode(&other, 0)));
+    seen = std::move(shown);
   }
   void Readers() {
     const Tree& same = tree;

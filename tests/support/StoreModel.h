@@ -74,8 +74,14 @@ class StoreModel {
       AddDimension(*t, "d", 2);
       return;
     }
-    const OmCellText* const cell = t->Cell(subscripts);
+    const OmCellText* const cell = std::as_const(*t).Cell(subscripts);
+    ASSERT_EQ(cell, t->Cell(subscripts));
     ASSERT_EQ(cell == nullptr ? "" : cell->Text(), twin.contains(key) ? twin[key] : "");
+    const auto expected = std::find_if(twin.upper_bound(key), twin.end(),
+                                       [](const auto& entry) { return !entry.second.empty(); });
+    std::vector<int> next = subscripts;
+    ASSERT_EQ(t->NextCell(next) != nullptr, expected != twin.end());
+    ASSERT_EQ(next, next.empty() ? next : Subscripts(expected->first));
   }
 
   void End() {

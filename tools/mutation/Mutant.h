@@ -6,7 +6,7 @@
 // mutant is reached. The file is mapped, so what a process reached counts however it ended.
 //
 // Every function takes the number of the first mutant of its place; the others follow it in the
-// order in which Places.py lists them.
+// order in which places.py lists them.
 
 #ifndef TOOLS_MUTATION_MUTANT_H
 #define TOOLS_MUTATION_MUTANT_H
@@ -57,8 +57,7 @@ constexpr bool Is(int n) noexcept {
   return Which(n) == 0;
 }
 
-// --- Truth values and constants
-// -------------------------------------------------------------------
+// --- Truth values and constants ------------------------------------------------------------------
 
 template <typename T>
 constexpr bool Flip(int n, T&& value) {
@@ -86,8 +85,7 @@ constexpr std::remove_cvref_t<T> Empty(int n, T&& value) {
   return static_cast<T&&>(value);
 }
 
-// --- Operators
-// ------------------------------------------------------------------------------------
+// --- Operators -----------------------------------------------------------------------------------
 
 #define OM_MUTANT_TWO(name, op, first, second)                                             \
   template <typename L, typename R>                                                        \

@@ -35,7 +35,7 @@ SKIPPED = {Kind.STATIC_ASSERT, Kind.ENUM_DECL, Kind.CXX_UNARY_EXPR, Kind.TYPE_RE
 
 HEAD = b'#include "tools/mutation/Mutant.h"\n#line 1\n'
 
-Mutant = collections.namedtuple("Mutant", "file line function change start end")
+Mutant = collections.namedtuple("Mutant", "file line function change")
 
 
 def unwrapped(cursor):
@@ -59,6 +59,7 @@ class Source:
         self.places = []  # (start, end, the numbers of its mutants here)
         self.edits = []  # (offset, order, end, text, mutants of the place)
         self.seen = set()
+        self.times = collections.Counter()  # how often each function has each change
         unit = cindex.Index.create().parse(str(root / name), arguments,
                                            options=cindex.TranslationUnit.PARSE_DETAILED_PROCESSING_RECORD)
         errors = [d for d in unit.diagnostics if d.severity >= cindex.Diagnostic.Error]
@@ -85,6 +86,8 @@ class Source:
         elif cursor.kind == Kind.LAMBDA_EXPR:
             result = None
         children = list(cursor.get_children())
+        if cursor.kind == Kind.IF_STMT and self.text[start:end].startswith(b"if constexpr"):
+            children = [child for child in children if not child.kind.is_expression()]
         if parent is not None and (start, end, cursor.kind) not in self.seen:
             self.seen.add((start, end, cursor.kind))
             self.change(cursor, parent, children, function, result)
@@ -161,6 +164,8 @@ class Source:
     def unary(self, cursor, children, function):
         operand = children[0]
         tokens = [t for t in cursor.get_tokens() if t.kind == TokenKind.PUNCTUATION]
+        if not tokens:
+            return  # what a macro's name is replaced by
         prefix = operand.extent.start.offset > cursor.extent.start.offset
         op = tokens[0] if prefix else tokens[-1]
         if op.spelling == "!":
@@ -262,7 +267,10 @@ class Source:
         start, end = cursor.extent.start.offset, cursor.extent.end.offset
         line = bisect.bisect_right(self.lines, start)
         first = len(self.mutants)
-        self.mutants += [Mutant(self.name, line, function, change, start, end) for change in changes]
+        for change in changes:
+            self.times[function, change] += 1
+            time = self.times[function, change]
+            self.mutants.append(Mutant(self.name, line, function, change + (f" ({time})" if time > 1 else "")))
         own = range(first, len(self.mutants))
         self.places.append((start, end, own))
         self.edit(start, start, before, own)
