@@ -109,7 +109,8 @@ class OM_API OmDisplayLayerHeading {
 };
 
 // Returns whether a table has fewer cells than one percent (rounded) of the product of its
-// dimensions' sizes.
+// dimensions' sizes. Counts the cells that the iterators visit, on purpose: a table in which a null
+// that was stored first hides them is sparse, and the search for its cells finds none.
 [[nodiscard]] OM_API bool IsSparse(OmPivotTable& table);
 
 #endif
