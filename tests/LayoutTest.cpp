@@ -228,6 +228,12 @@ TEST_F(Layout, NamesTheCategoriesOfLayersFromTwoToThe31On) {
     labels += (*category)->Text()->Text() + (*all.back())->Text()->Text() + " ";
   }
   EXPECT_EQ(labels, "c1999c1999 b0b0 a1999a1999 ");
+
+  Add("d", 5, table.Layers());
+  OmDisplayLayerHeading more(table, false);  // the last of 40000000000 is 1345294335 as an int
+  ASSERT_TRUE(more.SwitchLayer(7));
+  EXPECT_FALSE(more.LastLayer());
+  EXPECT_EQ(more.getLayer(), 7);
 }
 
 TEST_F(Layout, RefusesSubscriptsThatTakeGigabytes) {
