@@ -158,7 +158,10 @@ const Plant kPlants[] = {
     {kNoSubscript, kMoved,
      [](Garden& g) { g.Leaf(g.some)->Subscript(g.random.OneIn(2) ? kNone : 1UL << 31); }},
     {kSubscriptAboveLimit, kMoved,
-     [](Garden& g) { g.Leaf(g.some)->Subscript(OmDimHeader::kLargestSubscript + 1); }},
+     [](Garden& g) {
+       g.Leaf(g.some)->Subscript(g.random.OneIn(2) ? OmDimHeader::kLargestSubscript + 1
+                                                   : 1UL << 32);
+     }},
     {kSubscriptBeyondSize, kMoved,
      [](Garden& g) {
        g.Leaf(g.some)->Subscript(g.random.OneIn(2) ? g.size : OmDimHeader::kLargestSubscript);

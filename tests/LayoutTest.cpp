@@ -240,6 +240,12 @@ TEST_F(Layout, NamesTheCategoriesOfLayersFromTwoToThe31On) {
     labels += (*category)->Text()->Text() + (*all.back())->Text()->Text() + " ";
   }
   EXPECT_EQ(labels, "c1999c1999 b0b0 a1999a1999 ");
+
+  Add("d", 5, table.Layers());
+  OmDisplayLayerHeading more(table, false);  // the last of 40000000000 is 1345294335 as an int
+  ASSERT_TRUE(more.SwitchLayer(7));
+  EXPECT_FALSE(more.LastLayer());
+  EXPECT_EQ(more.getLayer(), 7);
 }
 
 TEST_F(Layout, RefusesSubscriptsThatTakeGigabytes) {
@@ -248,7 +254,9 @@ TEST_F(Layout, RefusesSubscriptsThatTakeGigabytes) {
   const std::string refused = "OmDimHeader::OmDimHeader() -- subscript <= limit, value 1 == ";
   for (const auto& [subscript, text] : {std::pair(268435457UL, "2.68435e+08"),
                                         {500000000UL, "5e+08"},
-                                        {2147483647UL, "2.14748e+09"}}) {
+                                        {2147483647UL, "2.14748e+09"},
+                                        {(1UL << 40) + 1, "1.09951e+12"},  // 1 as an int
+                                        {(1UL << 63) + 1, "9.22337e+18"}}) {
     dimension->Root()[2]->Subscript(subscript);
     EXPECT_EQ(message(), refused + text + ", value 2 == 2.68435e+08");
   }

@@ -1,6 +1,7 @@
 // The platform: regions, cells and converters.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <atomic>
@@ -176,6 +177,26 @@ TEST(Region, UsesReleasedBlocksAgainUntilItIsOnItsWayOut) {
   OmMemoryRegion::Release(kept);
   ExpectUse(region, 0, 0);
 }
+
+// A hardened build keeps the block for a while, but not its pages. A sanitizer keeps both.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) && !defined(__SANITIZE_ADDRESS__)
+#define __SANITIZE_ADDRESS__ 1
+#endif
+#endif
+#ifndef __SANITIZE_ADDRESS__
+TEST(Region, OccupiesNoMemoryWithAReleasedLargeBlock) {
+  constexpr unsigned long kPage = 4096;
+  OmMemoryRegion region(false);
+  auto* const block = static_cast<char*>(region.Allocate(1000 * kPage));
+  std::memset(block, 1, 1000 * kPage);
+  void* const inside = block + 500 * kPage - reinterpret_cast<std::uintptr_t>(block) % kPage;
+  unsigned char isResident = 0;
+  EXPECT_TRUE(mincore(inside, kPage, &isResident) == 0 && (isResident & 1) != 0);
+  OmMemoryRegion::Release(block);
+  EXPECT_TRUE(mincore(inside, kPage, &isResident) != 0 || (isResident & 1) == 0);
+}
+#endif
 
 TEST(RegionDeathTest, NamesABlockThatIsReleasedTwice) {
   OmMemoryRegion region(false);

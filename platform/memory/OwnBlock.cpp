@@ -33,13 +33,18 @@ constexpr bool kAllOwn = kHardened || kObserved;
 constexpr unsigned long kLargest = 1UL << 39;
 constexpr unsigned long kPage = 4096;
 
-constexpr unsigned long PageBytes(unsigned long bytes) {
+constexpr unsigned long RoundUpToPages(unsigned long bytes) {
   return (bytes + kPage - 1) / kPage * kPage;
 }
 
 // Keeps a released block, so that a second release of it is recognised, and returns the one that
-// was kept longest, or null.
-[[maybe_unused]] void* Quarantine(void* block) {
+// was kept longest, or null. Of a large block only the ends go on to occupy memory.
+[[maybe_unused]] void* Quarantine(OmOwnBlock* block) {
+  const auto begin = RoundUpToPages(reinterpret_cast<unsigned long>(block + 1));
+  const auto end = (reinterpret_cast<unsigned long>(block + 1) + block->bytes) / kPage * kPage;
+  if (begin < end) {
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
+  }
   static std::mutex mutex;
   static std::array<void*, 1024> ring{};
   static unsigned long next = 0;
@@ -65,7 +70,8 @@ OmOwnBlock* OmOwnBlock::Allocate(OmOwnBlock*& list, unsigned long bytes, unsigne
   if (bytes > kLargest) {
     throw std::bad_alloc();
   }
-  void* const memory = kAllOwn ? ::operator new(Whole(bytes)) : OmMapPages(PageBytes(Whole(bytes)));
+  void* const memory =
+      kAllOwn ? ::operator new(Whole(bytes)) : OmMapPages(RoundUpToPages(Whole(bytes)));
   list = new (memory) OmOwnBlock{nullptr, list, bytes, tag};
   if (list->next != nullptr) {
     list->next->previous = list;
@@ -84,7 +90,7 @@ void OmOwnBlock::Release(OmOwnBlock*& list, OmOwnBlock* block) noexcept {
   }
   block->tag = 0;
   if (!kAllOwn) {
-    munmap(block, PageBytes(Whole(block->bytes)));
+    munmap(block, RoundUpToPages(Whole(block->bytes)));
   } else {
     ::operator delete(kObserved ? block : Quarantine(block));
   }

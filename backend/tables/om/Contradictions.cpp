@@ -101,12 +101,14 @@ class Leaves {
         ++none;
         continue;
       }
-      if (static_cast<unsigned long>(subscript) > limit) {
-        aboveLimit.Add(subscript);
+      if (own > limit) {
+        aboveLimit.Add(static_cast<long>(own));
       } else if (own >= size) {
         beyondSize.Add(static_cast<long>(own));
       }
-      subscripts.push_back(subscript);
+      if (own == static_cast<unsigned int>(subscript)) {
+        subscripts.push_back(subscript);  // else it is that of another leaf
+      }
     }
     if (!std::is_sorted(subscripts.begin(), subscripts.end())) {
       std::sort(subscripts.begin(), subscripts.end());

@@ -5,6 +5,15 @@
 #include "backend/tables/om/Assert.h"
 #include "backend/tables/om/Exception.h"
 
+namespace {
+
+[[noreturn]] void RefuseSubscript(unsigned long subscript, unsigned long limit) {
+  throw OMSException("OmDimHeader::OmDimHeader() -- subscript <= limit",
+                     static_cast<double>(subscript), static_cast<double>(limit));
+}
+
+}  // namespace
+
 OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
     : region(region_),
       visibleLevels(region),
@@ -29,8 +38,7 @@ OmDimHeader::OmDimHeader(const OmDimension* dim, OmMemoryRegion* region_)
   }
   const unsigned long limit = std::max(kLargestSubscript, 4 * leafSubscripts.size());
   if (static_cast<unsigned long>(largest) > limit) {
-    throw OMSException("OmDimHeader::OmDimHeader() -- subscript <= limit",
-                       static_cast<double>(largest), static_cast<double>(limit));
+    RefuseSubscript(static_cast<unsigned long>(largest), limit);
   }
   leafPositions.resize(static_cast<unsigned long>(largest) + 1, -1);
   for (unsigned long p = 0; p != leafSubscripts.size(); ++p) {
@@ -77,7 +85,13 @@ void OmDimHeader::AddLeaf(const std::vector<Step>& way) {
   }
   maxVisibleLevels = std::max(maxVisibleLevels, levels);
 
-  leafSubscripts.push_back(static_cast<int>(way.back().node->Subscript()));
+  const unsigned long subscript = way.back().node->Subscript();
+  const auto low = static_cast<int>(subscript);
+  if (low >= 0 && subscript >> 32 != 0) {
+    // As an int it would be the subscript of another leaf.
+    RefuseSubscript(subscript, std::max(kLargestSubscript, 4UL * dimension->NumCategories()));
+  }
+  leafSubscripts.push_back(low);
   visibleLevels.push_back(static_cast<unsigned short>(levels));
 }
 

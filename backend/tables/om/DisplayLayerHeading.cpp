@@ -1,6 +1,7 @@
 #include "backend/tables/om/DisplayLayerHeading.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -309,7 +310,9 @@ bool OmDisplayLayerHeading::NextLayer() {
 }
 
 bool OmDisplayLayerHeading::LastLayer() {
-  return SwitchLayer(static_cast<int>(data->layerCount - 1));
+  const unsigned long long last = data->layerCount - 1;  // without layers -1 as an int
+  constexpr int kLargest = std::numeric_limits<int>::max();
+  return (data->layerCount == 0 || last <= kLargest) && SwitchLayer(static_cast<int>(last));
 }
 
 int OmDisplayLayerHeading::restoreLayer() const {

@@ -92,7 +92,10 @@ class OM_API OmDisplayLayerHeading {
   // Makes layer `n` current and returns true. If there is no such layer, returns false and changes
   // nothing, except that after -1 no layer is current.
   bool SwitchLayer(int n);
+  // The same with the number after the current one; if no layer is current, that is layer 0.
   bool NextLayer();
+  // The same with the last number. Returns false and changes nothing if that is beyond the range of
+  // int. Without layers, none is current afterwards.
   bool LastLayer();
   // Makes the layer number that the table stores the current one, and returns it; if there is no
   // such layer, none is current. Fill() uses the number at once, but getCurrentCellIndex() does not
@@ -109,7 +112,8 @@ class OM_API OmDisplayLayerHeading {
 };
 
 // Returns whether a table has fewer cells than one percent (rounded) of the product of its
-// dimensions' sizes.
+// dimensions' sizes. Counts the cells that the iterators visit, on purpose: a table in which a null
+// that was stored first hides them is sparse, and the search for its cells finds none.
 [[nodiscard]] OM_API bool IsSparse(OmPivotTable& table);
 
 #endif

@@ -155,6 +155,7 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
   const PlaceDigits& digits = placeCalculator.Single();
   const bool gaps = skipEmpty || !digits.Fits();
   const unsigned long long run = digits.Weight(k);
+  const unsigned int base = placeCalculator.Base().Bases()[k];
   unsigned int digit = 0;
   unsigned long long r = 0, left = run;
   for (ConstNode*& label : column) {
@@ -162,7 +163,7 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
       digit = digits.Digit(skipEmpty ? nonEmptyPlaces[r++] : r++, k);
     } else if (left-- == 0) {
       left = run - 1;
-      digit = (digit + 1) % placeCalculator.Base().Bases()[k];
+      digit = (digit + 1) % base;
     }
     label = digit < labels.size() ? labels[digit] : nullptr;
   }

@@ -121,8 +121,9 @@ class OM_API OmPivotTable : public OmOutputPart {
   // OMSException on a wrong number of subscripts or a negative one, and in a table without
   // dimensions.
   //
-  // If the copy fails, null is stored; if only the copy of the metadata fails, the new cell is
-  // stored without it. A null that was stored first hides the cells behind it from the iterators.
+  // If the copy of the cell fails, null is stored. If only a copy of the metadata fails, either the
+  // old cell stays or the new one is stored without metadata. A null that was stored first hides
+  // the cells behind it from the iterators.
   bool Cell(const std::vector<int>& subscripts, const OmCellText* cell);
   bool Cell(const std::vector<int>& subscripts, const OmCellText& cell);
   // Returns the cell, which the table owns, or null. Throws OMSException on a wrong number of
