@@ -36,12 +36,10 @@ constexpr unsigned long kFirstChunk = 1024;
 constexpr unsigned long kLastHeapChunk = 64UL << 10;
 constexpr unsigned long kLastPageChunk = 16UL << 20;
 constexpr unsigned long kPage = 4096;
-// Left out of a chunk from the heap, which then fills whole pages together with malloc's record.
-constexpr unsigned long kSystemHeader = 16;
+constexpr unsigned long kSystemHeader = 16;  // of malloc, so that chunks fill whole pages with it
 // A region that holds so much gets its chunks from pages, and large blocks have their own chunks.
 constexpr unsigned long kLarge = 256UL << 10;
-// How many released blocks are looked at for one that is large enough.
-constexpr int kMostLooks = 16;
+constexpr int kMostLooks = 16;  // at released blocks, for one that is large enough
 
 // Returns the list of released blocks of `units` units.
 constexpr unsigned long ListOf(unsigned long units) {
@@ -112,7 +110,7 @@ void* OmMemoryRegion::AllocateAny(unsigned long bytes, bool zeroed) {
     counted += bytes;
     bytesHeld += OmOwnBlock::Whole(bytes);
     ++used.blocks;
-    used.bytes += bytes;
+    used.bytes += bytes + kTagBytes;
     return own + 1;
   }
   bool isZero = false;
@@ -138,7 +136,7 @@ void OmMemoryRegion::ReleaseAny(void* block, bool isZero) noexcept {
     return;
   }
   --owner.used.blocks;
-  owner.used.bytes -= bytes;
+  owner.used.bytes -= bytes + kTagBytes;
   if (front == nullptr) {
     Tag(block) = 0;
   } else if (owner.working || OmOwnBlock::kAll) {
@@ -181,16 +179,18 @@ unsigned long OmMemoryRegion::LiveBlocks() const noexcept {
   return InUse().blocks;
 }
 
+// Subtracts what is free from `used`, which counts the rests of the chunks and the tags too: so
+// carving a block changes one number only.
 OmMemoryRegion::Tally OmMemoryRegion::InUse() const noexcept {
   Tally tally = used;
+  tally.bytes -= (fine.Bytes() / kUnit + coarse.Bytes() / kUnit) * kUnit;
   for (unsigned long list = 0; list != kLists; ++list) {
     for (void* block = freeLists[list]; block != nullptr; block = NextFree(block)) {
-      const unsigned long units =
-          list < kFineUnits ? list + 1 : static_cast<const Free*>(block)->units;
+      tally.bytes -= kUnit * (list < kFineUnits ? list + 1 : static_cast<Free*>(block)->units);
       --tally.blocks;
-      tally.bytes -= units * kUnit - kTagBytes;
     }
   }
+  tally.bytes -= tally.blocks * kTagBytes;
   return tally;
 }
 
@@ -265,6 +265,7 @@ void OmMemoryRegion::AddChunk(Rest& rest, unsigned long units) {
   }
   chunks = new (memory) Chunk{chunks, isPages ? bytes : 0};
   bytesHeld += bytes;
+  used.bytes += (bytes - kAround) / kUnit * kUnit;
   rest.bump = reinterpret_cast<char*>(chunks) + kAround;
   rest.end = reinterpret_cast<char*>(chunks) + bytes;
   rest.zero = isPages;

@@ -122,7 +122,7 @@ class OM_PLATFORM_API OmMemoryRegion {
   bool plain = false;  // neither shared, limited, about to be destroyed nor all OmOwnBlocks
   Rest fine;
   Rest coarse;                // see AddChunk
-  Tally used;                 // blocks that are allocated or on a free list
+  Tally used;                 // all blocks but released ones of their own; see InUse
   unsigned long counted = 0;  // bytes in use, if there is a limit
   unsigned long limit = ~0UL;
   unsigned long bytesHeld = 0;  // all of `fine` and `coarse` included
@@ -158,7 +158,6 @@ inline void* OmMemoryRegion::Carve(Rest& rest, unsigned long units) noexcept {
   Tag(block) = TagFor(units);
   rest.bump += units * kUnit;
   ++used.blocks;
-  used.bytes += units * kUnit - kTagBytes;
   return block;
 }
 

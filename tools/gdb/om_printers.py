@@ -420,8 +420,9 @@ class Region(Printer):
                 words = block.cast(gdb.lookup_type('unsigned long').pointer())
                 units = index + 1 if index < FINE_LISTS else int(words[1])
                 count -= 1
-                size -= 16 * units - 8
+                size -= 16 * units
                 block = block.cast(block.type.pointer()).dereference()
+        size -= 8 * count + sum(int(v[rest]['end'] - v[rest]['bump']) // 16 * 16 for rest in ('fine', 'coarse'))
         # Pages that no block has reached yet do not count.
         held = int(v['bytesHeld']) - sum(int(v[rest]['end'] - v[rest]['bump']) for rest in ('fine', 'coarse')
                                          if v[rest]['zero'])

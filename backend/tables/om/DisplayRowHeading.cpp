@@ -157,8 +157,7 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
   const unsigned long long run = digits.Weight(k);
   const unsigned int base = placeCalculator.Base().Bases()[k];
   unsigned int digit = 0;
-  unsigned long long r = 0, left = run;
-  for (ConstNode*& label : column) {
+  for (unsigned long long r = 0, left = run; ConstNode * &label : column) {
     if (gaps) {
       digit = digits.Digit(skipEmpty ? nonEmptyPlaces[r++] : r++, k);
     } else if (left-- == 0) {
