@@ -162,7 +162,7 @@ OmDisplayRowHeading::Data::Labels OmDisplayRowHeading::Data::Column(int c) const
       digit = digits.Digit(skipEmpty ? nonEmptyPlaces[r++] : r++, k);
     } else if (left-- == 0) {
       left = run - 1;
-      digit = (digit + 1) % base;
+      digit = digit + 1 == base ? 0 : digit + 1;
     }
     label = digit < labels.size() ? labels[digit] : nullptr;
   }
