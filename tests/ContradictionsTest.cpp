@@ -54,7 +54,7 @@ bool IsAddressed(const layout_model::LayoutModel& model, const std::vector<int>&
   return std::equal(model.leaves.begin(), model.leaves.end(), cell.begin(),
                     [](const auto& leaves, int subscript) {
                       return std::any_of(leaves.begin(), leaves.end(), [&](const auto& path) {
-                        return static_cast<int>(path.back()->Subscript()) == subscript;
+                        return path.back()->Subscript() == static_cast<unsigned int>(subscript);
                       });
                     });
 }
