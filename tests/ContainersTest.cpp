@@ -197,9 +197,6 @@ TEST_F(Dimension, HandlesSayWhereTheyStand) {
   node.level = 9;
   node.Renumber();
   EXPECT_EQ(node.Level(), 9u);  // its parent's handle counts down from the same depth
-  Node top(root.record, 3);
-  top.Renumber();
-  EXPECT_EQ(top.Level(), 3u);
   OmVectorTreeData<OmDimensionNode> stray(*root, &dimension, nullptr);
   EXPECT_DEATH((void)Node(&stray, 1).Counterpart(dimension),
                "backend/tables/om/VectorTree:384: Counterpart: Assertion `0 <= offset && offset < "
