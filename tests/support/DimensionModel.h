@@ -253,8 +253,6 @@ class DimensionModel {
         // The first sibling that equals it.
         const auto first = std::find(above->kids.begin(), above->kids.end(), *a);
         if (!a->kids.empty() && !first->kids.empty()) {
-          const auto place = std::distance(above->kids.begin(), first) + first->kids.size();
-          EXPECT_EQ(node - Find(dimension, above).Begin(), place);
           for (const Twin& kid : first->kids) {
             above->kids.emplace(first, kid, above);
           }
